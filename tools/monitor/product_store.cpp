@@ -1,0 +1,27 @@
+#include "tools/monitor/product_store.h"
+
+#include <fmt/format.h>
+#include <fstream>
+#include <stdexcept>
+#include <utility>
+
+namespace ostrel {
+
+ProductStore::ProductStore(std::filesystem::path folder) : folder_(std::move(folder)) {
+  std::filesystem::create_directories(folder_);
+}
+
+std::string ProductStore::Store(const std::string& name, std::string_view data) {
+  std::string free = name;
+  for (int k = 1; std::filesystem::exists(folder_ / free); ++k)
+    free = fmt::format("{}.{}", name, k);
+  const std::filesystem::path unfinished = folder_ / ("." + free);
+  std::ofstream file(unfinished, std::ios::binary | std::ios::trunc);
+  file.write(data.data(), static_cast<std::streamsize>(data.size()));
+  file.close();
+  if (!file) throw std::runtime_error(fmt::format("cannot write {}", unfinished.string()));
+  std::filesystem::rename(unfinished, folder_ / free);
+  return free;
+}
+
+}  // namespace ostrel
