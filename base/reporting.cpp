@@ -1,0 +1,21 @@
+#include "base/reporting.h"
+
+#include <fmt/format.h>
+
+namespace ostrel {
+
+namespace {
+constexpr std::int32_t kUnforeseen = 5;
+}
+
+Failure AsFailure(const std::exception& error) {
+  if (const auto* failure = dynamic_cast<const Failure*>(&error)) return *failure;
+  return Failure(kUnforeseen, error.what());
+}
+
+std::string DescribeFailure(const Failure& failure) {
+  return fmt::format("Error # {}, {}, {}, in {}", failure.number(), failure.text(), kNoReference,
+                     failure.source());
+}
+
+}  // namespace ostrel

@@ -1,0 +1,61 @@
+// What every part of the station needs of the log: one line, or one reported failure. The log file
+// itself and the error window are behind it.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "base/failure.h"
+
+namespace ostrel {
+
+class Reporting {
+ public:
+  virtual ~Reporting() = default;
+
+  /// Appends one time-stamped line to the program log. Never throws a Failure: trouble with the log
+  /// file is retried and then shown in the error window.
+  virtual void WriteLog(std::string_view category, std::string_view message) = 0;
+
+  /// Writes `failure` to the log under the name of `procedure` and, when the operator wants to see
+  /// errors, opens the error window. `additional` is free text, often empty.
+  virtual void ReportError(const Failure& failure, std::string_view procedure,
+                           std::string_view additional = {}) = 0;
+};
+
+/// The failure that `error` is, whatever was thrown: a foreign exception becomes one with number 5.
+Failure AsFailure(const std::exception& error);
+
+/// What reports say in the place of a statement number: failures carry none.
+inline constexpr const char* kNoReference = "occurred at reference (unspecified)";
+
+/// "Error # 53, File not found, occurred at reference (unspecified), in Ostrel".
+std::string DescribeFailure(const Failure& failure);
+
+/// Runs one step of `procedure`; a failure of it is reported and the procedure goes on.
+/// Returns true when the step did its work.
+template <typename Step>
+bool RunStep(Reporting& reporting, std::string_view procedure, Step&& step,
+             std::string_view additional = {}) {
+  try {
+    std::forward<Step>(step)();
+    return true;
+  } catch (const std::exception& error) {
+    reporting.ReportError(AsFailure(error), procedure, additional);
+    return false;
+  }
+}
+
+/// Runs a step whose failure means nothing to the caller. Returns true when it did its work.
+template <typename Step>
+bool TryStep(Step&& step) {
+  try {
+    std::forward<Step>(step)();
+    return true;
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+}  // namespace ostrel

@@ -1,0 +1,40 @@
+#include "base/text.h"
+
+#include <algorithm>
+
+namespace ostrel {
+
+namespace {
+
+std::string MapEach(std::string_view text, char first, char last, int shift) {
+  std::string result(text);
+  for (char& c : result) {
+    if (c >= first && c <= last) c = static_cast<char>(c + shift);
+  }
+  return result;
+}
+
+}  // namespace
+
+std::string ToUpper(std::string_view text) {
+  return MapEach(text, 'a', 'z', 'A' - 'a');
+}
+
+std::string ToLower(std::string_view text) {
+  return MapEach(text, 'A', 'Z', 'a' - 'A');
+}
+
+std::string_view TrimBlanks(std::string_view text) {
+  const auto first = text.find_first_not_of(' ');
+  if (first == std::string_view::npos) return {};
+  const auto last = text.find_last_not_of(' ');
+  return text.substr(first, last - first + 1);
+}
+
+std::string PadOrCut(std::string_view text, std::size_t width) {
+  std::string result(text.substr(0, std::min(width, text.size())));
+  result.resize(width, ' ');
+  return result;
+}
+
+}  // namespace ostrel
