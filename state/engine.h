@@ -1,0 +1,65 @@
+// The engine's own values: what no window shows as a field, but more than one part of the station
+// reads.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "base/priority.h"
+#include "base/time.h"
+
+namespace ostrel {
+
+/// The compression's account of the day.
+struct CompressionTotals {
+  std::int64_t compressed = 0;    // bytes
+  std::int64_t uncompressed = 0;  // bytes
+  float ratio = 1;
+};
+
+/// The transmit cycle's period.
+inline constexpr milliseconds kCyclePeriod{125};
+
+struct Engine {
+  bool portReady = false;
+  bool timingReadout = false;
+  LocalTime TxStart{};
+  std::string PendingPacket;  // empty, or one packet
+  int datagramSequence = 1;   // 1 to 60
+  PerPriority<int> nextBlock;
+  PerPriority<int> FilesSent;
+  PerPriority<int> MaximumCount;
+  int FillsSent = 0;
+  CompressionTotals compression;
+
+  int FilesSentInAll() const {
+    int sum = 0;
+    for (const int sent : FilesSent) sum += sent;
+    return sum;
+  }
+};
+
+/// The values that start-up reads and only a save changes.
+struct ProgramValues {
+  std::string programFolder;  // without a separator at its end
+  std::string dataRoot;       // likewise
+  std::string ingestPath;     // with one at its end, or empty
+  std::int16_t engine = 0;    // 0 none, 1 serial ingest program, 2 internet ingest program
+  std::int32_t logSize = 100000;
+  bool unZipFiles = false;
+  bool packetHost = false;
+  bool showErrors = false;
+  std::string udpAddress;
+  std::int32_t udpPort = 0;
+
+  /// RtPri1 to RtPri11; 11 is the block compression folder.
+  std::string HoldingFolder(int number) const {
+    return dataRoot + "/RtPri" + std::to_string(number);
+  }
+  std::string TransmitFolder() const { return dataRoot + "/RtXmit"; }
+  std::string SentFolder() const { return dataRoot + "/RtSent"; }
+};
+
+inline constexpr int kCompressFolder = 11;
+
+}  // namespace ostrel

@@ -1,0 +1,44 @@
+// What the main window shows. The names are those of its elements; the window binds each element to
+// its field.
+#pragma once
+
+#include <fmt/format.h>
+#include <string>
+
+#include "base/priority.h"
+#include "state/field.h"
+#include "state/list_field.h"
+
+namespace ostrel {
+
+/// Background of the field that names the file being sent.
+enum class Shade { kLightGrey, kYellow, kRed };
+
+/// The activity light: dark until data first flows.
+enum class Light { kNone, kRed, kYellow };
+
+struct MainWindow {
+  Field<std::string> lblStatus2;
+  Field<std::string> lblActivefile;
+  Field<Shade> lblActivefileBackColor{Shade::kLightGrey};
+  Field<std::string> lblBlkPktNum;
+  Field<std::string> lblBlkPktTot;
+  Field<Light> imgActivity{Light::kNone};
+  Field<std::string> lblFilesSent;
+  Field<std::string> lblDataRate;
+  Field<std::string> lblCompressionRatio;
+  Field<std::string> lblThroughput;
+  PerPriority<Field<std::string>> lblSending;
+  PerPriority<ListField> PriorityList;
+
+  MainWindow() {
+    for (const Priority p : AllPriorities()) lblSending[p].Set(IdleCaption(p));
+  }
+
+  /// "Priority 1": the caption of a queue with no file in transmission. Any other caption means
+  /// that its first entry is on the air.
+  static std::string IdleCaption(Priority p) { return fmt::format("Priority {}", p.number()); }
+  bool IsIdle(Priority p) const { return lblSending[p].Get() == IdleCaption(p); }
+};
+
+}  // namespace ostrel
