@@ -1,0 +1,29 @@
+// Other programs on the same desktop: the companion ingest programs, the text editor, the browser.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ostrel {
+
+class Desktop {
+ public:
+  virtual ~Desktop() = default;
+
+  /// True when a top-level window has exactly this title; without a window system, when a process
+  /// of the ingest program of that name runs.
+  virtual bool WindowExists(const std::string& title) = 0;
+  /// Restores the window just above the one with this title. Does nothing when there is none.
+  virtual void RestoreWindowAbove(const std::string& title) = 0;
+  /// Starts a program that is not waited for, minimized where the window system can. Throws Failure
+  /// 53 when there is no such program.
+  virtual void StartMinimized(const std::vector<std::string>& command) = 0;
+  /// Starts a program that is not waited for. Throws Failure 53 when it cannot be started.
+  virtual void Start(const std::vector<std::string>& command) = 0;
+  /// The desktop's "open" action for a web address or a mail link.
+  virtual void OpenAddress(const std::string& address) = 0;
+  /// The desktop's editor for plain text. Returns false when none starts.
+  virtual bool OpenText(const std::string& path) = 0;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,50 @@
+// The settings component: text values under key paths, shared by whoever runs this station. One is
+// made by each procedure that uses it and goes with it.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ostrel {
+
+/// The root under which all of the family's keys stand.
+inline constexpr std::uint32_t kHkeyLocalMachine = 0x80000002;
+inline constexpr int kLongestSetting = 1024;
+
+/// One stored value.
+struct StoredValue {
+  std::string keyPath;
+  std::string name;
+  std::string value;
+};
+
+class SettingsStore {
+ public:
+  virtual ~SettingsStore() = default;
+
+  /// Comes first: all later paths are taken under this root.
+  virtual void SetRootKey(std::uint32_t root) = 0;
+  /// The stored text, cut to `longest` characters; `fallback` when there is none. An existing empty
+  /// value is empty text. Throws Failure 57 when the store cannot be read.
+  virtual std::string ReadSetting(const std::string& keyPath, const std::string& name,
+                                  const std::string& fallback, int longest = kLongestSetting) = 0;
+  /// Stores the text. Returns false when it could not be stored.
+  virtual bool WriteSetting(const std::string& keyPath, const std::string& name,
+                            const std::string& value) = 0;
+
+  /// Everything at or below `keyPath`, ordered by path and name. Key paths compare without case.
+  virtual std::vector<StoredValue> List(const std::string& keyPath) = 0;
+  /// Stores all of `values` or none. Returns false when none was.
+  virtual bool WriteAll(const std::vector<StoredValue>& values) = 0;
+};
+
+class SettingsStores {
+ public:
+  virtual ~SettingsStores() = default;
+  /// Throws Failure 57 when the store cannot be opened.
+  virtual std::unique_ptr<SettingsStore> Open() = 0;
+};
+
+}  // namespace ostrel
