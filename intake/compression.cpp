@@ -1,0 +1,151 @@
+#include "intake/compression.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+#include "base/names.h"
+#include "base/numbers.h"
+
+namespace ostrel {
+
+namespace {
+
+constexpr const char* kFileProcedure = "CompressFile";
+constexpr const char* kBlockProcedure = "CompressBlock";
+
+std::string CreateError(int error) {
+  return fmt::format("Create Zip Error {}", error);
+}
+
+std::string BlockName(LocalTime now) {
+  const auto time = Calendar(now);
+  return fmt::format("Comp{:02}{:02}.ZIP", time.hour, time.minute);
+}
+
+}  // namespace
+
+std::optional<std::string> Compression::CompressFile(const std::string& source,
+                                                     const std::string& name) {
+  std::optional<std::string> placedAs;
+  RunStep(parts_.reporting, kFileProcedure, [&] {
+    const auto archive = FreeTransmitName(std::string(StripExtension(name)) + ".ZIP");
+    if (!MakeArchive(source, archive)) {
+      placedAs = PlaceUncompressed(source, name);
+      return;
+    }
+    const auto uncompressed = SizeOrZero(source);
+    const auto compressed = SizeOrZero(InTransmitFolder(archive));
+    if (compressed <= uncompressed) {
+      Count(compressed, uncompressed);
+      placedAs = archive;
+      return;
+    }
+    Count(uncompressed, uncompressed);
+    RunStep(parts_.reporting, kFileProcedure,
+            [&] { parts_.files.Delete(InTransmitFolder(archive)); });
+    placedAs = PlaceUncompressed(source, name);
+  });
+  return placedAs;
+}
+
+bool Compression::MakeArchive(const std::string& source, const std::string& archiveName) {
+  auto created = parts_.archives.Create(InTransmitFolder(archiveName));
+  if (created.error != 0) {
+    parts_.reporting.WriteLog(kFileProcedure, CreateError(created.error));
+    return false;
+  }
+  return RunStep(parts_.reporting, kFileProcedure, [&] {
+    created.writer->Add(std::string(FolderOf(source)), std::string(FileNameOf(source)));
+    created.writer->Close();
+  });
+}
+
+std::string Compression::PlaceUncompressed(const std::string& source, const std::string& name) {
+  auto freeName = FreeTransmitName(name);
+  parts_.copy.CopyFile(source, InTransmitFolder(freeName));
+  return freeName;
+}
+
+void Compression::RefreshCompressList() {
+  RunStep(parts_.reporting, kBlockProcedure, [this] {
+    auto names = parts_.files.ListFiles(BlockFolder());
+    std::erase_if(names, [this](const std::string& name) {
+      const auto path = JoinPath(BlockFolder(), name);
+      if (!placed_.Contains(path)) return false;
+      TryStep([&] { placed_.Delete(path); });
+      return true;
+    });
+    parts_.setup.CompressList.Assign(names);
+  });
+}
+
+void Compression::CompressBlock() {
+  RunStep(parts_.reporting, kBlockProcedure, [this] {
+    const auto name = FreeTransmitName(BlockName(parts_.clock.Now()));
+    auto created = parts_.archives.Create(InTransmitFolder(name));
+    if (created.error != 0) {
+      parts_.reporting.WriteLog(kBlockProcedure, CreateError(created.error));
+      return;
+    }
+    std::int64_t uncompressed = 0;
+    const auto archived = AddListedFiles(*created.writer, uncompressed);
+    created.writer->Close();  // a failure ends here: all files stay, nothing is queued
+    QueueArchive(name);
+    Count(SizeOrZero(InTransmitFolder(name)), uncompressed);
+    DeleteArchived(archived);
+  });
+}
+
+std::vector<std::string> Compression::AddListedFiles(ArchiveWriter& archive, std::int64_t& bytes) {
+  std::vector<std::string> added;
+  for (const auto& file : parts_.setup.CompressList) {
+    const bool isIn =
+        RunStep(parts_.reporting, kBlockProcedure, [&] { archive.Add(BlockFolder(), file); });
+    if (!isIn) continue;
+    bytes += SizeOrZero(JoinPath(BlockFolder(), file));
+    added.push_back(file);
+  }
+  return added;
+}
+
+void Compression::QueueArchive(const std::string& name) {
+  const Priority p(std::clamp(LeadingInteger(parts_.setup.BlockPriority.Get()), 1, kPriorityCount));
+  parts_.pending.Add(p, name);
+  parts_.mainWindow.PriorityList[p].Append(name);
+}
+
+void Compression::DeleteArchived(const std::vector<std::string>& names) {
+  for (auto name = names.rbegin(); name != names.rend(); ++name) {
+    RunStep(parts_.reporting, kBlockProcedure,
+            [&] { placed_.Delete(JoinPath(BlockFolder(), *name)); });
+  }
+  RefreshCompressList();
+}
+
+void Compression::Count(std::int64_t compressed, std::int64_t uncompressed) {
+  auto& totals = parts_.engine.compression;
+  totals.compressed += compressed;
+  totals.uncompressed += uncompressed;
+  if (totals.compressed > 0) {
+    totals.ratio = static_cast<float>(static_cast<double>(totals.uncompressed) /
+                                      static_cast<double>(totals.compressed));
+  }
+}
+
+std::int64_t Compression::SizeOrZero(const std::string& path) {
+  std::int64_t size = 0;
+  TryStep([&] { size = parts_.files.Size(path); });
+  return size;
+}
+
+std::string Compression::InTransmitFolder(const std::string& name) const {
+  return JoinPath(parts_.values.TransmitFolder(), name);
+}
+
+std::string Compression::FreeTransmitName(std::string name) {
+  return FirstFreeName(std::move(name), [this](const std::string& candidate) {
+    return parts_.files.Exists(InTransmitFolder(candidate));
+  });
+}
+
+}  // namespace ostrel

@@ -1,0 +1,64 @@
+// Sends files compressed: one by one on their way into a queue, or many in one archive once enough
+// have gathered in the block folder. Keeps the account from which the ratio is shown.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/reporting.h"
+#include "intake/file_copy.h"
+#include "intake/pending_files.h"
+#include "intake/placed_files.h"
+#include "platform/archives.h"
+#include "platform/clock.h"
+#include "state/engine.h"
+#include "state/main_window.h"
+#include "state/setup.h"
+
+namespace ostrel {
+
+class Compression {
+ public:
+  struct Parts {
+    Files& files;
+    Archives& archives;
+    Clock& clock;
+    FileCopy& copy;
+    PendingFiles& pending;
+    Reporting& reporting;
+    MainWindow& mainWindow;
+    Setup& setup;
+    Engine& engine;
+    const ProgramValues& values;
+  };
+  explicit Compression(const Parts& parts) : parts_(parts), placed_(parts.files) {}
+
+  /// Places the file `source`, whose queue name is `name`, in RtXmit: as an archive, or
+  /// uncompressed when an archive would be larger or cannot be made. Returns the name under which
+  /// it waits; nothing when it could not be placed at all, which has been reported.
+  std::optional<std::string> CompressFile(const std::string& source, const std::string& name);
+
+  /// Reads the list of files that await block compression from their folder.
+  void RefreshCompressList();
+  /// Packs all listed files into one archive, queues it and deletes what is in it.
+  void CompressBlock();
+
+ private:
+  /// Copies `source` into RtXmit under a free name. Throws Failure.
+  std::string PlaceUncompressed(const std::string& source, const std::string& name);
+  bool MakeArchive(const std::string& source, const std::string& archiveName);
+  std::vector<std::string> AddListedFiles(ArchiveWriter& archive, std::int64_t& bytes);
+  void QueueArchive(const std::string& name);
+  void DeleteArchived(const std::vector<std::string>& names);
+  void Count(std::int64_t compressed, std::int64_t uncompressed);
+  std::int64_t SizeOrZero(const std::string& path);
+  std::string InTransmitFolder(const std::string& name) const;
+  std::string FreeTransmitName(std::string name);
+  std::string BlockFolder() const { return parts_.values.HoldingFolder(kCompressFolder); }
+
+  Parts parts_;
+  PlacedFiles placed_;
+};
+
+}  // namespace ostrel

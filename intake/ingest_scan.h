@@ -1,0 +1,43 @@
+// The scan of the ingest folder: takes the first file of its listing once nobody holds it open, and
+// moves it where the rules send it. One file a call.
+#pragma once
+
+#include <string>
+
+#include "base/reporting.h"
+#include "intake/file_copy.h"
+#include "intake/placed_files.h"
+#include "intake/routing_rules.h"
+#include "platform/archives.h"
+#include "state/engine.h"
+
+namespace ostrel {
+
+class IngestScan {
+ public:
+  struct Parts {
+    Files& files;
+    Archives& archives;
+    FileCopy& copy;
+    const RoutingRules& rules;
+    Reporting& reporting;
+    const ProgramValues& values;
+  };
+  explicit IngestScan(const Parts& parts) : parts_(parts), placed_(parts.files) {}
+
+  /// One step. A failure leaves the file where it is; the next call takes it again.
+  void CheckForNewFiles();
+
+ private:
+  void TakeFile(const std::string& listedName);
+  void Unpack(const std::string& path);
+  void MakeCopies(const std::string& path, const std::string& name);
+  void PlaceInFolder(int folder, const std::string& path, const std::string& name);
+  void OnFailure(const Failure& failure, const std::string& path);
+
+  Parts parts_;
+  PlacedFiles placed_;
+  int lockedFileCount_ = 0;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,70 @@
+// The record of what is queued, kept by the file system itself: a second name under
+// KvData/.pending/<priority>/ for every file in RtXmit that has a queue entry. It is made before
+// the file's source is deleted and dropped when the entry is retired, replaced, removed or purged.
+// So a station that was killed finds at its next start every file whose last block has not gone
+// out, and gives it back to the holding folder of its priority.
+#pragma once
+
+#include <deque>
+#include <map>
+#include <set>
+#include <string>
+
+#include "base/priority.h"
+#include "base/reporting.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "state/engine.h"
+#include "state/setup.h"
+
+namespace ostrel {
+
+class PendingFiles {
+ public:
+  struct Parts {
+    Files& files;
+    Clock& clock;
+    Reporting& reporting;
+    const Setup& setup;
+    const ProgramValues& values;
+  };
+  explicit PendingFiles(const Parts& parts) : parts_(parts) {}
+
+  /// Before the first tick: makes the folders, gives back what an earlier run left, and clears what
+  /// lies in RtXmit, since the queues start empty. Of a product that is overwritten by newer files
+  /// only the newest comes back; what is past the purge age does not.
+  void HandBack();
+
+  /// The file `name` in RtXmit gets an entry in the queue of `p`.
+  void Add(Priority p, const std::string& name);
+  /// The entry that was on the air is retired: the oldest of this name.
+  void Retire(Priority p, const std::string& name);
+  /// An entry that waits is replaced or removed: the newest of this name.
+  void Drop(Priority p, const std::string& name);
+  /// The purge deleted `name` from RtXmit.
+  void Purged(const std::string& name);
+
+  /// True for a holding file that came back as an archive: it is not zipped a second time.
+  bool IsHandedBackArchive(const std::string& path) const { return archives_.contains(path); }
+
+ private:
+  void ProbeLinks();
+  void HandBack(Priority p);
+  void GiveBack(Priority p, const std::string& link);
+  void ClearTransmitFolder();
+  std::string FolderOf(Priority p) const;
+  std::string Root() const { return parts_.values.dataRoot + "/.pending"; }
+  void Remove(Priority p, const std::string& link);
+
+  Parts parts_;
+  bool hasLinks_ = false;
+  /// The links of the entries of one name, oldest first: while A.TXT is on the air, its name in
+  /// RtXmit is free for a newer one.
+  PerPriority<std::map<std::string, std::deque<std::string>>> links_;
+  std::set<std::string> archives_;
+};
+
+/// The purge age: the number at the start of the field, in hours; zero or less purges nothing.
+milliseconds PurgeAge(const Setup& setup);
+
+}  // namespace ostrel

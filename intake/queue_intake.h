@@ -1,0 +1,55 @@
+// Moves files from the ten holding folders into the transmit folder and enters each in the queue of
+// its priority; takes them out again when the operator deletes them.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "intake/compression.h"
+#include "intake/file_copy.h"
+#include "intake/pending_files.h"
+#include "intake/placed_files.h"
+
+namespace ostrel {
+
+class QueueIntake {
+ public:
+  struct Parts {
+    Files& files;
+    Clock& clock;
+    FileCopy& copy;
+    Compression& compression;
+    PendingFiles& pending;
+    Reporting& reporting;
+    MainWindow& mainWindow;
+    const Setup& setup;
+    const ProgramValues& values;
+  };
+  explicit QueueIntake(const Parts& parts) : parts_(parts), placed_(parts.files) {}
+
+  /// One file from each holding folder that has one, priority 1 first.
+  void CheckForNewPriFiles();
+
+  /// The operator's Delete key: removes the selected entries of a queue and their files. The entry
+  /// that is on the air stays.
+  void RemoveQueued(Priority p, std::vector<std::size_t> selected);
+
+ private:
+  void TakeOne(Priority p);
+  std::optional<std::size_t> PositionToReplace(Priority p, const std::string& name) const;
+  void DiscardReplaced(Priority p, std::size_t position, const std::string& name);
+  std::optional<std::string> Place(Priority p, const std::string& source, const std::string& name);
+  void Enter(Priority p, std::optional<std::size_t> position, const std::string& name);
+  std::string InTransmitFolder(const std::string& name) const;
+  /// Runs a step; while the file is in use elsewhere it is tried again, 20 times in one call of the
+  /// intake for all steps together. Returns true when it did its work.
+  template <typename Step>
+  bool RunRetried(const std::string& file, Step&& step);
+
+  Parts parts_;
+  PlacedFiles placed_;
+  int retries_ = 0;
+};
+
+}  // namespace ostrel
