@@ -1,0 +1,62 @@
+// Identifies the station in Morse code by keying the transmitter on and off, at a set interval and
+// on demand. No packet goes out meanwhile.
+#pragma once
+
+#include <string>
+
+#include "base/reporting.h"
+#include "platform/clock.h"
+#include "platform/dialogs.h"
+#include "platform/event_loop.h"
+#include "platform/files.h"
+#include "platform/serial_port.h"
+#include "platform/timer.h"
+#include "state/engine.h"
+#include "state/main_window.h"
+#include "state/setup.h"
+
+namespace ostrel {
+
+class MorseIdentification {
+ public:
+  struct Parts {
+    Clock& clock;
+    EventLoop& events;
+    Timer& cycleTimer;
+    SerialPort& port;
+    Files& files;
+    Dialogs& dialogs;
+    Reporting& reporting;
+    MainWindow& mainWindow;
+    Setup& setup;
+    const ProgramValues& values;
+  };
+  explicit MorseIdentification(const Parts& parts) : parts_(parts) {}
+
+  /// The countdown, once a tick: goes down by one at second 30, and at 0 identifies when the
+  /// interval is above 0. `newSecond` is the second that this tick newly saw, or 99. Throws Failure
+  /// when the identification fails; the countdown has then begun again all the same.
+  void CountDown(int newSecond);
+
+  /// The operator's demand. Nothing with an empty text; a message when no port is open or when the
+  /// identification fails. One that is asked for while one is under way is that one.
+  void SendOnDemand();
+
+  /// The interval field was edited or loaded.
+  void RestartCountdown() { parts_.setup.TimeLeft.Set(parts_.setup.IDTime.Get()); }
+
+ private:
+  /// Sends one identification; blocks for its whole length. Throws Failure; the transmitter, the
+  /// timer and the window are then as before.
+  void SendMorseId();
+  void Drain();
+  void Key(const std::string& elements, int factor);
+  void SetLines(bool on);
+  void Restore(bool timerWasRunning);
+  std::string ReadElements(const std::string& text);
+
+  Parts parts_;
+  bool isUnderWay_ = false;
+};
+
+}  // namespace ostrel

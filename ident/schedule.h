@@ -1,0 +1,63 @@
+// Files that are sent at fixed times of day. An entry names a time, a source and a destination;
+// normally the destination lies in a holding folder, from where the copy goes the way of any
+// received file. An entry whose minute is missed waits for the next day.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/reporting.h"
+#include "base/time.h"
+#include "intake/file_copy.h"
+#include "platform/clock.h"
+#include "platform/dialogs.h"
+#include "platform/files.h"
+#include "state/setup.h"
+
+namespace ostrel {
+
+/// One entry taken apart: "hh:mm source destination".
+struct ScheduleEntry {
+  std::optional<TimeOfDay> time;  // nothing when the first five characters are no time
+  std::string source;             // cannot hold a blank; empty when the rest has none
+  std::string destination;
+};
+ScheduleEntry ParseScheduleEntry(std::string_view line);
+
+class Schedule {
+ public:
+  struct Parts {
+    Files& files;
+    Clock& clock;
+    FileCopy& copy;
+    Dialogs& dialogs;
+    Reporting& reporting;
+    Setup& setup;
+    const std::string& programFolder;
+  };
+  explicit Schedule(const Parts& parts) : parts_(parts) {}
+
+  /// Once a minute: copies the file of every entry whose minute it is. Failures go to the log.
+  void ProcessSchedule();
+
+  /// RtSched.txt in the program folder. A file that is missing or cannot be read is an empty
+  /// schedule; one that could not be read is not written over until the operator edits the list.
+  void LoadSchedule();
+  void SaveSchedule();
+
+  /// Enter in `txtSchedule`. Returns false when the entry was refused with a message.
+  bool AddEntry();
+  void RemoveEntries(const std::vector<std::size_t>& selected);
+  void ShowHelp();
+
+ private:
+  void Fire(const ScheduleEntry& entry);
+  void LogFailure(const Failure& failure, const ScheduleEntry& entry);
+  std::string Path() const { return parts_.programFolder + "/RtSched.txt"; }
+
+  Parts parts_;
+};
+
+}  // namespace ostrel
