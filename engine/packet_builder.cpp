@@ -1,0 +1,58 @@
+#include "engine/packet_builder.h"
+
+#include <fmt/format.h>
+
+#include "base/names.h"
+#include "base/text.h"
+#include "engine/packet.h"
+
+namespace ostrel {
+
+namespace {
+constexpr const char* kProcedure = "MakePacket";
+}
+
+long long PacketBuilder::MakePacket(const std::string& path, long long n) {
+  long long count = 0;
+  try {
+    Build(path, n, count);
+  } catch (const std::exception& error) {
+    const auto failure = AsFailure(error);
+    if (failure.number() == failure_number::kFileNotFound) {
+      parts_.reporting.WriteLog(kProcedure, fmt::format("Queued file {} was deleted by purge.",
+                                                        NameField(FileNameOf(path))));
+    } else {
+      parts_.reporting.ReportError(failure, kProcedure, " File Name: " + path);
+    }
+  }
+  return count;
+}
+
+void PacketBuilder::Build(const std::string& path, long long n, long long& count) {
+  const auto stamp = TimeStamp(path);
+  count = BlockCount(parts_.files.Size(path));
+  if (n > count) return;
+
+  const PacketHeader header{NameField(FileNameOf(path)), n, count, stamp};
+  ShowProgress(header);
+  Block block{};  // where the file ends inside the block, the rest stays zero
+  parts_.files.ReadBlock(path, (n - 1) * static_cast<std::int64_t>(kBlockSize), block);
+  parts_.engine.PendingPacket = EncodePacket(header, block);
+  if (IsChecked(parts_.setup.LogIt)) {
+    parts_.reporting.WriteLog("Packet Sent",
+                              fmt::format("{} {}/{}", TrimBlanks(header.nameField), n, count));
+  }
+}
+
+std::string PacketBuilder::TimeStamp(const std::string& path) {
+  const auto written = parts_.clock.ToLocal(parts_.files.LastWriteTime(path));
+  return FormatGeneral(LocalToUtc(written, parts_.clock.UtcOffset()));
+}
+
+void PacketBuilder::ShowProgress(const PacketHeader& header) {
+  parts_.mainWindow.lblBlkPktTot.Set(fmt::format(" {}", header.blockCount));
+  parts_.mainWindow.lblBlkPktNum.Set(fmt::format(" {}", header.block));
+  parts_.mainWindow.lblActivefile.Set(header.nameField);
+}
+
+}  // namespace ostrel

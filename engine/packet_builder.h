@@ -1,0 +1,44 @@
+// Builds the packet of one block of a file into the engine's packet buffer. Keeps nothing between
+// calls: which file and which block is the queue service's affair.
+#pragma once
+
+#include <string>
+
+#include "base/reporting.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "state/engine.h"
+#include "state/main_window.h"
+#include "state/setup.h"
+
+namespace ostrel {
+
+struct PacketHeader;
+
+class PacketBuilder {
+ public:
+  struct Parts {
+    Files& files;
+    Clock& clock;
+    Reporting& reporting;
+    MainWindow& mainWindow;
+    const Setup& setup;
+    Engine& engine;
+  };
+  explicit PacketBuilder(const Parts& parts) : parts_(parts) {}
+
+  /// Fills PendingPacket, which must be empty, with block `n` (1 and up) of the file at `path` and
+  /// returns the file's block count. A number beyond the count builds nothing: the file is
+  /// finished. A file that is gone counts 0 blocks and leaves a log line; any other failure is
+  /// reported and costs the block.
+  long long MakePacket(const std::string& path, long long n);
+
+ private:
+  void Build(const std::string& path, long long n, long long& count);
+  void ShowProgress(const PacketHeader& header);
+  std::string TimeStamp(const std::string& path);
+
+  Parts parts_;
+};
+
+}  // namespace ostrel
