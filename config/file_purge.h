@@ -1,0 +1,54 @@
+// Deletes files that waited too long: looks at its folders at its start and every minute, and
+// removes what was last written before the age limit.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "base/reporting.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "platform/timer.h"
+
+namespace ostrel {
+
+class FilePurge {
+ public:
+  struct Parts {
+    Files& files;
+    Clock& clock;
+    Timer& timer;
+    Reporting& reporting;
+  };
+  /// `onDeleted` hears of each file that was deleted: its folder as registered, and its name.
+  FilePurge(const Parts& parts,
+            std::function<void(const std::string& folder, const std::string& name)> onDeleted);
+  ~FilePurge() { parts_.timer.Stop(); }
+  FilePurge(const FilePurge&) = delete;
+  FilePurge& operator=(const FilePurge&) = delete;
+
+  /// A folder, with a separator at its end, and its age limit in hours: a registration in the
+  /// making. An age of 0 or less purges nothing, so that a mistyped limit does not empty the
+  /// queues.
+  void SetPurgeFolder(std::string folder) { next_.folder = std::move(folder); }
+  void SetPurgeAge(milliseconds age) { next_.age = age; }
+  /// Adds what was set to the registered folders.
+  void AddPurgeFolder() { folders_.push_back(next_); }
+  void StartPurge();
+
+ private:
+  struct Registration {
+    std::string folder;
+    milliseconds age{0};
+  };
+  void Purge();
+  void PurgeFolder(const Registration& registration);
+
+  Parts parts_;
+  std::function<void(const std::string&, const std::string&)> onDeleted_;
+  Registration next_;
+  std::vector<Registration> folders_;
+};
+
+}  // namespace ostrel

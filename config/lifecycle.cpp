@@ -1,0 +1,127 @@
+#include "config/lifecycle.h"
+
+#include <fmt/format.h>
+
+#include "base/numbers.h"
+#include "config/version.h"
+#include "config/window_placement.h"
+
+namespace ostrel {
+
+namespace {
+constexpr const char* kCategory = "Ostrel";
+constexpr const char* kStartProcedure = "FormLoad";
+}  // namespace
+
+bool Lifecycle::IsFirstInstance() {
+  if (parts_.platform.instance.TryLock()) return true;
+  parts_.platform.dialogs.ShowMessage(
+      {kProgramName, " The Retransmission Engine Is Already Running", MessageIcon::kStop});
+  return false;
+}
+
+void Lifecycle::StartUp() {
+  try {
+    parts_.settings.LoadProgramValues();
+    CreateFolders();
+    PlaceMainWindow();
+    parts_.reporting.WriteLog(kCategory, fmt::format("Program Started - {}.{} build {}",
+                                                     kVersionMajor, kVersionMinor, kVersionBuild));
+    parts_.settings.LoadSettings();
+    parts_.engine.datagramSequence = 1;
+    parts_.platform.dialogs.ShowMainWindow();
+    parts_.ingest.StartIngest(parts_.values.engine);
+    ShowStartFigures();
+    for (const Priority p : AllPriorities()) parts_.engine.nextBlock[p] = 1;
+    parts_.engine.TxStart = parts_.platform.clock.Now();
+    parts_.pending.HandBack();
+    StartPurge();
+    parts_.output.OpenPacketHost();
+    parts_.platform.cycleTimer.Start(kCyclePeriod);
+  } catch (const std::exception& error) {
+    const auto report = DescribeFailure(AsFailure(error));
+    parts_.reporting.WriteLog(kStartProcedure, report);
+    parts_.platform.dialogs.ShowMainWindow();
+    parts_.platform.dialogs.ShowMessage(
+        {kProgramName, fmt::format("{}: {}", kStartProcedure, report), MessageIcon::kStop});
+  }
+}
+
+void Lifecycle::CreateFolders() {
+  const auto create = [this](const std::string& path) {
+    if (!parts_.platform.files.Exists(path)) parts_.platform.files.CreateFolder(path);
+  };
+  const auto& values = parts_.values;
+  create(values.dataRoot);
+  for (int n = 1; n <= kCompressFolder; ++n) create(values.HoldingFolder(n));
+  create(values.TransmitFolder());
+  create(values.SentFolder());
+  // What an interrupted copy left behind is nobody's.
+  for (int n = 1; n <= kCompressFolder; ++n)
+    parts_.platform.files.RemoveTemporaries(values.HoldingFolder(n));
+  for (const auto& folder :
+       {values.programFolder, values.ingestPath, values.TransmitFolder(), values.SentFolder()})
+    parts_.platform.files.RemoveTemporaries(folder);
+}
+
+void Lifecycle::PlaceMainWindow() {
+  CentreMainWindow(parts_.platform.dialogs);
+  const auto store = parts_.platform.stores.Open();
+  store->SetRootKey(kHkeyLocalMachine);
+  RestorePlacement(*store, parts_.platform.dialogs);
+}
+
+void Lifecycle::ShowStartFigures() {
+  parts_.engine.compression.ratio = 1;
+  parts_.mainWindow.lblCompressionRatio.Set("Compression = 1:1");
+  parts_.mainWindow.lblThroughput.Set(fmt::format(
+      "Throughput = {} BPS", FormatPlain(LeadingNumber(parts_.setup.lblOutBaud.Get()))));
+}
+
+void Lifecycle::StartPurge() {
+  const FilePurge::Parts purgeParts{parts_.platform.files, parts_.platform.clock,
+                                    parts_.platform.purgeTimer, parts_.reporting};
+  const auto transmitFolder = parts_.values.TransmitFolder() + "/";
+  purge_.emplace(purgeParts, [=, this](const std::string& folder, const std::string& name) {
+    if (folder == transmitFolder) parts_.pending.Purged(name);
+  });
+  for (const auto& folder : {transmitFolder, parts_.values.SentFolder() + "/"}) {
+    purge_->SetPurgeFolder(folder);
+    purge_->SetPurgeAge(PurgeAge(parts_.setup));
+    purge_->AddPurgeFolder();
+  }
+  purge_->StartPurge();
+}
+
+void Lifecycle::RunShutdownStep(const std::function<void()>& step) {
+  RunStep(parts_.reporting, "Shutdown", step);
+}
+
+void Lifecycle::ShutDown() {
+  auto& platform = parts_.platform;
+  platform.events.BeginShutdown();
+  parts_.engine.portReady = false;
+  const std::function<void()> steps[] = {
+      [&] { platform.cycleTimer.Stop(); },
+      [&] { platform.port.SetKeyLine1(false); },
+      [&] { platform.port.SetKeyLine2(false); },
+      [&] { platform.port.Close(); },
+      [&] { parts_.output.ClosePacketHost(); },
+      [&] { purge_.reset(); },
+      [&] { platform.dialogs.UnloadSetup(); },
+      [&] { platform.dialogs.CloseErrorWindow(); },
+      [&] { parts_.ingest.ShowIngest(); },
+      [&] { parts_.reporting.WriteLog(kCategory, "Program Stopped"); },
+      [&] { SavePlacement(); },
+      [&] { platform.dialogs.EndProgram(); },
+  };
+  for (const auto& step : steps) RunShutdownStep(step);
+}
+
+void Lifecycle::SavePlacement() {
+  const auto store = parts_.platform.stores.Open();
+  store->SetRootKey(kHkeyLocalMachine);
+  StorePlacement(*store, parts_.platform.dialogs.Placement());
+}
+
+}  // namespace ostrel

@@ -1,0 +1,54 @@
+// The program's life: everything that start-up does in its order, and the orderly stop that
+// releases the transmitter.
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "base/reporting.h"
+#include "config/file_purge.h"
+#include "config/ingest_programs.h"
+#include "config/settings_io.h"
+#include "engine/output_channels.h"
+#include "intake/pending_files.h"
+#include "platform/platform.h"
+
+namespace ostrel {
+
+class Lifecycle {
+ public:
+  struct Parts {
+    Platform& platform;
+    Reporting& reporting;
+    SettingsIo& settings;
+    OutputChannels& output;
+    PendingFiles& pending;
+    IngestPrograms& ingest;
+    MainWindow& mainWindow;
+    Setup& setup;
+    Engine& engine;
+    ProgramValues& values;
+  };
+  explicit Lifecycle(const Parts& parts) : parts_(parts) {}
+
+  /// False when another instance runs, which a message has said: the program ends at once then.
+  bool IsFirstInstance();
+  /// All of start-up. A failure at any step stops it there, with a log line and a message; the main
+  /// window stays and can be closed.
+  void StartUp();
+  /// All of shutdown, each step whatever becomes of the one before it: the lines drop in any case.
+  void ShutDown();
+
+ private:
+  void CreateFolders();
+  void PlaceMainWindow();
+  void ShowStartFigures();
+  void StartPurge();
+  void SavePlacement();
+  void RunShutdownStep(const std::function<void()>& step);
+
+  Parts parts_;
+  std::optional<FilePurge> purge_;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,174 @@
+#include "config/operator.h"
+
+#include <algorithm>
+#include <array>
+#include <fmt/format.h>
+
+#include "base/numbers.h"
+#include "base/reporting.h"
+#include "config/ingest_programs.h"
+#include "config/settings_io.h"
+#include "config/settings_transfer.h"
+#include "engine/output_channels.h"
+#include "ident/morse_identification.h"
+#include "ident/schedule.h"
+#include "intake/queue_intake.h"
+#include "intake/routing_rules.h"
+
+namespace ostrel {
+
+namespace {
+
+constexpr std::array kDataRates = {"1200", "2400", "9600", "19200", "38400", "57600", "115200"};
+
+/// The value a step on; beyond either end it comes in again at the other.
+std::string SteppedAround(const std::string& text, Button button, int first, int last) {
+  const int value = LeadingInteger(text) + (button == Button::kLeft ? 1 : -1);
+  return fmt::format("{}", value > last ? first : value < first ? last : value);
+}
+
+}  // namespace
+
+void Operator::ShowSetup() {
+  parts_.activity.Run([this] { parts_.platform.dialogs.ShowSetup(); });
+}
+
+void Operator::SendMorseId() {
+  parts_.activity.Run([this] { parts_.morse.SendOnDemand(); });
+}
+
+void Operator::ViewLogfile() {
+  parts_.activity.Run([this] {
+    const auto path = parts_.values.programFolder + "/RtLog.txt";
+    bool started = false;
+    TryStep([&] { started = parts_.platform.desktop.OpenText(path); });
+    if (started) return;
+    parts_.platform.dialogs.ShowMessage(
+        {kProgramName, fmt::format("No text editor could be started for {}.", path),
+         MessageIcon::kExclamation});
+  });
+}
+
+void Operator::ShowIngest() {
+  parts_.activity.Run([this] { parts_.ingest.ShowIngest(); });
+}
+
+void Operator::ExportSettings() {
+  parts_.activity.Run([this] { parts_.transfer.Export(); });
+}
+
+void Operator::ImportSettings() {
+  parts_.activity.Run([this] { parts_.transfer.Import(); });
+}
+
+void Operator::Exit() {
+  parts_.platform.dialogs.UnloadSetup();
+  Close();
+}
+
+void Operator::Close() {
+  parts_.activity.RequestStop();
+}
+
+void Operator::OpenWebSite() {
+  parts_.activity.Run(
+      [this] { TryStep([this] { parts_.platform.desktop.OpenAddress(kWebSite); }); });
+}
+
+void Operator::MailSupport() {
+  parts_.activity.Run([this] {
+    TryStep(
+        [this] { parts_.platform.desktop.OpenAddress(std::string("mailto:") + kSupportAddress); });
+  });
+}
+
+void Operator::ToggleTimingReadout() {
+  parts_.engine.timingReadout = !parts_.engine.timingReadout;
+}
+
+void Operator::RemoveQueued(Priority p, const std::vector<std::size_t>& selected) {
+  parts_.activity.Run([&] { parts_.intake.RemoveQueued(p, selected); });
+}
+
+void Operator::AddKeyword(std::size_t list) {
+  parts_.activity.Run([&] { parts_.rules.AddKeyword(list); });
+}
+
+void Operator::RemoveKeywords(std::size_t list, const std::vector<std::size_t>& selected) {
+  parts_.activity.Run([&] { parts_.rules.RemoveSelectedKeywords(list, selected); });
+}
+
+AfterEntry Operator::AddScheduleEntry() {
+  bool accepted = true;
+  parts_.activity.Run([&] { accepted = parts_.schedule.AddEntry(); });
+  return accepted ? AfterEntry::kNothing : AfterEntry::kFocusEntryField;
+}
+
+void Operator::RemoveScheduleEntries(const std::vector<std::size_t>& selected) {
+  parts_.activity.Run([&] { parts_.schedule.RemoveEntries(selected); });
+}
+
+void Operator::EditScheduleEntry(std::size_t position) {
+  if (position < parts_.setup.lstSchedule.size())
+    parts_.setup.txtSchedule.Set(parts_.setup.lstSchedule[position]);
+}
+
+void Operator::ShowScheduleHelp() {
+  parts_.activity.Run([this] { parts_.schedule.ShowHelp(); });
+}
+
+void Operator::StepPort(Button button) {
+  auto& port = parts_.setup.lblOutPort;
+  port.Set(SteppedAround(port.Get(), button, 1, 8));
+  ReopenPort();
+}
+
+void Operator::StepBaud() {
+  auto& baud = parts_.setup.lblOutBaud;
+  const auto rate = std::find(kDataRates.begin(), kDataRates.end(), baud.Get());
+  if (rate != kDataRates.end())
+    baud.Set(rate + 1 == kDataRates.end() ? kDataRates.front() : *(rate + 1));
+  ReopenPort();
+}
+
+void Operator::StepStopBits() {
+  auto& stopBits = parts_.setup.lblOutStop;
+  stopBits.Set(stopBits.Get() == "1" ? "2" : "1");
+  ReopenPort();
+}
+
+void Operator::ReopenPort() {
+  parts_.activity.Run([this] { parts_.output.OpenComPort(); });
+}
+
+void Operator::StepCopies(Button button) {
+  auto& copies = parts_.setup.lblCopies;
+  copies.Set(SteppedAround(copies.Get(), button, 2, 9));
+}
+
+void Operator::StepCompFiles(Button button) {
+  auto& files = parts_.setup.CompFiles;
+  const int value = LeadingInteger(files.Get()) + (button == Button::kLeft ? 1 : -1);
+  files.Set(fmt::format("{}", std::clamp(value, 0, 100)));
+}
+
+void Operator::StepBlockPriority() {
+  auto& priority = parts_.setup.BlockPriority;
+  priority.Set(SteppedAround(priority.Get(), Button::kLeft, 1, kPriorityCount));
+}
+
+void Operator::BraskClicked() {
+  if (IsChecked(parts_.setup.chkBrask)) parts_.setup.chkByteBlaster.Set(Check::kUnchecked);
+}
+
+void Operator::ByteBlasterClicked() {
+  if (IsChecked(parts_.setup.chkByteBlaster)) parts_.setup.chkBrask.Set(Check::kUnchecked);
+}
+
+SaveOutcome Operator::LeaveSetup() {
+  auto outcome = SaveOutcome::kStay;
+  parts_.activity.Run([&] { outcome = parts_.settings.SaveSettings(); });
+  return outcome;
+}
+
+}  // namespace ostrel

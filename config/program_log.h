@@ -1,0 +1,51 @@
+// The program log: RtLog.txt in the program folder, one time-stamped line an event, moved aside to
+// RtLog.old when it outgrows its size; and the reporter of failures, which writes its line there
+// and opens the error window when the operator wants to see errors.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "base/reporting.h"
+#include "platform/clock.h"
+#include "platform/dialogs.h"
+#include "platform/files.h"
+#include "state/engine.h"
+#include "state/setup.h"
+
+namespace ostrel {
+
+class ProgramLog : public Reporting {
+ public:
+  struct Parts {
+    Files& files;
+    Clock& clock;
+    Dialogs& dialogs;
+    const Setup& setup;
+    const ProgramValues& values;
+  };
+  explicit ProgramLog(const Parts& parts) : parts_(parts) {}
+
+  /// On disk when it returns. A log held by another process is tried again every 10 ms, 199 times a
+  /// stretch; then, or at any other failure, the error window says so and the line may be lost.
+  void WriteLog(std::string_view category, std::string_view message) override;
+  void ReportError(const Failure& failure, std::string_view procedure,
+                   std::string_view additional) override;
+
+  std::string Path() const { return parts_.values.programFolder + "/RtLog.txt"; }
+
+ private:
+  void RotateWhenTooLarge();
+  std::string ReportText(const Failure& failure, std::string_view procedure,
+                         std::string_view additional) const;
+  template <typename Step>
+  void RunRetried(Step&& step);
+
+  Parts parts_;
+  int retries_ = 0;
+};
+
+/// One line of the log, its end included.
+std::string LogLine(LocalTime time, std::string_view category, std::string_view message);
+
+}  // namespace ostrel

@@ -1,0 +1,19 @@
+// Where the main window stood when the station was last closed.
+#pragma once
+
+#include "platform/dialogs.h"
+#include "platform/settings_store.h"
+
+namespace ostrel {
+
+/// Centres the main window on the screen.
+void CentreMainWindow(Dialogs& dialogs);
+
+/// Puts the main window where the store says, value by value; what is not stored stays as it is.
+/// Throws Failure 13 for a text that is no number, 380 for a state that is none.
+void RestorePlacement(SettingsStore& store, Dialogs& dialogs);
+
+/// Stores the placement; a minimized window keeps the position and size last stored.
+void StorePlacement(SettingsStore& store, const WindowPlacement& placement);
+
+}  // namespace ostrel
