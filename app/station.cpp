@@ -1,0 +1,92 @@
+#include "app/station.h"
+
+#include <algorithm>
+#include <array>
+
+namespace ostrel {
+
+namespace {
+
+ProgramValues ValuesFor(const Platform& platform) {
+  ProgramValues values;
+  values.programFolder = platform.programFolder;
+  values.dataRoot = platform.programFolder + "/KvData";
+  return values;
+}
+
+template <std::size_t N>
+bool IsOneOf(const std::string& text, const std::array<const char*, N>& choices) {
+  return std::find(choices.begin(), choices.end(), text) != choices.end();
+}
+
+}  // namespace
+
+Station::Station(const Platform& platform)
+    : platform_(platform),
+      values_(ValuesFor(platform)),
+      activity_(platform.events, [this] { lifecycle_.ShutDown(); }),
+      log_({platform.files, platform.clock, platform.dialogs, setup_, values_}),
+      copy_(platform.files, platform.clock),
+      rules_({platform.files, platform.dialogs, log_, setup_, values_.programFolder}),
+      pending_({platform.files, platform.clock, log_, setup_, values_}),
+      compression_({platform.files, platform.archives, platform.clock, copy_, pending_, log_,
+                    mainWindow_, setup_, engine_, values_}),
+      scan_({platform.files, platform.archives, copy_, rules_, log_, values_}),
+      intake_({platform.files, platform.clock, copy_, compression_, pending_, log_, mainWindow_,
+               setup_, values_}),
+      morse_({platform.clock, platform.events, platform.cycleTimer, platform.port, platform.files,
+              platform.dialogs, log_, mainWindow_, setup_, values_}),
+      schedule_({platform.files, platform.clock, copy_, platform.dialogs, log_, setup_,
+                 values_.programFolder}),
+      builder_({platform.files, platform.clock, log_, mainWindow_, setup_, engine_}),
+      output_({platform.port, platform.datagrams, platform.cycleTimer, platform.clock, log_,
+               mainWindow_, setup_, engine_, values_}),
+      service_({platform.files, platform.clock, platform.port, copy_, builder_, pending_, log_,
+                mainWindow_, setup_, engine_, values_}),
+      cycle_({platform.clock, platform.events, platform.port, output_, service_, log_, mainWindow_,
+              setup_, engine_, values_},
+             Steps()),
+      ingest_(platform.desktop, values_.programFolder),
+      transfer_(platform.desktop, platform.dialogs, platform.files, values_.programFolder),
+      settings_({platform.stores, platform.dialogs, setup_, values_, rules_, schedule_,
+                 compression_, morse_, output_}),
+      lifecycle_({platform_, log_, settings_, output_, pending_, ingest_, mainWindow_, setup_,
+                  engine_, values_}),
+      operator_({platform_, activity_, mainWindow_, setup_, engine_, values_, morse_, schedule_,
+                 rules_, intake_, output_, settings_, transfer_, ingest_}) {
+  platform_.cycleTimer.OnTick([this] { activity_.Run([this] { cycle_.Tick(); }); });
+  HangRulesOnFields();
+}
+
+bool Station::Start() {
+  if (!lifecycle_.IsFirstInstance()) return false;
+  activity_.Run([this] { lifecycle_.StartUp(); });
+  return true;
+}
+
+CycleSteps Station::Steps() {
+  return {
+      .identify = [this](int newSecond) { morse_.CountDown(newSecond); },
+      .processSchedule = [this] { schedule_.ProcessSchedule(); },
+      .checkForNewFiles = [this] { scan_.CheckForNewFiles(); },
+      .checkForNewPriFiles = [this] { intake_.CheckForNewPriFiles(); },
+      .refreshCompressList = [this] { compression_.RefreshCompressList(); },
+      .compressBlock = [this] { compression_.CompressBlock(); },
+  };
+}
+
+/// The change rules hold wherever a change comes from, the load included.
+void Station::HangRulesOnFields() {
+  constexpr std::array kDataBits = {"8", "7"};
+  constexpr std::array kParities = {"O", "E", "N"};
+  fieldRules_.push_back(
+      setup_.IDTime.OnChange([this](const std::string&) { morse_.RestartCountdown(); }));
+  fieldRules_.push_back(setup_.lblOutData.OnChange([=, this](const std::string& text) {
+    if (IsOneOf(text, kDataBits)) activity_.Run([this] { output_.OpenComPort(); });
+  }));
+  fieldRules_.push_back(setup_.lblOutParity.OnChange([=, this](const std::string& text) {
+    if (IsOneOf(text, kParities)) activity_.Run([this] { output_.OpenComPort(); });
+  }));
+}
+
+}  // namespace ostrel

@@ -1,0 +1,83 @@
+// The whole station: builds the core out of one machine, once, and wires its parts. The windowed
+// program gives it the real machine; a test or a simulation gives it a virtual one.
+#pragma once
+
+#include <vector>
+
+#include "config/activity.h"
+#include "config/ingest_programs.h"
+#include "config/lifecycle.h"
+#include "config/operator.h"
+#include "config/program_log.h"
+#include "config/settings_io.h"
+#include "config/settings_transfer.h"
+#include "engine/output_channels.h"
+#include "engine/packet_builder.h"
+#include "engine/queue_service.h"
+#include "engine/transmit_cycle.h"
+#include "ident/morse_identification.h"
+#include "ident/schedule.h"
+#include "intake/compression.h"
+#include "intake/file_copy.h"
+#include "intake/ingest_scan.h"
+#include "intake/pending_files.h"
+#include "intake/queue_intake.h"
+#include "intake/routing_rules.h"
+#include "platform/platform.h"
+#include "state/engine.h"
+#include "state/main_window.h"
+#include "state/setup.h"
+
+namespace ostrel {
+
+class Station {
+ public:
+  /// Builds everything; nothing runs before Start. `platform` must outlive the station.
+  explicit Station(const Platform& platform);
+  Station(const Station&) = delete;
+  Station& operator=(const Station&) = delete;
+
+  /// Start-up. False when another instance runs already: the program is to end at once.
+  bool Start();
+  /// Asks the program to end: waits end, what runs unwinds, the shutdown runs.
+  void Stop() { activity_.RequestStop(); }
+
+  MainWindow& mainWindow() { return mainWindow_; }
+  Setup& setup() { return setup_; }
+  Engine& engine() { return engine_; }
+  ProgramValues& values() { return values_; }
+  Operator& operators() { return operator_; }
+
+ private:
+  CycleSteps Steps();
+  void HangRulesOnFields();
+
+  Platform platform_;
+  MainWindow mainWindow_;
+  Setup setup_;
+  Engine engine_;
+  ProgramValues values_;
+
+  Activity activity_;
+  ProgramLog log_;
+  FileCopy copy_;
+  RoutingRules rules_;
+  PendingFiles pending_;
+  Compression compression_;
+  IngestScan scan_;
+  QueueIntake intake_;
+  MorseIdentification morse_;
+  Schedule schedule_;
+  PacketBuilder builder_;
+  OutputChannels output_;
+  QueueService service_;
+  TransmitCycle cycle_;
+  IngestPrograms ingest_;
+  SettingsTransfer transfer_;
+  SettingsIo settings_;
+  Lifecycle lifecycle_;
+  Operator operator_;
+  std::vector<Subscription> fieldRules_;
+};
+
+}  // namespace ostrel
