@@ -1,0 +1,94 @@
+// The rest of a virtual machine: windows that nobody sees, an operator's answers given beforehand,
+// datagrams that go nowhere. All of it remembers what was asked.
+#pragma once
+
+#include <deque>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "base/failure.h"
+#include "platform/datagrams.h"
+#include "platform/desktop.h"
+#include "platform/dialogs.h"
+#include "platform/instance_lock.h"
+
+namespace ostrel {
+
+class VirtualDialogs : public Dialogs {
+ public:
+  MessageAnswer ShowMessage(const Message& message) override {
+    messages.push_back(message);
+    if (answers.empty()) return MessageAnswer::kOk;
+    const auto answer = answers.front();
+    answers.pop_front();
+    return answer;
+  }
+  void ShowErrorWindow(const std::string& text) override { errors.push_back(text); }
+  void CloseErrorWindow() override {}
+  void ShowMainWindow() override { mainIsShown = true; }
+  void ShowSetup() override { setupIsShown = true; }
+  void HideSetup() override { setupIsShown = false; }
+  void UnloadSetup() override { setupIsShown = false; }
+  void RepaintMainWindow() override {}
+  std::pair<float, float> ScreenSize() override { return {19200, 12000}; }
+  WindowPlacement Placement() override { return placement; }
+  void Place(const WindowPlacement& where) override { placement = where; }
+  void EndProgram() override { hasEnded = true; }
+
+  std::vector<Message> messages;
+  std::deque<MessageAnswer> answers;  // for the next messages; kOk beyond them
+  std::vector<std::string> errors;
+  WindowPlacement placement{0, 0, 7875, 6375};
+  bool mainIsShown = false;
+  bool setupIsShown = false;
+  bool hasEnded = false;
+};
+
+class VirtualDatagrams : public Datagrams {
+ public:
+  void SetDestination(const std::string& where, std::int32_t number) override {
+    address = where;
+    port = number;
+  }
+  void SetConfiguration(std::string_view text) override { configuration = text; }
+  void Activate() override { isActive = true; }
+  void Deactivate() override { isActive = false; }
+  bool IsActive() const override { return isActive; }
+  void Send(std::string_view bytes) override { sent.emplace_back(bytes); }
+
+  std::string address;
+  std::int32_t port = 0;
+  std::string configuration;
+  bool isActive = false;
+  std::vector<std::string> sent;
+};
+
+class VirtualDesktop : public Desktop {
+ public:
+  bool WindowExists(const std::string& title) override { return windows.contains(title); }
+  void RestoreWindowAbove(const std::string& title) override {
+    if (windows.contains(title)) restored.push_back(title);
+  }
+  void StartMinimized(const std::vector<std::string>& command) override { Start(command); }
+  void Start(const std::vector<std::string>& command) override { started.push_back(command); }
+  void OpenAddress(const std::string& address) override { opened.push_back(address); }
+  bool OpenText(const std::string& path) override {
+    opened.push_back(path);
+    return hasEditor;
+  }
+
+  std::set<std::string> windows;
+  std::vector<std::string> restored;
+  std::vector<std::vector<std::string>> started;
+  std::vector<std::string> opened;
+  bool hasEditor = true;
+};
+
+class VirtualInstanceLock : public InstanceLock {
+ public:
+  bool TryLock() override { return isFirst; }
+  bool isFirst = true;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,57 @@
+#include "platform/virtual/virtual_line.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/failure.h"
+
+namespace ostrel {
+
+namespace {
+constexpr std::size_t kBufferSize = 10000;
+}
+
+void VirtualLine::Open(int number, std::string_view settings) {
+  if (!devices.contains(number) || !isPresent_)
+    throw Failure(failure_number::kDeviceUnavailable, "Device unavailable");
+  line_ = LineTime(ParseLineSettings(settings));
+  openings.emplace_back(settings);
+  isOpen_ = true;
+}
+
+void VirtualLine::Close() {
+  Record(1, keyLine1_, false);
+  Record(2, keyLine2_, false);
+  line_.Clear();
+  isOpen_ = false;
+}
+
+std::size_t VirtualLine::BytesWaiting() {
+  if (!isOpen_) return 0;
+  return std::max<std::size_t>(line_.Unsent(Now()), isPresent_ ? 0 : 1);
+}
+
+void VirtualLine::Write(std::string_view bytes) {
+  if (!isOpen_ || writeFails || line_.Unsent(Now()) + bytes.size() > kBufferSize)
+    throw Failure(failure_number::kDeviceError, "Device I/O error");
+  line_.Add(bytes.size(), Now());
+  if (isPresent_) onWrite(bytes);
+}
+
+void VirtualLine::SetLine(int line, bool& state, bool on) {
+  if (isOpen_ && lineFails) throw Failure(failure_number::kDeviceError, "Device I/O error");
+  Record(line, state, on);
+}
+
+void VirtualLine::Record(int line, bool& state, bool on) {
+  if (isOpen_ && state != on) keying.push_back({clock_.Monotonic(), line, on});
+  state = on;
+}
+
+void VirtualLine::SetPresent(bool present) {
+  if (std::exchange(isPresent_, present) == present || !isOpen_) return;
+  line_.Clear();
+  if (onPresence_) onPresence_(present);
+}
+
+}  // namespace ostrel
