@@ -12,9 +12,9 @@ ProductStore::ProductStore(std::filesystem::path folder) : folder_(std::move(fol
 }
 
 std::string ProductStore::Store(const std::string& name, std::string_view data) {
-  std::string free = name;
-  for (int k = 1; std::filesystem::exists(folder_ / free); ++k)
-    free = fmt::format("{}.{}", name, k);
+  int& number = lastNumbers_[name];
+  std::string free = number == 0 ? name : fmt::format("{}.{}", name, number);
+  while (std::filesystem::exists(folder_ / free)) free = fmt::format("{}.{}", name, ++number);
   const std::filesystem::path unfinished = folder_ / ("." + free);
   std::ofstream file(unfinished, std::ios::binary | std::ios::trunc);
   file.write(data.data(), static_cast<std::streamsize>(data.size()));

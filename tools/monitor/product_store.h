@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -18,6 +19,8 @@ class ProductStore {
 
  private:
   std::filesystem::path folder_;
+  // The number each name got last: a fill text that comes back all day is stored without a search.
+  std::map<std::string, int> lastNumbers_;
 };
 
 }  // namespace ostrel

@@ -1,0 +1,87 @@
+# Functions for the scripts that run a station against the monitor. Sourced from the top folder.
+# shellcheck shell=bash disable=SC2034
+
+readonly bin=build/release/bin
+readonly baud=38400
+
+# deliver FILE FOLDER: the file appears in the ingest folder at once and whole.
+deliver() {
+  local name
+  name=$(basename "$1")
+  cp "$1" "$2/.$name"
+  mv "$2/.$name" "$2/$name"
+}
+
+# make_station DIR: everything a station needs on its first day, the sample products in its ingest
+# folder. The whole folder appears at once, so that an interrupted making is simply made again.
+make_station() {
+  local new=$1.new
+  rm -rf "$new"
+  mkdir -p "$new/ports" "$new/KvData/RxFiles"
+  cp packaging/station/* "$new/"
+  ln -s ../line "$new/ports/COM1"
+  "$bin/ostrel-settings" --station "$new" set ComBaud "$baud"
+  "$bin/ostrel-settings" --station "$new" set LogProgram 1
+  local product
+  for product in samples/products/*; do deliver "$product" "$new/KvData/RxFiles"; done
+  mv "$new" "$1"
+}
+
+# place_programs DIR: the programs as last built. Links would not do: a station is where its program
+# really is.
+place_programs() {
+  local program
+  for program in ostrel ostrel-monitor ostrel-settings; do
+    ln -f "$bin/$program" "$1/$program" 2>/dev/null || cp -f "$bin/$program" "$1/$program"
+  done
+}
+
+# start_monitor STATION RECEIVED LOG: leaves its process id in `monitor` and the log open on
+# descriptor 3. In a session of its own, like the program: Ctrl+C is for this script alone, which
+# ends both in order.
+start_monitor() {
+  : >"$3"
+  exec 3<"$3"
+  setsid "$1/ostrel-monitor" --link "$1/line" --baud "$baud" --out "$2" >>"$3" 2>&1 3<&- &
+  monitor=$!
+  local _
+  for _ in {1..100}; do
+    [ ! -L "$1/line" ] || return 0
+    sleep 0.1
+  done
+  cat "$3" >&2
+  echo "The monitor did not make its line." >&2
+  return 1
+}
+
+# start_program STATION LOG: leaves its process id in `program`.
+start_program() {
+  setsid "$1/ostrel" >"$2" 2>&1 3<&- &
+  program=$!
+}
+
+# show_products: prints what was received since the last call, and whatever went wrong with it.
+show_products() {
+  local line
+  while read -r line <&3; do
+    case $line in
+      *FILLFILE.TXT*) ;;
+      *" received, "* | *" pause: "* | *DAMAGED* | *" missing "* | *" not whole"* | *" noise: "*)
+        echo "$line"
+        ;;
+    esac
+  done
+}
+
+# stop PID: asks a program to end, waits, and gives its status.
+stop() {
+  local status=0 _
+  kill -TERM "$1" 2>/dev/null || true
+  for _ in {1..150}; do
+    kill -0 "$1" 2>/dev/null || break
+    sleep 0.1
+  done
+  kill -KILL "$1" 2>/dev/null || true
+  wait "$1" || status=$?
+  return "$status"
+}
