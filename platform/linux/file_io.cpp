@@ -1,0 +1,48 @@
+#include "platform/linux/file_io.h"
+
+#include <cerrno>
+#include <unistd.h>
+
+namespace ostrel {
+
+int WriteFully(int descriptor, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = write(descriptor, bytes.data(), bytes.size());
+    if (count >= 0) {
+      bytes.remove_prefix(static_cast<std::size_t>(count));
+    } else if (errno != EINTR) {
+      return errno;
+    }
+  }
+  return 0;
+}
+
+std::int64_t ReadFully(int descriptor, std::int64_t offset, std::span<char> buffer) {
+  std::size_t have = 0;
+  while (have < buffer.size()) {
+    const auto rest = buffer.subspan(have);
+    const ssize_t count =
+        pread(descriptor, rest.data(), rest.size(), offset + static_cast<std::int64_t>(have));
+    if (count == 0) break;
+    if (count > 0) {
+      have += static_cast<std::size_t>(count);
+    } else if (errno != EINTR) {
+      return -errno;
+    }
+  }
+  return static_cast<std::int64_t>(have);
+}
+
+timespec ToTimespec(UtcTime time) {
+  const auto whole = std::chrono::floor<seconds>(time);
+  const auto part = std::chrono::nanoseconds(time - whole);
+  return {whole.time_since_epoch().count(), part.count()};
+}
+
+UtcTime WriteTimeOf(const struct stat& status) {
+  const auto whole = seconds(status.st_mtim.tv_sec);
+  const auto part = std::chrono::nanoseconds(status.st_mtim.tv_nsec);
+  return UtcTime(std::chrono::floor<milliseconds>(whole + part));
+}
+
+}  // namespace ostrel

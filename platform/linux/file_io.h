@@ -1,0 +1,24 @@
+// Reading and writing on an open descriptor, to the end, whatever the system does in one call.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <sys/stat.h>
+#include <time.h>
+
+#include "base/time.h"
+
+namespace ostrel {
+
+/// Writes all of `bytes`. Returns 0 or the system's error.
+int WriteFully(int descriptor, std::string_view bytes);
+
+/// Reads from byte `offset` on until `buffer` is full or the file ends. Returns how many bytes were
+/// there, or a negative system error.
+std::int64_t ReadFully(int descriptor, std::int64_t offset, std::span<char> buffer);
+
+timespec ToTimespec(UtcTime time);
+UtcTime WriteTimeOf(const struct stat& status);
+
+}  // namespace ostrel

@@ -1,0 +1,27 @@
+// A folder's entries in its own order, read from the system in small portions and no further than
+// the caller wants: the first of 100,000 files costs what the first of ten does.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace ostrel {
+
+enum class Portion { kFewEntries, kManyEntries };
+enum class Reading { kContinue, kEnough };
+
+struct FolderEntry {
+  int folder;          // open descriptor of the folder
+  const char* name;    // never "." or ".."
+  unsigned char type;  // as the folder tells it: DT_REG, DT_LNK, DT_UNKNOWN ...
+};
+
+/// Calls `visit` for each entry until it has enough. Returns 0 or the system's error.
+int ReadFolder(const std::string& path, Portion portion,
+               const std::function<Reading(const FolderEntry&)>& visit);
+
+/// True for a regular file or a link to one.
+bool IsRegularFile(const FolderEntry& entry);
+
+}  // namespace ostrel

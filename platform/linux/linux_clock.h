@@ -1,0 +1,25 @@
+// The machine's clocks and its sleep.
+#pragma once
+
+#include "platform/clock.h"
+#include "platform/linux/stop_signal.h"
+
+namespace ostrel {
+
+/// Local time follows the system's time zone, a change of it while the program runs included.
+class LinuxClock : public Clock {
+ public:
+  explicit LinuxClock(StopSignal& stop) : stop_(stop) {}
+
+  LocalTime Now() const override { return ToLocal(UtcNow()); }
+  UtcTime UtcNow() const override;
+  milliseconds Monotonic() const override;
+  seconds UtcOffset() const override;
+  LocalTime ToLocal(UtcTime utc) const override;
+  void Sleep(milliseconds duration) override;
+
+ private:
+  StopSignal& stop_;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,239 @@
+#include "platform/linux/linux_files.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "base/failure.h"
+#include "base/names.h"
+#include "base/text.h"
+#include "platform/linux/descriptor.h"
+#include "platform/linux/exclusive_test.h"
+#include "platform/linux/file_io.h"
+#include "platform/linux/folder_reader.h"
+#include "platform/linux/system_error.h"
+#include "platform/linux/temporary_file.h"
+
+namespace ostrel {
+namespace {
+
+/// Throws for a call that failed on `path`.
+void Check(int result, const std::string& path) {
+  if (result != 0) ThrowFileFailure(errno, path);
+}
+
+struct stat StatusOf(const std::string& path) {
+  struct stat status;
+  Check(stat(path.c_str(), &status), path);
+  return status;
+}
+
+/// For a call on two paths: the missing one is the source, or else the destination's folder.
+void CheckBoth(int result, const std::string& source, const std::string& destination) {
+  if (result == 0) return;
+  const int error = errno;
+  struct stat status;
+  const bool sourceMissing = lstat(source.c_str(), &status) != 0;
+  ThrowFileFailure(error, sourceMissing ? source : destination);
+}
+
+/// Never waits, not even for the other end of a pipe that someone put there.
+Descriptor OpenToRead(const std::string& path) {
+  return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+}
+
+std::string FolderToCreateIn(const std::string& path) {
+  const auto folder = FolderOf(path);
+  if (!folder.empty()) return std::string(folder);
+  return path.starts_with('/') ? "/" : ".";
+}
+
+/// `wanted` as it stands in `folder`: itself, or the first entry that differs in case alone.
+std::string ActualName(const std::string& folder, const std::string& wanted) {
+  const std::string upper = ToUpper(wanted);
+  std::string found = wanted;
+  ReadFolder(folder.empty() ? "." : folder, Portion::kManyEntries, [&](const FolderEntry& entry) {
+    if (ToUpper(entry.name) != upper) return Reading::kContinue;
+    found = entry.name;
+    return Reading::kEnough;
+  });
+  return found;
+}
+
+/// Reads the source to its end into `copy`. Returns a copy code.
+int CopyContent(const Descriptor& source, TemporaryFile& copy) {
+  std::array<char, 64 * 1024> buffer;
+  for (std::int64_t offset = 0;;) {
+    const std::int64_t count = ReadFully(source.Get(), offset, buffer);
+    if (count < 0) return SourceCopyCode(static_cast<int>(-count));
+    if (count == 0) return copy_code::kDone;
+    const int error = copy.Write({buffer.data(), static_cast<std::size_t>(count)});
+    if (error != 0) return DestinationCopyCode(error);
+    offset += count;
+  }
+}
+
+}  // namespace
+
+std::optional<std::string> LinuxFiles::FirstFile(const std::string& folder) {
+  std::optional<std::string> first;
+  const int error = ReadFolder(folder, Portion::kFewEntries, [&](const FolderEntry& entry) {
+    if (entry.name[0] == '.' || !IsRegularFile(entry)) return Reading::kContinue;
+    first = entry.name;
+    return Reading::kEnough;
+  });
+  if (error != 0 && error != ENOENT) ThrowFileFailure(error, folder);
+  return first;
+}
+
+std::vector<std::string> LinuxFiles::ListFiles(const std::string& folder) {
+  std::vector<std::string> names;
+  const int error = ReadFolder(folder, Portion::kManyEntries, [&](const FolderEntry& entry) {
+    if (entry.name[0] != '.' && IsRegularFile(entry)) names.emplace_back(entry.name);
+    return Reading::kContinue;
+  });
+  if (error != 0 && error != ENOENT) ThrowFileFailure(error, folder);
+  return names;
+}
+
+bool LinuxFiles::Exists(const std::string& path) {
+  struct stat status;
+  return lstat(path.c_str(), &status) == 0;
+}
+
+std::string LinuxFiles::ActualPath(const std::string& path) {
+  std::string actual;
+  for (std::size_t at = 0; at < path.size();) {
+    if (path[at] == '/') {
+      actual += path[at++];
+      continue;
+    }
+    const std::size_t end = std::min(path.find('/', at), path.size());
+    const std::string name = path.substr(at, end - at);
+    actual += Exists(actual + name) ? name : ActualName(actual, name);
+    at = end;
+  }
+  return actual;
+}
+
+std::int64_t LinuxFiles::Size(const std::string& path) {
+  return StatusOf(path).st_size;
+}
+
+UtcTime LinuxFiles::LastWriteTime(const std::string& path) {
+  return WriteTimeOf(StatusOf(path));
+}
+
+void LinuxFiles::SetLastWriteTime(const std::string& path, UtcTime time) {
+  const timespec times[] = {{0, UTIME_OMIT}, ToTimespec(time)};
+  Check(utimensat(AT_FDCWD, path.c_str(), times, 0), path);
+}
+
+void LinuxFiles::TestExclusive(const std::string& path) {
+  const Descriptor file = OpenToRead(path);
+  if (!file) ThrowFileFailure(errno, path);
+  if (!IsHeldAlone(file.Get(), clock_.UtcNow())) ThrowFileFailure(EBUSY, path);
+}
+
+int LinuxFiles::Copy(const std::string& source, const std::string& destination) {
+  const Descriptor from = OpenToRead(source);
+  if (!from) return SourceCopyCode(errno);
+  TemporaryFile copy(FolderToCreateIn(destination));
+  if (copy.Error() != 0) return DestinationCopyCode(copy.Error());
+  const int code = CopyContent(from, copy);
+  if (code != copy_code::kDone) return code;
+  return DestinationCopyCode(copy.Commit(destination, clock_.UtcNow()));
+}
+
+void LinuxFiles::Delete(const std::string& path) {
+  Check(unlink(path.c_str()), path);
+}
+
+void LinuxFiles::Rename(const std::string& source, const std::string& destination) {
+  CheckBoth(rename(source.c_str(), destination.c_str()), source, destination);
+}
+
+void LinuxFiles::Link(const std::string& existing, const std::string& link) {
+  const auto linkTo = [&](const std::string& name) {
+    return linkat(AT_FDCWD, existing.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW);
+  };
+  if (linkTo(link) == 0) return;
+  if (errno != EEXIST) return CheckBoth(-1, existing, link);
+  const std::string temporary = TemporaryPath(FolderToCreateIn(link));
+  CheckBoth(linkTo(temporary), existing, link);
+  const int result = rename(temporary.c_str(), link.c_str());
+  const int error = errno;
+  unlink(temporary.c_str());  // a rename onto the same file leaves both names
+  errno = error;
+  CheckBoth(result, existing, link);
+}
+
+void LinuxFiles::CreateFolder(const std::string& path) {
+  Check(mkdir(path.c_str(), 0777), path);
+}
+
+void LinuxFiles::RemoveTemporaries(const std::string& folder) {
+  std::vector<std::string> left;
+  const int error = ReadFolder(folder, Portion::kManyEntries, [&](const FolderEntry& entry) {
+    if (IsTemporaryName(entry.name)) left.push_back(JoinPath(folder, entry.name));
+    return Reading::kContinue;
+  });
+  for (const auto& path : left) RemoveAbandoned(path);
+  if (error != 0 && error != ENOENT) ThrowFileFailure(error, folder);
+}
+
+std::size_t LinuxFiles::ReadBlock(const std::string& path, std::int64_t offset,
+                                  std::span<char> buffer) {
+  const Descriptor file = OpenToRead(path);
+  if (!file) ThrowFileFailure(errno, path);
+  const std::int64_t count = ReadFully(file.Get(), offset, buffer);
+  if (count < 0) ThrowFileFailure(static_cast<int>(-count), path);
+  return static_cast<std::size_t>(count);
+}
+
+std::string LinuxFiles::ReadAll(const std::string& path) {
+  const Descriptor file = OpenToRead(path);
+  if (!file) ThrowFileFailure(errno, path);
+  struct stat status;
+  Check(fstat(file.Get(), &status), path);
+  std::string content;
+  std::size_t have = 0;
+  for (auto room = static_cast<std::size_t>(status.st_size);; room = content.size()) {
+    content.resize(have + room + 1);  // one more, to see the end at once
+    const std::int64_t count =
+        ReadFully(file.Get(), static_cast<std::int64_t>(have), std::span(content).subspan(have));
+    if (count < 0) ThrowFileFailure(static_cast<int>(-count), path);
+    have += static_cast<std::size_t>(count);
+    if (have < content.size()) break;
+  }
+  content.resize(have);
+  return content;
+}
+
+void LinuxFiles::WriteAll(const std::string& path, std::string_view content) {
+  TemporaryFile file(FolderToCreateIn(path));
+  if (file.Error() != 0) ThrowFileFailure(file.Error(), path);
+  struct stat present;
+  int error = file.Write(content);
+  // What replaces a file keeps the permissions that the operator gave it.
+  if (error == 0 && stat(path.c_str(), &present) == 0) error = file.SetMode(present.st_mode & 0777);
+  if (error == 0) error = file.Commit(path, clock_.UtcNow());
+  if (error != 0) ThrowFileFailure(error, path);
+}
+
+void LinuxFiles::Append(const std::string& path, std::string_view content) {
+  const Descriptor file(
+      open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666));
+  if (!file) ThrowFileFailure(errno, path);
+  struct stat before;
+  Check(fstat(file.Get(), &before), path);
+  const int error = WriteFully(file.Get(), content);
+  if (error == 0) return;
+  // The caller tries again: half of the content now would stand there twice then.
+  [[maybe_unused]] const int shortened = ftruncate(file.Get(), before.st_size);
+  ThrowFileFailure(error, path);
+}
+
+}  // namespace ostrel

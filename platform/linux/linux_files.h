@@ -1,0 +1,38 @@
+// The real file system. What it creates carries the time of the station's clock, so that a virtual
+// clock governs ages as well.
+#pragma once
+
+#include "platform/clock.h"
+#include "platform/files.h"
+
+namespace ostrel {
+
+class LinuxFiles : public Files {
+ public:
+  explicit LinuxFiles(const Clock& clock) : clock_(clock) {}
+
+  std::optional<std::string> FirstFile(const std::string& folder) override;
+  std::vector<std::string> ListFiles(const std::string& folder) override;
+  bool Exists(const std::string& path) override;
+  std::string ActualPath(const std::string& path) override;
+  std::int64_t Size(const std::string& path) override;
+  UtcTime LastWriteTime(const std::string& path) override;
+  void SetLastWriteTime(const std::string& path, UtcTime time) override;
+  void TestExclusive(const std::string& path) override;
+  int Copy(const std::string& source, const std::string& destination) override;
+  void Delete(const std::string& path) override;
+  void Rename(const std::string& source, const std::string& destination) override;
+  void Link(const std::string& existing, const std::string& link) override;
+  void CreateFolder(const std::string& path) override;
+  void RemoveTemporaries(const std::string& folder) override;
+  std::size_t ReadBlock(const std::string& path, std::int64_t offset,
+                        std::span<char> buffer) override;
+  std::string ReadAll(const std::string& path) override;
+  void WriteAll(const std::string& path, std::string_view content) override;
+  void Append(const std::string& path, std::string_view content) override;
+
+ private:
+  const Clock& clock_;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,55 @@
+// The serial port over the system's terminal lines. Port n is the link COMn in the ports folder,
+// which points to a device; without the link there is no such port. A device that vanishes while
+// open is to the station a line that does not move, until it is back.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/clock.h"
+#include "platform/line_time.h"
+#include "platform/linux/serial_device.h"
+#include "platform/serial_port.h"
+
+namespace ostrel {
+
+class LinuxSerialPort : public SerialPort {
+ public:
+  LinuxSerialPort(const Clock& clock, std::string portsFolder);
+  ~LinuxSerialPort() override;
+
+  void Open(int number, std::string_view settings) override;
+  void Close() override;
+  bool IsOpen() const override { return open_; }
+  /// While the device is gone the whole buffer counts as waiting. Looks for it every two seconds.
+  std::size_t BytesWaiting() override;
+  /// A write while the device is gone is held for its return; what was on its way then is lost.
+  void Write(std::string_view bytes) override;
+  void SetKeyLine1(bool on) override;
+  void SetKeyLine2(bool on) override;
+  bool KeyLine1() const override { return keyLine1_; }
+  bool KeyLine2() const override { return keyLine2_; }
+  void OnPresence(std::function<void(bool present)> call) override;
+
+ private:
+  void SetLine(KeyingLine line, bool on);
+  std::size_t Pump();
+  void Vanish();
+  void LookForDevice();
+
+  const Clock& clock_;
+  std::string portsFolder_;
+  std::function<void(bool)> onPresence_;
+  bool open_ = false;
+  std::string path_;
+  LineTime line_;
+  std::optional<SerialDevice> device_;  // empty while gone
+  std::string held_;                    // what the driver has not taken yet
+  milliseconds lastLook_{0};
+  bool keyLine1_ = false;
+  bool keyLine2_ = false;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,46 @@
+// One open serial device: a terminal line in raw mode with its two keying lines. It knows nothing
+// of port numbers, buffers of the station's own or devices that come back.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/line_time.h"
+#include "platform/linux/descriptor.h"
+
+namespace ostrel {
+
+enum class KeyingLine { kRequestToSend, kDataTerminalReady };
+
+class SerialDevice {
+ public:
+  /// Opens the device for this process alone, both lines down. Throws Failure 68 when it is
+  /// missing, in use or no serial device, 57 when it does not take the settings.
+  SerialDevice(const std::string& path, const LineSettings& settings);
+  /// Drops both lines, throws away what still waits, closes.
+  ~SerialDevice();
+  SerialDevice(const SerialDevice&) = delete;
+  SerialDevice& operator=(const SerialDevice&) = delete;
+
+  // Each of these returns false, or nothing, when the device has vanished.
+
+  /// Switches a line and sees that it follows. A device without such lines (a pseudo-terminal)
+  /// takes it silently. Throws Failure 57 when the line does not follow.
+  bool SetLine(KeyingLine line, bool on);
+  /// Bytes that the driver still has. Zero says nothing about the wire.
+  std::optional<std::size_t> Unsent();
+  /// How many of `bytes` the driver took; does not block. A device that fails has vanished, too.
+  std::optional<std::size_t> Write(std::string_view bytes);
+
+ private:
+  void TakeForOurselves(const std::string& path);
+  void Configure(const LineSettings& settings);
+  void DropLines() noexcept;
+  bool IsGone() const;
+
+  Descriptor device_;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,162 @@
+#include "platform/linux/sqlite_settings_store.h"
+
+#include <sqlite3.h>
+
+#include "base/failure.h"
+
+namespace ostrel {
+namespace {
+
+constexpr int kBusyMilliseconds = 2000;
+
+constexpr const char* kSchema =
+    "CREATE TABLE IF NOT EXISTS setting ("
+    "root INTEGER NOT NULL, path TEXT NOT NULL COLLATE NOCASE, name TEXT NOT NULL COLLATE NOCASE, "
+    "value TEXT NOT NULL, is_raw INTEGER NOT NULL, PRIMARY KEY (root, path, name)) WITHOUT ROWID";
+
+constexpr const char* kRead =
+    "SELECT value FROM setting WHERE root = ?1 AND path = ?2 AND name = ?3 AND NOT is_raw";
+constexpr const char* kWrite =
+    "INSERT INTO setting (root, path, name, value, is_raw) VALUES (?1, ?2, ?3, ?4, ?5) "
+    "ON CONFLICT DO UPDATE SET value = excluded.value, is_raw = excluded.is_raw";
+constexpr const char* kList =
+    "SELECT path, name, value, is_raw FROM setting WHERE root = ?1 AND (?2 = '' OR path = ?2 "
+    "COLLATE NOCASE OR "
+    "substr(path, 1, length(?2) + 1) = (?2 || '\\') COLLATE NOCASE) ORDER BY path, name";
+
+struct CloseDatabase {
+  void operator()(sqlite3* database) const { sqlite3_close(database); }
+};
+using Database = std::unique_ptr<sqlite3, CloseDatabase>;
+
+[[noreturn]] void StoreFails(sqlite3* database) {
+  throw Failure(failure_number::kDeviceError,
+                std::string("Settings store: ") + sqlite3_errmsg(database));
+}
+
+void Execute(sqlite3* database, const char* command) {
+  if (sqlite3_exec(database, command, nullptr, nullptr, nullptr) != SQLITE_OK) StoreFails(database);
+}
+
+/// One statement with its values; a query's rows come one by one.
+class Statement {
+ public:
+  Statement(sqlite3* database, const char* text) : database_(database) {
+    if (sqlite3_prepare_v2(database, text, -1, &statement_, nullptr) != SQLITE_OK) {
+      StoreFails(database);
+    }
+  }
+  ~Statement() { sqlite3_finalize(statement_); }
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+
+  void Bind(std::int64_t number) { sqlite3_bind_int64(statement_, ++bound_, number); }
+  void Bind(const std::string& text) {
+    sqlite3_bind_text(statement_, ++bound_, text.data(), static_cast<int>(text.size()),
+                      SQLITE_TRANSIENT);
+  }
+  bool Step() {
+    const int result = sqlite3_step(statement_);
+    if (result != SQLITE_ROW && result != SQLITE_DONE) StoreFails(database_);
+    return result == SQLITE_ROW;
+  }
+  std::string Text(int column) const {
+    const auto* const text = sqlite3_column_text(statement_, column);
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement_, column));
+    return text == nullptr ? std::string{} : std::string(reinterpret_cast<const char*>(text), size);
+  }
+
+ private:
+  sqlite3* database_;
+  sqlite3_stmt* statement_ = nullptr;
+  int bound_ = 0;
+};
+
+/// Cut to `longest` bytes, or a few fewer so that no character is halved.
+std::string Cut(std::string value, int longest) {
+  auto size = static_cast<std::size_t>(longest);
+  if (value.size() <= size) return value;
+  while (size > 0 && (static_cast<unsigned char>(value[size]) & 0xC0) == 0x80) --size;
+  value.resize(size);
+  return value;
+}
+
+class SqliteSettingsStore : public SettingsStore {
+ public:
+  explicit SqliteSettingsStore(const std::string& path) {
+    sqlite3* opened = nullptr;
+    const int result = sqlite3_open(path.c_str(), &opened);
+    database_.reset(opened);
+    if (result != SQLITE_OK) StoreFails(opened);
+    sqlite3_busy_timeout(opened, kBusyMilliseconds);
+    // When another process is just doing the same, its doing suffices.
+    sqlite3_exec(opened, "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
+    Execute(opened, "PRAGMA synchronous = NORMAL");
+    Execute(opened, kSchema);
+  }
+
+  void SetRootKey(std::uint32_t root) override { root_ = root; }
+
+  std::string ReadSetting(const std::string& keyPath, const std::string& name,
+                          const std::string& fallback, int longest) override {
+    Statement read(database_.get(), kRead);
+    read.Bind(root_);
+    read.Bind(keyPath);
+    read.Bind(name);
+    return read.Step() ? Cut(read.Text(0), longest) : fallback;
+  }
+
+  bool WriteSetting(const std::string& keyPath, const std::string& name,
+                    const std::string& value) override {
+    return WriteAll({{.keyPath = keyPath, .name = name, .value = value}});
+  }
+
+  std::vector<StoredValue> List(const std::string& keyPath) override {
+    Statement list(database_.get(), kList);
+    list.Bind(root_);
+    list.Bind(keyPath);
+    std::vector<StoredValue> values;
+    while (list.Step()) {
+      values.push_back({list.Text(0), list.Text(1), list.Text(2), list.Text(3) == "1"});
+    }
+    return values;
+  }
+
+  bool WriteAll(const std::vector<StoredValue>& values) override {
+    try {
+      Execute(database_.get(), "BEGIN IMMEDIATE");
+    } catch (const Failure&) {
+      return false;
+    }
+    try {
+      for (const auto& value : values) Put(value);
+      Execute(database_.get(), "COMMIT");
+      return true;
+    } catch (const Failure&) {
+      sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+      return false;
+    }
+  }
+
+ private:
+  void Put(const StoredValue& value) {
+    Statement write(database_.get(), kWrite);
+    write.Bind(root_);
+    write.Bind(value.keyPath);
+    write.Bind(value.name);
+    write.Bind(value.value);
+    write.Bind(value.isRaw ? 1 : 0);
+    write.Step();
+  }
+
+  Database database_;
+  std::uint32_t root_ = kHkeyLocalMachine;
+};
+
+}  // namespace
+
+std::unique_ptr<SettingsStore> SqliteSettingsStores::Open() {
+  return std::make_unique<SqliteSettingsStore>(path_);
+}
+
+}  // namespace ostrel
