@@ -1,0 +1,103 @@
+// The windowed program: the real machine, the station built out of it, and the windows that show
+// it.
+#include <QApplication>
+#include <QSocketNotifier>
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+
+#include "app/station.h"
+#include "base/names.h"
+#include "platform/linux/linux_clock.h"
+#include "platform/linux/linux_files.h"
+#include "platform/linux/linux_instance_lock.h"
+#include "platform/linux/linux_serial_port.h"
+#include "platform/linux/sqlite_settings_store.h"
+#include "platform/linux/stop_signal.h"
+#include "platform/linux/zip_archives.h"
+#include "platform/qt/linux_desktop.h"
+#include "platform/qt/qt_event_loop.h"
+#include "platform/qt/qt_timer.h"
+#include "platform/qt/udp_channel.h"
+#include "ui/main_window.h"
+#include "ui/setup_dialog.h"
+#include "ui/window_dialogs.h"
+
+namespace {
+
+using namespace ostrel;
+
+/// The folder of the executable, symbolic links resolved.
+std::string ProgramFolder() {
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path().string();
+}
+
+bool HasDisplay() {
+  for (const char* const name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+    const char* const value = std::getenv(name);
+    if (value != nullptr && *value != '\0') return true;
+  }
+  return false;
+}
+
+/// What the toolkit is started with: the program takes no arguments, and a station without a
+/// display runs without showing its windows.
+struct ToolkitArguments {
+  explicit ToolkitArguments(char* program)
+      : values{program, platform.data(), offscreen.data(), nullptr}, count(HasDisplay() ? 1 : 3) {
+    values[static_cast<std::size_t>(count)] = nullptr;
+  }
+
+  std::string platform = "-platform";
+  std::string offscreen = "offscreen";
+  std::array<char*, 4> values;
+  int count;
+};
+
+/// The adapters, in the order in which they need each other.
+struct Machine {
+  std::string folder = ProgramFolder();
+  StopSignal stop;
+  LinuxClock clock{stop};
+  QtEventLoop events{stop};
+  QtTimer cycleTimer;
+  QtTimer purgeTimer;
+  LinuxSerialPort port{clock, JoinPath(folder, "ports")};
+  UdpChannel datagrams;
+  LinuxFiles files{clock};
+  ZipArchives archives{files};
+  SqliteSettingsStores stores{JoinPath(folder, "KvRegistry.db")};
+  ui::WindowDialogs dialogs{clock};
+  LinuxDesktop desktop;
+  LinuxInstanceLock instance{folder};
+
+  Platform AsPlatform() {
+    return {folder, clock,    events, cycleTimer, purgeTimer, port,    datagrams,
+            files,  archives, stores, dialogs,    desktop,    instance};
+  }
+};
+
+}  // namespace
+
+int main(int /*count*/, char* arguments[]) {
+  ToolkitArguments toolkit(arguments[0]);
+  QApplication application(toolkit.count, toolkit.values.data());
+  QApplication::setQuitOnLastWindowClosed(false);
+  QGuiApplication::setDesktopFileName("ostrel");
+
+  Machine machine;
+  Station station(machine.AsPlatform());
+  ui::MainWindow mainWindow(station.mainWindow(), station.engine(), station.operators());
+  auto* const setup = new ui::SetupDialog(station.setup(), station.operators(), &mainWindow);
+  machine.dialogs.Attach(mainWindow, *setup);
+
+  QSocketNotifier stopNotifier(machine.stop.Descriptor(), QSocketNotifier::Read);
+  QObject::connect(&stopNotifier, &QSocketNotifier::activated, &stopNotifier, [&] {
+    stopNotifier.setEnabled(false);
+    machine.dialogs.EndMessages();
+    station.Stop();
+  });
+
+  if (!station.Start()) return EXIT_FAILURE;
+  return QApplication::exec();
+}

@@ -1,0 +1,32 @@
+// Other programs on this desktop: found by the title of their window, started without being waited
+// for, and the desktop's own "open" action (xdg-open) for addresses and texts.
+#pragma once
+
+#include <QTimer>
+
+#include "platform/desktop.h"
+
+namespace ostrel {
+
+class LinuxDesktop : public Desktop {
+ public:
+  LinuxDesktop();
+
+  bool WindowExists(const std::string& title) override;
+  void RestoreWindowAbove(const std::string& title) override;
+  /// A program file named with ".exe" is taken without the ending where only that one is there.
+  void StartMinimized(const std::vector<std::string>& command) override;
+  void Start(const std::vector<std::string>& command) override;
+  void OpenAddress(const std::string& address) override;
+  /// Waits, with the windows alive, a moment for the opener to say that it has no editor.
+  bool OpenText(const std::string& path) override;
+
+ private:
+  void MinimizeWhenShown();
+
+  QTimer minimizeTimer_;
+  std::string minimizeTitle_;
+  int minimizeTries_ = 0;
+};
+
+}  // namespace ostrel

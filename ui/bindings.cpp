@@ -1,0 +1,67 @@
+#include "ui/bindings.h"
+
+namespace ostrel::ui {
+
+QString ToQt(const std::string& text) {
+  return QString::fromStdString(text);
+}
+
+QString ElementName(const char* array, std::size_t index) {
+  return QStringLiteral("%1(%2)").arg(QLatin1String(array)).arg(index);
+}
+
+void KeepWith(QObject* owner, Subscription subscription) {
+  QObject::connect(owner, &QObject::destroyed, [kept = std::move(subscription)] {});
+}
+
+void Bind(QLabel* label, const QString& name, Field<std::string>& field) {
+  label->setObjectName(name);
+  label->setTextFormat(Qt::PlainText);
+  label->setText(ToQt(field.Get()));
+  KeepWith(label, field.OnChange([label](const std::string& text) { label->setText(ToQt(text)); }));
+}
+
+void BindValue(QLabel* label, const QString& name, const QString& caption,
+               Field<std::string>& field) {
+  Bind(label, name, field);
+  const auto announce = [label, caption] {
+    label->setAccessibleName(caption + QLatin1Char(' ') + label->text());
+  };
+  announce();
+  KeepWith(label, field.OnChange([announce](const std::string&) { announce(); }));
+}
+
+void Bind(QLineEdit* edit, const QString& name, Field<std::string>& field) {
+  edit->setObjectName(name);
+  const auto show = [edit](const std::string& text) {
+    if (edit->text() != ToQt(text)) edit->setText(ToQt(text));
+  };
+  show(field.Get());
+  edit->setCursorPosition(0);
+  KeepWith(edit, field.OnChange(show));
+  // Only what differs from what the field looks like is the operator's: bytes that have no sign of
+  // their own are not replaced by being shown.
+  QObject::connect(edit, &QLineEdit::textChanged, edit, [&field](const QString& text) {
+    if (text != ToQt(field.Get())) field.Set(text.toStdString());
+  });
+}
+
+void Bind(QCheckBox* box, const QString& name, Field<Check>& field) {
+  box->setObjectName(name);
+  const auto show = [box](Check state) {
+    if (state == Check::kGrayed) {
+      box->setCheckState(Qt::PartiallyChecked);
+    } else {
+      box->setTristate(false);
+      box->setChecked(state == Check::kChecked);
+    }
+  };
+  show(field.Get());
+  KeepWith(box, field.OnChange(show));
+  QObject::connect(box, &QCheckBox::stateChanged, box, [&field](int state) {
+    if (state == Qt::PartiallyChecked) return field.Set(Check::kGrayed);
+    field.Set(state == Qt::Checked ? Check::kChecked : Check::kUnchecked);
+  });
+}
+
+}  // namespace ostrel::ui

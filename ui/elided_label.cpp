@@ -1,0 +1,34 @@
+#include "ui/elided_label.h"
+
+#include <QHelpEvent>
+#include <QPainter>
+#include <QToolTip>
+
+namespace ostrel::ui {
+
+QSize ElidedLabel::minimumSizeHint() const {
+  return {0, QLabel::minimumSizeHint().height()};
+}
+
+QString ElidedLabel::Shown() const {
+  return fontMetrics().elidedText(text(), Qt::ElideMiddle, contentsRect().width() - 2 * margin());
+}
+
+bool ElidedLabel::event(QEvent* event) {
+  if (event->type() == QEvent::ToolTip && Shown() != text()) {
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), text(), this);
+    return true;
+  }
+  return QLabel::event(event);
+}
+
+void ElidedLabel::paintEvent(QPaintEvent* /*event*/) {
+  QPainter painter(this);
+  drawFrame(&painter);
+  const int space = margin();
+  painter.setPen(palette().color(foregroundRole()));
+  painter.drawText(contentsRect().adjusted(space, 0, -space, 0),
+                   static_cast<int>(alignment()) | Qt::TextSingleLine, Shown());
+}
+
+}  // namespace ostrel::ui

@@ -1,0 +1,43 @@
+// The rows of a settings page: a caption, its field, and perhaps a unit behind it. The caption is
+// the field's name for screen readers.
+#pragma once
+
+#include <QCheckBox>
+#include <QGridLayout>
+#include <QLineEdit>
+
+#include "state/field.h"
+#include "ui/value_label.h"
+
+namespace ostrel::ui {
+
+/// How much a text field has to hold.
+enum class FieldWidth { kNumber, kText, kPath };
+
+QLineEdit* MakeTextField(QWidget* page, const char* name, Field<std::string>& field,
+                         const char* toolTip, FieldWidth width = FieldWidth::kNumber);
+/// A value with a tool tip is one that the mouse steps, and looks it.
+ValueLabel* MakeValueLabel(QWidget* page, const char* name, const char* caption,
+                           Field<std::string>& field, const char* toolTip = "");
+QCheckBox* MakeCheckBox(QWidget* page, const QString& name, const char* caption,
+                        Field<Check>& field, const char* toolTip);
+/// A label that is read as a heading.
+QLabel* MakeHeading(QWidget* page, const char* text);
+
+class Form {
+ public:
+  /// Lays out `page`, whose rows are added from the top.
+  explicit Form(QWidget* page);
+
+  void AddRow(const char* caption, QWidget* field, const char* unit = "");
+  void AddWide(QWidget* widget);
+  void AddWide(QLayout* layout);
+  void AddGap();
+  /// Keeps the rows together at the top.
+  void Finish();
+
+ private:
+  QGridLayout* grid_;
+};
+
+}  // namespace ostrel::ui

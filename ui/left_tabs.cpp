@@ -1,0 +1,68 @@
+#include "ui/left_tabs.h"
+
+#include <QKeyEvent>
+#include <QStyleOptionFocusRect>
+#include <QStyleOptionTab>
+#include <QStylePainter>
+
+namespace ostrel::ui {
+namespace {
+
+constexpr int kTextIndent = 10;
+constexpr int kFocusInset = 3;
+
+void PaintTab(QStylePainter& painter, QStyleOptionTab option, bool focused) {
+  painter.drawControl(QStyle::CE_TabBarTabShape, option);
+  painter.drawItemText(option.rect.adjusted(kTextIndent, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter,
+                       option.palette, true, option.text, QPalette::WindowText);
+  if (!focused) return;
+  QStyleOptionFocusRect frame;
+  frame.initFrom(painter.device() != nullptr ? static_cast<QWidget*>(painter.device()) : nullptr);
+  frame.rect = option.rect.adjusted(kFocusInset, kFocusInset, -kFocusInset, -kFocusInset);
+  painter.drawPrimitive(QStyle::PE_FrameFocusRect, frame);
+}
+
+}  // namespace
+
+LeftTabBar::LeftTabBar(QWidget* parent) : QTabBar(parent) {
+  setUsesScrollButtons(false);
+  setElideMode(Qt::ElideNone);
+}
+
+// The bar makes room for captions that stand upright.
+QSize LeftTabBar::tabSizeHint(int index) const {
+  return QTabBar::tabSizeHint(index).transposed();
+}
+
+void LeftTabBar::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down) {
+    const int next = currentIndex() + (event->key() == Qt::Key_Up ? -1 : 1);
+    if (next >= 0 && next < count()) setCurrentIndex(next);
+  } else {
+    QTabBar::keyPressEvent(event);
+  }
+}
+
+void LeftTabBar::paintEvent(QPaintEvent* /*event*/) {
+  QStylePainter painter(this);
+  const auto paint = [&](int index, bool focused) {
+    QStyleOptionTab option;
+    initStyleOption(&option, index);
+    PaintTab(painter, option, focused);
+  };
+  for (int i = 0; i < count(); ++i) {
+    if (i != currentIndex()) paint(i, false);
+  }
+  if (currentIndex() >= 0) paint(currentIndex(), hasFocus());
+}
+
+LeftTabs::LeftTabs(QWidget* parent) : QTabWidget(parent) {
+  setTabBar(new LeftTabBar(this));
+  setTabPosition(West);
+}
+
+void LeftTabs::Step(int step) {
+  setCurrentIndex((currentIndex() + step + count()) % count());
+}
+
+}  // namespace ostrel::ui

@@ -1,0 +1,27 @@
+// A list box over a list of the state, several entries selectable, with the Delete key told.
+#pragma once
+
+#include <QListView>
+
+#include "state/list_field.h"
+
+namespace ostrel::ui {
+
+class ListView : public QListView {
+  Q_OBJECT
+
+ public:
+  /// `name` is the object's name, `description` what a screen reader calls the list.
+  ListView(ListField& list, const QString& name, const QString& description, QWidget* parent);
+
+  /// The selected positions, lowest first.
+  std::vector<std::size_t> Selected() const;
+
+ signals:
+  void DeletePressed();
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+};
+
+}  // namespace ostrel::ui

@@ -1,0 +1,221 @@
+#include "ui/main_window.h"
+
+#include <QCloseEvent>
+#include <QLineEdit>
+#include <QMenuBar>
+
+#include "ui/about_box.h"
+#include "ui/activity_light.h"
+#include "ui/bindings.h"
+#include "ui/elided_label.h"
+#include "ui/looks.h"
+#include "ui/menus.h"
+#include "ui/status_window.h"
+#include "ui/twips.h"
+#include "ui/value_label.h"
+
+namespace ostrel::ui {
+namespace {
+
+constexpr int kClientWidth = 7755;
+constexpr int kClientHeight = 5685;
+constexpr int kTextHeight = 195;
+constexpr int kBoxHeight = 255;
+constexpr int kColumnWidth = 3795;
+constexpr int kListHeight = 690;
+constexpr int kColumnLeft[] = {60, 3900};
+constexpr int kListTop[] = {870, 1875, 2880, 3915, 4965};
+// Far below anything a screen shows, however large the window is pulled.
+constexpr int kFocusTop = 60000;
+
+QColor ColorOf(Shade shade) {
+  switch (shade) {
+    case Shade::kYellow:
+      return kYellow;
+    case Shade::kRed:
+      return kRed;
+    case Shade::kLightGrey:
+      break;
+  }
+  return kLightGrey;
+}
+
+}  // namespace
+
+MainWindow::MainWindow(ostrel::MainWindow& state, const Engine& engine, Operator& operators)
+    : state_(state), engine_(engine), operators_(operators), client_(new QWidget(this)) {
+  setObjectName("frmMain");
+  setWindowTitle("EMWIN ReTransmission Engine - By Corvain");
+  setWindowIcon(ProgramIcon());
+  setContextMenuPolicy(Qt::NoContextMenu);
+  client_->setFont(MainFont());
+  setCentralWidget(client_);
+  BuildMenus();
+  BuildFrames();
+  BuildSending();
+  BuildLight();
+  BuildFigures();
+  for (const Priority p : AllPriorities()) BuildQueue(p);
+  resize(kClientWidth / kTwipsPerPixel,
+         kClientHeight / kTwipsPerPixel + menuBar()->sizeHint().height());
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  event->ignore();
+  operators_.Close();
+}
+
+template <typename Label>
+Label* MainWindow::AddLabel(const char* name, const QRect& place) {
+  auto* const label = new Label(client_);
+  label->setObjectName(name);
+  label->setGeometry(place);
+  return label;
+}
+
+QLabel* MainWindow::AddCaption(const char* name, const QRect& place, const char* text) {
+  auto* const label = AddLabel<QLabel>(name, place);
+  label->setText(text);
+  label->setAttribute(Qt::WA_TransparentForMouseEvents);
+  return label;
+}
+
+QLabel* MainWindow::AddFigure(const char* name, const QRect& place, Field<std::string>& field) {
+  auto* const label = AddLabel<ElidedLabel>(name, place);
+  Bind(label, name, field);
+  SetBackground(label, kLightGrey);
+  return label;
+}
+
+void MainWindow::AddBoxedFigure(const char* name, const QRect& place, Field<std::string>& field) {
+  auto* const label = AddLabel<ElidedLabel>(name, place);
+  Bind(label, name, field);
+  SetBoxed(label);
+  label->setAlignment(Qt::AlignCenter);
+}
+
+void MainWindow::BuildMenus() {
+  Operator& operators = operators_;
+  AddMenu(menuBar(), "&File", "mnuFile",
+          {{"&Setup", "mnuSetup", [&operators] { operators.ShowSetup(); }},
+           {"Send &Morse ID", "mnuSendCWID", [&operators] { operators.SendMorseId(); }},
+           {"&View Logfile", "mnuViewLog", [&operators] { operators.ViewLogfile(); }},
+           {"S&how Ingest", "mnuShowIngest", [&operators] { operators.ShowIngest(); }},
+           {"&Queue Status", "mnuStatus", [this] { ShowStatus(); }},
+           {"-", "mnubar2", {}},
+           {"&Export Settings", "mnuRegistryExport", [&operators] { operators.ExportSettings(); }},
+           {"&Import Settings", "mnuRegistryImport", [&operators] { operators.ImportSettings(); }},
+           {"-", "mnubar1", {}},
+           {"E&xit", "mnuExit", [&operators] { operators.Exit(); }}});
+  AddMenu(menuBar(), "&Help", "mnuHelp",
+          {{"&About", "mnuHelpAbout", [this] { ShowAbout(); }},
+           {"-", "mnubar0", {}},
+           {"&Pellum on the Web", "mnuHelpWeb", [&operators] { operators.OpenWebSite(); }},
+           {"&E-Mail Program Support", "mnuEmail", [&operators] { operators.MailSupport(); }}});
+}
+
+void MainWindow::BuildFrames() {
+  auto* const frame = AddLabel<QLabel>("lblFrame", FromTwips(0, 0, kClientWidth, kClientHeight));
+  frame->setFrameStyle(QFrame::Panel | QFrame::Raised);
+  auto* const focus = new QLineEdit("Text1", client_);
+  focus->setObjectName("txtFocus");
+  focus->setAccessibleName("Queues");
+  focus->setReadOnly(true);
+  focus->setGeometry(FromTwips(kColumnLeft[0], kFocusTop, 1320, kBoxHeight));
+  focus->setFocus();
+  SetBoxed(AddLabel<QLabel>("lblStatus1", FromTwips(kColumnLeft[0], 75, kColumnWidth, kBoxHeight)));
+
+  // The readout stands at the right, clear of the count of files at the left of the same pane.
+  auto* const readout =
+      AddLabel<ValueLabel>("lblStatus2", FromTwips(kColumnLeft[1], 75, kColumnWidth, kBoxHeight));
+  Bind(readout, "lblStatus2", state_.lblStatus2);
+  SetBoxed(readout);
+  readout->setMargin(2);
+  readout->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  QFont bold = client_->font();
+  bold.setBold(true);
+  readout->setFont(bold);
+  connect(readout, &ValueLabel::Clicked, this, [this] { operators_.ToggleTimingReadout(); });
+}
+
+void MainWindow::BuildSending() {
+  AddCaption("lblSend", FromTwips(120, 105, 720, kTextHeight), "Sending:");
+  auto* const file =
+      AddFigure("lblActivefile", FromTwips(840, 105, 1320, kTextHeight), state_.lblActivefile);
+  const auto paint = [file](Shade shade) { SetBackground(file, ColorOf(shade)); };
+  paint(state_.lblActivefileBackColor.Get());
+  KeepWith(file, state_.lblActivefileBackColor.OnChange(paint));
+
+  AddCaption("lblBlock", FromTwips(2190, 105, 405, kTextHeight), "Block");
+  AddFigure("lblBlkPktNum", FromTwips(2595, 105, 360, kTextHeight), state_.lblBlkPktNum)
+      ->setAlignment(Qt::AlignCenter);
+  AddCaption("lblOF", FromTwips(2970, 105, 240, kTextHeight), "Of");
+  AddFigure("lblBlkPktTot", FromTwips(3225, 105, 360, kTextHeight), state_.lblBlkPktTot)
+      ->setAlignment(Qt::AlignCenter);
+  AddCaption("lblFilesSentDesc", FromTwips(3960, 105, 840, kTextHeight), "Files Sent:");
+  AddFigure("lblFilesSent", FromTwips(4800, 105, 900, kTextHeight), state_.lblFilesSent)
+      ->setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+void MainWindow::BuildLight() {
+  const QRect place = FromTwips(3630, 150, 120, 120);
+  const auto addPicture = [&](const char* name, Light light) {
+    auto* const picture = AddLabel<QLabel>(name, place);
+    picture->setPixmap(LightPicture(light, devicePixelRatioF()));
+    picture->hide();
+    return picture;
+  };
+  auto* const red = addPicture("imgRedLed", Light::kRed);
+  auto* const yellow = addPicture("imgYellowLed", Light::kYellow);
+  auto* const light = AddLabel<QLabel>("imgActivity", place);
+  light->setAccessibleName("Activity");
+  const auto show = [=](Light state) {
+    light->setPixmap(state == Light::kNone  ? QPixmap()
+                     : state == Light::kRed ? red->pixmap()
+                                            : yellow->pixmap());
+  };
+  show(state_.imgActivity.Get());
+  KeepWith(light, state_.imgActivity.OnChange(show));
+}
+
+void MainWindow::BuildFigures() {
+  AddBoxedFigure("lblDataRate", FromTwips(60, 345, 2535, kBoxHeight), state_.lblDataRate);
+  AddBoxedFigure("lblCompressionRatio", FromTwips(2610, 345, 2520, kBoxHeight),
+                 state_.lblCompressionRatio);
+  AddBoxedFigure("lblThroughput", FromTwips(5145, 345, 2550, kBoxHeight), state_.lblThroughput);
+}
+
+void MainWindow::BuildQueue(Priority p) {
+  const std::size_t rows = std::size(kListTop);
+  const int left = kColumnLeft[p.index() / rows];
+  const int top = kListTop[p.index() % rows];
+  const QString captionName = ElementName("lblSending", p.index());
+  auto* const caption = AddLabel<ElidedLabel>(
+      captionName.toLatin1(), FromTwips(left, top - kBoxHeight, kColumnWidth, kBoxHeight));
+  Bind(caption, captionName, state_.lblSending[p]);
+  SetBoxed(caption);
+  SetBackground(caption, kQueueYellow);
+  caption->setAlignment(Qt::AlignCenter);
+
+  auto* const list = new ListView(state_.PriorityList[p], ElementName("PriorityList", p.index()),
+                                  QString("Queue of priority %1").arg(p.number()), client_);
+  list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  list->setGeometry(FromTwips(left, top, kColumnWidth, kListHeight));
+  caption->setBuddy(list);
+  connect(list, &ListView::DeletePressed, this, [this, list, p] {
+    operators_.RemoveQueued(p, list->Selected());
+    list->clearSelection();
+  });
+}
+
+void MainWindow::ShowStatus() {
+  if (!status_) status_ = new StatusWindow(state_, engine_, this);
+  BringForward(status_);
+}
+
+void MainWindow::ShowAbout() {
+  if (!about_) about_ = new AboutBox(this);
+  BringForward(about_);
+}
+
+}  // namespace ostrel::ui

@@ -1,0 +1,25 @@
+#include "ui/form.h"
+#include "ui/setup_pages.h"
+
+namespace ostrel::ui {
+
+QWidget* MakeMorsePage(Setup& setup) {
+  auto* const page = new QWidget;
+  Form form(page);
+  form.AddRow("Morse Identity", MakeTextField(page, "CWidenty", setup.CWidenty,
+                                              "FCC assigned call sign.", FieldWidth::kText));
+  form.AddRow("ID Frequency",
+              MakeTextField(page, "IDTime", setup.IDTime,
+                            "Send morse code identification interval in minutes."),
+              "Minutes");
+  form.AddRow("Identifier Speed Factor",
+              MakeTextField(page, "CWSpeed", setup.CWSpeed, "Morse code speed factor."));
+  form.AddGap();
+  form.AddRow("Time To Next ID",
+              MakeValueLabel(page, "TimeLeft", "Time To Next ID", setup.TimeLeft), "Minutes");
+  form.AddRow("Time Of Last ID", MakeValueLabel(page, "LastId", "Time Of Last ID", setup.LastId));
+  form.Finish();
+  return page;
+}
+
+}  // namespace ostrel::ui

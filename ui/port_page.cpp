@@ -1,0 +1,67 @@
+#include <QHBoxLayout>
+
+#include "ui/bindings.h"
+#include "ui/elided_label.h"
+#include "ui/form.h"
+#include "ui/setup_pages.h"
+
+namespace ostrel::ui {
+namespace {
+
+void AddPortValues(Form& form, QWidget* page, Setup& setup, Operator& operators) {
+  auto* const port =
+      MakeValueLabel(page, "lblOutPort", "Port", setup.lblOutPort, "Click to change port.");
+  auto* const rate = MakeValueLabel(page, "lblOutBaud", "Data Rate", setup.lblOutBaud,
+                                    "Click to change data rate.");
+  auto* const stop = MakeValueLabel(page, "lblOutStop", "Stop Bits", setup.lblOutStop,
+                                    "Click to change the stop bits.");
+  QObject::connect(port, &ValueLabel::Pressed, page,
+                   [&operators](Button button) { operators.StepPort(button); });
+  QObject::connect(rate, &ValueLabel::Clicked, page, [&operators] { operators.StepBaud(); });
+  QObject::connect(stop, &ValueLabel::Clicked, page, [&operators] { operators.StepStopBits(); });
+  form.AddRow("Port", port);
+  form.AddRow("Data Rate", rate);
+  form.AddRow("Data Bits", MakeValueLabel(page, "lblOutData", "Data Bits", setup.lblOutData));
+  form.AddRow("Stop Bits", stop);
+  form.AddRow("Parity", MakeValueLabel(page, "lblOutParity", "Parity", setup.lblOutParity));
+}
+
+/// One sentence with the two figures in it.
+QLayout* MakeDutyCycle(QWidget* page, Setup& setup) {
+  auto* const sentence = new QHBoxLayout;
+  const auto addWords = [&](const char* words, QLineEdit* field) {
+    auto* const label = new QLabel(words, page);
+    label->setBuddy(field);
+    sentence->addWidget(label);
+  };
+  auto* const up = MakeTextField(page, "totdown", setup.totdown, "Minutes to transmit.");
+  auto* const pause = MakeTextField(page, "totup", setup.totup, "Seconds to pause.");
+  for (QLineEdit* const field : {up, pause}) field->setFixedWidth(field->width() / 2);
+  addWords("Transmit for", up);
+  sentence->addWidget(up);
+  addWords("minutes, pause for", pause);
+  sentence->addWidget(pause);
+  addWords("seconds, then resume transmitting.", nullptr);
+  sentence->addStretch();
+  return sentence;
+}
+
+}  // namespace
+
+QWidget* MakePortPage(Setup& setup, Operator& operators) {
+  auto* const page = new QWidget;
+  Form form(page);
+  AddPortValues(form, page, setup, operators);
+  auto* const message = new ElidedLabel(page);
+  Bind(message, "lblCommMesg", setup.lblCommMesg);
+  form.AddWide(message);
+  form.AddGap();
+  form.AddRow("Transmitter Delay",
+              MakeTextField(page, "txtTxDelay", setup.txtTxDelay, "Transmitter key-up delay."),
+              "milliseconds");
+  form.AddWide(MakeDutyCycle(page, setup));
+  form.Finish();
+  return page;
+}
+
+}  // namespace ostrel::ui

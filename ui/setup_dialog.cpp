@@ -1,0 +1,124 @@
+#include "ui/setup_dialog.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+#include "base/scope_guard.h"
+#include "config/settings_io.h"
+#include "ui/entry_field.h"
+#include "ui/looks.h"
+#include "ui/menus.h"
+#include "ui/setup_pages.h"
+
+namespace ostrel::ui {
+namespace {
+
+// Beyond every edge of the dialog, whatever its size.
+constexpr QRect kOutOfSight(-1000, -1000, 80, 20);
+
+}  // namespace
+
+SetupDialog::SetupDialog(Setup& setup, Operator& operators, QWidget* mainWindow)
+    : QWidget(mainWindow, Qt::Dialog),
+      operators_(operators),
+      mainWindow_(mainWindow),
+      tabs_(new LeftTabs(this)),
+      blank_(new QLineEdit("Text1", this)) {
+  setObjectName("frmSetup");
+  setWindowTitle("Setup");
+  setWindowIcon(ProgramIcon());
+  auto* const layout = new QVBoxLayout(this);
+  layout->addWidget(tabs_);
+  BuildMenu();
+  BuildBlank();
+  BuildTabs(setup);
+  connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &SetupDialog::LeaveFor);
+}
+
+void SetupDialog::BuildMenu() {
+  auto* const bar = new QMenuBar(this);
+  AddMenu(bar, "&File", "filemenu", {{"E&xit", "exitmenu", [this] { Dismiss(); }}});
+  layout()->setMenuBar(bar);
+}
+
+void SetupDialog::BuildBlank() {
+  blank_->setObjectName("Blank");
+  blank_->setReadOnly(true);
+  blank_->setGeometry(kOutOfSight);
+  blank_->setFocus();
+}
+
+void SetupDialog::BuildTabs(Setup& setup) {
+  tabs_->setObjectName("SSTab1");
+  tabs_->addTab(MakeMorsePage(setup), "Morse");
+  tabs_->addTab(MakePortPage(setup, operators_), "Port");
+  for (const Priority p : AllPriorities()) {
+    tabs_->addTab(MakePriorityPage(setup, operators_, p), QString("Priority %1").arg(p.number()));
+  }
+  tabs_->addTab(MakeSystemPage(setup, operators_), "System");
+  tabs_->addTab(MakeCompressPage(setup, operators_), "Compress");
+  tabs_->addTab(MakeDiscardPage(setup, operators_), "Discard");
+  tabs_->addTab(MakeCopiesPage(setup, operators_), "Copies");
+  tabs_->addTab(MakeSchedulePage(setup, operators_), "Schedule");
+  connect(tabs_, &QTabWidget::currentChanged, this, &SetupDialog::FocusEntryOf);
+  connect(new QShortcut(QKeySequence::NextChild, this), &QShortcut::activated, this,
+          [this] { tabs_->Step(1); });
+  connect(new QShortcut(QKeySequence::PreviousChild, this), &QShortcut::activated, this,
+          [this] { tabs_->Step(-1); });
+  // From nowhere, Tab leads into the page, and from the page's end to the tabs.
+  setTabOrder(tabs_->tabBar(), blank_);
+}
+
+void SetupDialog::Unload() {
+  unloaded_ = true;
+  hide();
+}
+
+void SetupDialog::closeEvent(QCloseEvent* event) {
+  event->ignore();
+  Dismiss();
+}
+
+void SetupDialog::showEvent(QShowEvent* event) {
+  auto* const entry = qobject_cast<EntryField*>(focusWidget());
+  if (entry != nullptr && !event->spontaneous()) entry->clear();
+  QWidget::showEvent(event);
+}
+
+void SetupDialog::Dismiss() {
+  Leave();
+  if (isHidden()) BringForward(mainWindow_);
+}
+
+void SetupDialog::Leave() {
+  if (leaving_ || unloaded_ || isHidden()) return;
+  leaving_ = true;
+  const ScopeGuard left([this] { leaving_ = false; });
+  const SaveOutcome outcome = operators_.LeaveSetup();
+  if (outcome == SaveOutcome::kHide) return hide();
+  BringForward(this);
+  if (outcome != SaveOutcome::kFocusLogSize) return;
+  auto* const logSize = findChild<QLineEdit*>("txtLogSize");
+  tabs_->setCurrentWidget(logSize->parentWidget());
+  logSize->setFocus();
+}
+
+// Another program's window is none of ours (null), and a message box is no place to go: the
+// operator comes back from it.
+void SetupDialog::LeaveFor(QWindow* window) {
+  const QWidget* const active = window != nullptr ? QApplication::activeWindow() : nullptr;
+  if (active == nullptr || active == this || qobject_cast<const QMessageBox*>(active)) return;
+  Leave();
+}
+
+void SetupDialog::FocusEntryOf(int tab) {
+  auto* const entry = tabs_->widget(tab)->findChild<EntryField*>();
+  blank_->setAccessibleName(tabs_->tabText(tab));
+  (entry != nullptr ? entry : blank_)->setFocus();
+}
+
+}  // namespace ostrel::ui

@@ -1,0 +1,48 @@
+// Every setting of the station, on seventeen tabs. It stays loaded for the program's life and is
+// shown and hidden; leaving it for another window of the program stores the settings.
+#pragma once
+
+#include <QWidget>
+#include <QWindow>
+
+#include "config/operator.h"
+#include "state/setup.h"
+#include "ui/left_tabs.h"
+
+class QLineEdit;
+
+namespace ostrel::ui {
+
+class SetupDialog : public QWidget {
+  Q_OBJECT
+
+ public:
+  SetupDialog(Setup& setup, Operator& operators, QWidget* mainWindow);
+
+  /// Hides for good; nothing is stored any more.
+  void Unload();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+
+ private:
+  void BuildMenu();
+  void BuildBlank();
+  void BuildTabs(Setup& setup);
+  /// The close box and the menu's E&xit.
+  void Dismiss();
+  /// Stores the settings and hides, or stays when they were refused.
+  void Leave();
+  void LeaveFor(QWindow* window);
+  void FocusEntryOf(int tab);
+
+  Operator& operators_;
+  QWidget* mainWindow_;
+  LeftTabs* tabs_;
+  QLineEdit* blank_;
+  bool leaving_ = false;
+  bool unloaded_ = false;
+};
+
+}  // namespace ostrel::ui

@@ -1,0 +1,131 @@
+#include "ui/window_dialogs.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QScreen>
+
+#include "ui/bindings.h"
+#include "ui/main_window.h"
+#include "ui/menus.h"
+#include "ui/setup_dialog.h"
+#include "ui/twips.h"
+
+namespace ostrel::ui {
+namespace {
+
+QMessageBox::Icon IconOf(MessageIcon icon) {
+  switch (icon) {
+    case MessageIcon::kStop:
+      return QMessageBox::Critical;
+    case MessageIcon::kQuestion:
+      return QMessageBox::Question;
+    case MessageIcon::kExclamation:
+      return QMessageBox::Warning;
+    case MessageIcon::kInformation:
+      break;
+  }
+  return QMessageBox::Information;
+}
+
+float ToTwips(int pixels) {
+  return static_cast<float>(pixels * kTwipsPerPixel);
+}
+int ToPixels(float twips) {
+  return qRound(twips / kTwipsPerPixel);
+}
+
+Qt::WindowStates StateOf(WindowState state) {
+  switch (state) {
+    case WindowState::kMinimized:
+      return Qt::WindowMinimized;
+    case WindowState::kMaximized:
+      return Qt::WindowMaximized;
+    case WindowState::kNormal:
+      break;
+  }
+  return Qt::WindowNoState;
+}
+
+}  // namespace
+
+void WindowDialogs::Attach(MainWindow& mainWindow, SetupDialog& setup) {
+  mainWindow_ = &mainWindow;
+  setup_ = &setup;
+}
+
+void WindowDialogs::EndMessages() {
+  ending_ = true;
+  while (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+    box->done(QMessageBox::NoButton);
+  }
+}
+
+MessageAnswer WindowDialogs::ShowMessage(const Message& message) {
+  const bool asks = message.buttons == MessageButtons::kYesNo;
+  const MessageAnswer unanswered = asks ? MessageAnswer::kNo : MessageAnswer::kOk;
+  if (ending_) return unanswered;
+  QWidget* const owner = setup_->isVisible() ? static_cast<QWidget*>(setup_) : mainWindow_;
+  QMessageBox box(IconOf(message.icon), ToQt(message.title), ToQt(message.text).remove('\r'),
+                  asks ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok, owner);
+  box.setTextFormat(Qt::PlainText);
+  return box.exec() == QMessageBox::Yes ? MessageAnswer::kYes : unanswered;
+}
+
+void WindowDialogs::ShowErrorWindow(const std::string& text) {
+  if (!errors_) errors_ = new ErrorWindow(clock_, mainWindow_);
+  errors_->SetMessage(ToQt(text));
+  BringForward(errors_);
+}
+
+void WindowDialogs::CloseErrorWindow() {
+  if (errors_) errors_->close();
+}
+
+void WindowDialogs::ShowMainWindow() {
+  mainWindow_->show();
+  if (!mainWindow_->isMinimized()) BringForward(mainWindow_);
+}
+
+void WindowDialogs::ShowSetup() {
+  BringForward(setup_);
+}
+
+void WindowDialogs::HideSetup() {
+  setup_->hide();
+}
+
+void WindowDialogs::UnloadSetup() {
+  setup_->Unload();
+}
+
+void WindowDialogs::RepaintMainWindow() {
+  mainWindow_->repaint();
+}
+
+std::pair<float, float> WindowDialogs::ScreenSize() {
+  const QSize size = mainWindow_->screen()->size();
+  return {ToTwips(size.width()), ToTwips(size.height())};
+}
+
+WindowPlacement WindowDialogs::Placement() {
+  const WindowState state = mainWindow_->isMinimized()   ? WindowState::kMinimized
+                            : mainWindow_->isMaximized() ? WindowState::kMaximized
+                                                         : WindowState::kNormal;
+  return {ToTwips(mainWindow_->x()), ToTwips(mainWindow_->y()), ToTwips(mainWindow_->width()),
+          ToTwips(mainWindow_->height()), state};
+}
+
+void WindowDialogs::Place(const WindowPlacement& placement) {
+  mainWindow_->move(ToPixels(placement.left), ToPixels(placement.top));
+  mainWindow_->resize(ToPixels(placement.width), ToPixels(placement.height));
+  mainWindow_->setWindowState(StateOf(placement.state));
+}
+
+// Queued, so that it also ends a program whose event loop has yet to begin; and not a request to
+// quit, which would ask the windows to close first.
+void WindowDialogs::EndProgram() {
+  QMetaObject::invokeMethod(
+      qApp, [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
+}
+
+}  // namespace ostrel::ui

@@ -1,0 +1,49 @@
+// What the core asks of the windows, done by the windows: message boxes, showing and hiding, and
+// the main window's place on the screen.
+#pragma once
+
+#include <QPointer>
+
+#include "platform/clock.h"
+#include "platform/dialogs.h"
+#include "ui/error_window.h"
+
+namespace ostrel::ui {
+
+class MainWindow;
+class SetupDialog;
+
+class WindowDialogs : public Dialogs {
+ public:
+  explicit WindowDialogs(const Clock& clock) : clock_(clock) {}
+
+  /// The windows are made after the core, which holds what they show; this comes before anything
+  /// is asked of them.
+  void Attach(MainWindow& mainWindow, SetupDialog& setup);
+  /// Closes the message boxes that wait for an answer, and answers later ones at once: the program
+  /// is asked to end.
+  void EndMessages();
+
+  MessageAnswer ShowMessage(const Message& message) override;
+  void ShowErrorWindow(const std::string& text) override;
+  void CloseErrorWindow() override;
+  void ShowMainWindow() override;
+  void ShowSetup() override;
+  void HideSetup() override;
+  void UnloadSetup() override;
+  void RepaintMainWindow() override;
+  std::pair<float, float> ScreenSize() override;
+  /// Left and top are those of the frame, width and height those of what is inside it.
+  WindowPlacement Placement() override;
+  void Place(const WindowPlacement& placement) override;
+  void EndProgram() override;
+
+ private:
+  const Clock& clock_;
+  MainWindow* mainWindow_ = nullptr;
+  SetupDialog* setup_ = nullptr;
+  QPointer<ErrorWindow> errors_;
+  bool ending_ = false;
+};
+
+}  // namespace ostrel::ui
