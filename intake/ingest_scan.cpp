@@ -12,11 +12,14 @@ namespace ostrel {
 namespace {
 
 constexpr const char* kProcedure = "CheckForNewFiles";
-constexpr std::string_view kReceivedArchive = "*.ZI[S,P]*";
 constexpr int kScansBeforeLockIsReported = 40;
 constexpr int kMostCopies = 99;  // a mistyped count in a list file must not fill the disk
 
 }  // namespace
+
+bool IsReceivedArchive(std::string_view name) {
+  return MatchPattern(name, "*.ZI[S,P]*");
+}
 
 void IngestScan::CheckForNewFiles() {
   std::string path = parts_.values.ingestPath;
@@ -37,7 +40,7 @@ void IngestScan::TakeFile(const std::string& listedName) {
   if (placed_.Contains(path)) return placed_.Delete(path);
 
   const auto name = ToUpper(listedName);
-  if (parts_.values.unZipFiles && MatchPattern(name, kReceivedArchive)) return Unpack(path);
+  if (parts_.values.unZipFiles && IsReceivedArchive(name)) return Unpack(path);
   if (parts_.rules.DiscardedBy(name)) return parts_.files.Delete(path);
   MakeCopies(path, name);
   const auto target = parts_.rules.TargetOf(name);

@@ -13,6 +13,9 @@
 
 namespace ostrel {
 
+/// True for a name, in upper case, that is unpacked when unzipping is on.
+bool IsReceivedArchive(std::string_view name);
+
 class IngestScan {
  public:
   struct Parts {

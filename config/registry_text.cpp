@@ -1,0 +1,207 @@
+#include "config/registry_text.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "config/settings_table.h"
+
+namespace ostrel {
+
+namespace {
+
+std::string Quoted(std::string_view text) {
+  std::string quoted = "\"";
+  for (const char c : text) {
+    if (c == '"' || c == '\\') quoted += '\\';
+    quoted += c;
+  }
+  return quoted += '"';
+}
+
+bool StartsWithPath(std::string_view path, std::string_view tree) {
+  return ToUpper(path.substr(0, tree.size())) == ToUpper(tree) &&
+         (path.size() == tree.size() || path[tree.size()] == '\\');
+}
+
+/// A path below the root as this station keeps it; empty when it is not of the family's tree. On a
+/// 64-bit system the registry keeps the tree of a 32-bit program one level down.
+std::string PathInTree(std::string_view key) {
+  constexpr std::string_view kRedirected = "Software\\Wow6432Node\\Corvain";
+  const std::string root = std::string(kRootName) + '\\';
+  if (ToUpper(key.substr(0, root.size())) != ToUpper(root)) return {};
+  key.remove_prefix(root.size());
+  for (const std::string_view tree : {std::string_view(kFamilyTree), kRedirected}) {
+    if (StartsWithPath(key, tree)) return kFamilyTree + std::string(key.substr(tree.size()));
+  }
+  return {};
+}
+
+bool HasDriveLetter(std::string_view text) {
+  const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
+  return text.size() > 2 && isLetter(text[0]) && text[1] == ':' &&
+         (text[2] == '\\' || text[2] == '/');
+}
+
+/// Walks the text once, element by element.
+class RegistryReader {
+ public:
+  explicit RegistryReader(std::string_view text) : text_(text) {}
+
+  RegistryImport Read() {
+    const auto header = RestOfLine();
+    if (header != kRegistryHeader && header != kOldRegistryHeader) Refuse("no registry file");
+    while (!AtEnd()) ReadElement();
+    return std::move(import_);
+  }
+
+ private:
+  void ReadElement() {
+    SkipWhile(" \t\r\n");
+    if (AtEnd()) return;
+    switch (text_[at_]) {
+      case ';':
+        RestOfLine();
+        return;
+      case '[':
+        ReadKey();
+        return;
+      default:
+        ReadValue();
+    }
+  }
+
+  void ReadKey() {
+    auto key = RestOfLine();
+    if (key.size() < 3 || key.back() != ']') Refuse("a key without its closing bracket");
+    key = key.substr(1, key.size() - 2);
+    hasKey_ = true;
+    path_ = PathInTree(key);
+    if (key.starts_with('-')) {
+      import_.leftOut.push_back(fmt::format("deletion of the key {}", key.substr(1)));
+    } else if (path_.empty()) {
+      import_.leftOut.push_back(fmt::format("the key {} of another tree", key));
+    }
+  }
+
+  void ReadValue() {
+    if (!hasKey_) Refuse("a value before the first key");
+    StoredValue value{path_, ReadName(), "", false};
+    Expect('=');
+    if (AtEnd()) Refuse("a value that is cut off");
+    if (text_[at_] == '"') {
+      value.value = ReadQuoted();
+      ExpectEndOfLine();
+    } else {
+      value.value = ReadRaw();
+      value.isRaw = true;
+    }
+    Take(std::move(value));
+  }
+
+  std::string ReadName() {
+    if (text_[at_] == '@') {
+      ++at_;
+      return "";
+    }
+    return ReadQuoted();
+  }
+
+  std::string ReadQuoted() {
+    Expect('"');
+    std::string result;
+    while (!AtEnd() && text_[at_] != '"') {
+      if (text_[at_] == '\\') ++at_;
+      if (AtEnd()) break;
+      result += text_[at_++];
+    }
+    Expect('"');
+    return result;
+  }
+
+  /// dword:0000000a, hex:01,02,\ with its continuation lines, or - for a deletion.
+  std::string ReadRaw() {
+    std::string raw;
+    for (;;) {
+      const auto line = TrimBlanks(RestOfLine());
+      raw.append(line);
+      if (!raw.ends_with('\\')) break;
+      raw.pop_back();
+      SkipWhile(" \t");
+    }
+    const bool isKnown = raw == "-" || raw.starts_with("dword:") || raw.starts_with("hex");
+    if (!isKnown) Refuse("a value of no known kind");
+    return raw;
+  }
+
+  void Take(StoredValue value) {
+    if (path_.empty()) return;
+    const auto name = fmt::format("{}\\{}", path_, value.name);
+    if (value.isRaw && value.value == "-") {
+      import_.leftOut.push_back("deletion of the value " + name);
+    } else if (!value.isRaw && HasDriveLetter(value.value)) {
+      import_.leftOut.push_back(
+          fmt::format("{} = {}, a path of another system", name, value.value));
+    } else {
+      import_.values.push_back(std::move(value));
+    }
+  }
+
+  bool AtEnd() const { return at_ >= text_.size(); }
+
+  void SkipWhile(std::string_view characters) {
+    at_ = std::min(text_.find_first_not_of(characters, at_), text_.size());
+  }
+
+  std::string_view RestOfLine() {
+    const auto end = std::min(text_.find_first_of("\r\n", at_), text_.size());
+    const auto line = text_.substr(at_, end - at_);
+    at_ = end;
+    if (text_.substr(at_).starts_with("\r\n")) ++at_;
+    at_ = std::min(at_ + 1, text_.size());
+    return TrimBlanks(line);
+  }
+
+  void Expect(char c) {
+    if (AtEnd() || text_[at_] != c) Refuse(fmt::format("{} is missing", c));
+    ++at_;
+  }
+
+  void ExpectEndOfLine() {
+    if (!RestOfLine().empty()) Refuse("something behind a value");
+  }
+
+  [[noreturn]] void Refuse(std::string_view what) const {
+    const auto line = 1 + std::count(text_.begin(), text_.begin() + static_cast<long>(at_), '\n');
+    throw Failure(failure_number::kTypeMismatch, fmt::format("line {}: {}", line, what));
+  }
+
+  std::string_view text_;
+  std::size_t at_ = 0;
+  bool hasKey_ = false;
+  std::string path_;  // of the present key, empty when it is not of the tree
+  RegistryImport import_;
+};
+
+}  // namespace
+
+std::string FormatRegistryText(const std::vector<StoredValue>& values) {
+  std::string text = fmt::format("{}{}", kRegistryHeader, kLineEnd);
+  const std::string* path = nullptr;
+  for (const auto& value : values) {
+    if (!path || *path != value.keyPath) {
+      path = &value.keyPath;
+      text += fmt::format("{0}[{1}\\{2}]{0}", kLineEnd, kRootName, value.keyPath);
+    }
+    text += fmt::format("{}={}{}", value.name.empty() ? "@" : Quoted(value.name),
+                        value.isRaw ? value.value : Quoted(value.value), kLineEnd);
+  }
+  return text.append(kLineEnd);
+}
+
+RegistryImport ParseRegistryText(std::string_view text) {
+  return RegistryReader(text).Read();
+}
+
+}  // namespace ostrel

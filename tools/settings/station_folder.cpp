@@ -1,0 +1,24 @@
+#include "tools/settings/station_folder.h"
+
+#include "base/failure.h"
+#include "config/program_log.h"
+
+namespace ostrel {
+
+StationFolder::StationFolder(const std::string& folder)
+    : path_(folder), stores_(folder + "/KvRegistry.db") {
+  if (!files_.Exists(path_))
+    throw Failure(failure_number::kPathNotFound, "There is no folder " + path_);
+}
+
+std::unique_ptr<SettingsStore> StationFolder::OpenStore() {
+  auto store = stores_.Open();
+  store->SetRootKey(kHkeyLocalMachine);
+  return store;
+}
+
+void StationFolder::WriteLog(std::string_view category, std::string_view message) {
+  files_.Append(path_ + "/RtLog.txt", LogLine(clock_.Now(), category, message));
+}
+
+}  // namespace ostrel
