@@ -1,0 +1,51 @@
+#include "engine/packet.h"
+
+#include <gtest/gtest.h>
+
+namespace ostrel {
+namespace {
+
+TEST(Packet, IsEncodedByteForByte) {
+  Block block{};
+  block[0] = 'A';
+  block[1] = '\xFF';
+  const PacketHeader header{NameField("zfpsfoca.txt.2"), 1, 3, "10/27/2003 4:28:30 PM"};
+  const auto packet = EncodePacket(header, block);
+  ASSERT_EQ(packet.size(), 1116u);
+  const std::string expected = std::string(6, '\0') +                 // margin
+                               "/PFZFPSFOCA.TXT"                      // file name, 12
+                               "/PN 1    "                            // block number, 6
+                               "/PT 3    "                            // block count, 6
+                               "/CS 320   "                           // checksum, 7
+                               "/FD10/27/2003 4:28:30 PM           "  // date, 32
+                               "\r\n"
+                               "A\xFF";
+  EXPECT_EQ(packet.substr(0, expected.size()), expected);
+  EXPECT_EQ(packet.find_first_not_of('\0', expected.size()), std::string::npos);
+}
+
+TEST(Packet, FieldsArePaddedAndCut) {
+  struct {
+    const char* file;
+    const char* field;
+  } const names[] = {{"A.TXT", "A.TXT       "},   {"a.txt.3", "A.TXT       "},
+                     {"A.B.TXT", "A.B         "}, {"ABCDEFGHI.TXT", "ABCDEFGHI.TX"},
+                     {"NAME", "NAME        "},    {"ABC.1", "ABC.1       "}};
+  for (const auto& [file, field] : names) EXPECT_EQ(NameField(file), field);
+  EXPECT_EQ(NumberField(0, 7), " 0     ");
+  EXPECT_EQ(NumberField(261120, 7), " 261120");
+  EXPECT_EQ(NumberField(123456, 6), " 12345");
+
+  struct {
+    std::int64_t length;
+    long long blocks;
+  } const counts[] = {{0, 0}, {1, 1}, {1024, 1}, {1025, 2}, {5'000'000'000, 4882813}};
+  for (const auto& [length, blocks] : counts) EXPECT_EQ(BlockCount(length), blocks);
+
+  Block full;
+  full.fill('\xFF');
+  EXPECT_EQ(Checksum(full), 261120u);
+}
+
+}  // namespace
+}  // namespace ostrel

@@ -1,0 +1,139 @@
+#include "tests/support/virtual_station.h"
+
+#include <algorithm>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+
+#include "base/text.h"
+
+namespace ostrel {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// In memory where there is such a folder: a simulated day writes tens of thousands of files.
+fs::path FastestFolder() {
+  const fs::path shared = "/dev/shm";
+  return fs::exists(shared) ? shared : fs::temp_directory_path();
+}
+
+constexpr const char* kMorseTable = OSTREL_MORSE_TABLE;
+
+}  // namespace
+
+VirtualStation::VirtualStation(UtcTime start, std::vector<ZoneRule> zone)
+    : folder(FastestFolder()), machine(start, std::move(zone)) {
+  fs::create_directories(folder.path() + "/KvData/RxFiles");
+  fs::copy_file(kMorseTable, folder.path() + "/RtMorse.txt");
+  WriteFile(Path("FillFile.txt"), "FILL\r\n");
+  MakeStation();
+}
+
+void VirtualStation::MakeStation() {
+  station = std::make_unique<Station>(machine.For(folder.path(), files, archives, stores));
+}
+
+void VirtualStation::Start() {
+  ASSERT_TRUE(station->Start());
+  ASSERT_TRUE(machine.dialogs.messages.empty()) << machine.dialogs.messages.back().text;
+}
+
+void VirtualStation::Restart() {
+  if (!machine.dialogs.hasEnded) station->Stop();
+  machine.clock.stopRequested = machine.clock.shutdownBegun = false;
+  machine.dialogs.hasEnded = false;
+  station.reset();
+  MakeStation();
+  Start();
+}
+
+void VirtualStation::Rule(std::size_t list, const std::string& keyword) {
+  std::ofstream(Path("RtList" + std::to_string(list) + ".txt"), std::ios::app) << keyword << "\r\n";
+}
+
+void VirtualStation::Set(const std::string& key, const std::string& value, Section section) {
+  const auto store = stores.Open();
+  store->SetRootKey(kHkeyLocalMachine);
+  ASSERT_TRUE(store->WriteSetting(KeyPath(section), key, value));
+}
+
+std::string VirtualStation::Get(const std::string& key, Section section) {
+  const auto store = stores.Open();
+  store->SetRootKey(kHkeyLocalMachine);
+  return store->ReadSetting(KeyPath(section), key, "(none)");
+}
+
+void VirtualStation::Drop(const std::string& name, const std::string& content) {
+  WriteFile(Path("KvData/RxFiles/" + name), content);
+}
+
+void VirtualStation::WriteFile(const std::string& path, const std::string& content) {
+  std::ofstream(path, std::ios::binary) << content;
+  realFiles.SetLastWriteTime(path, machine.clock.UtcNow());
+}
+
+std::string VirtualStation::ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::vector<std::string> VirtualStation::Names(const std::string& name) {
+  auto names = realFiles.ListFiles(Path(name));
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::vector<StreamEvent> VirtualStation::Events() {
+  StreamDecoder decoder;
+  auto events = decoder.Feed(machine.line.carried);
+  for (auto& event : decoder.Finish()) events.push_back(std::move(event));
+  return events;
+}
+
+std::vector<ReceivedPacket> VirtualStation::Packets() {
+  std::vector<ReceivedPacket> packets;
+  for (auto& event : Events()) {
+    if (auto* packet = std::get_if<ReceivedPacket>(&event)) packets.push_back(std::move(*packet));
+    EXPECT_FALSE(std::holds_alternative<DamagedPacket>(event));
+    EXPECT_FALSE(std::holds_alternative<Noise>(event));
+  }
+  return packets;
+}
+
+std::vector<ReceivedProduct> VirtualStation::Products() {
+  ProductAssembler assembler;
+  std::vector<ReceivedProduct> products;
+  for (const auto& packet : Packets()) {
+    auto outcome = assembler.Accept(packet);
+    if (outcome.product) products.push_back(std::move(*outcome.product));
+  }
+  return products;
+}
+
+std::vector<std::string> VirtualStation::Log() {
+  std::vector<std::string> lines;
+  ForEachLine(ReadFile(Path("RtLog.txt")),
+              [&](std::string_view line) { lines.emplace_back(line); });
+  return lines;
+}
+
+std::vector<std::string> VirtualStation::LogOf(const std::string& category) {
+  constexpr std::size_t kStamp = 18;
+  auto lines = Log();
+  std::erase_if(lines, [&](const std::string& line) {
+    return line.substr(std::min(kStamp, line.size())).rfind(category + " ", 0) != 0;
+  });
+  return lines;
+}
+
+std::string SampleText(std::size_t length, int seed) {
+  std::string text;
+  for (int line = 0; text.size() < length; ++line)
+    text += "PRODUCT " + std::to_string(seed) + " LINE " + std::to_string(line) + "\r\n";
+  text.resize(length, '.');
+  return text;
+}
+
+}  // namespace ostrel

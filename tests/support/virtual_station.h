@@ -1,0 +1,115 @@
+// The whole station in virtual time, over real files in a folder of its own: drop products, let
+// time pass, read what the line carried.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/station.h"
+#include "config/settings_table.h"
+#include "platform/linux/linux_files.h"
+#include "platform/linux/sqlite_settings_store.h"
+#include "platform/linux/zip_archives.h"
+#include "platform/virtual/virtual_machine.h"
+#include "tests/support/forwarding_files.h"
+#include "tests/support/temp_folder.h"
+#include "tools/monitor/product_assembler.h"
+#include "tools/monitor/stream_decoder.h"
+
+namespace ostrel {
+
+using namespace std::chrono_literals;
+
+/// 18 November 2026, 12:00:00 UTC.
+inline constexpr UtcTime kNoon =
+    std::chrono::sys_days(std::chrono::year(2026) / 11 / 18) + std::chrono::hours(12);
+
+/// Files whose copies, deletes and writes fail where a test says so.
+class FaultyFiles : public ForwardingFiles {
+ public:
+  using ForwardingFiles::ForwardingFiles;
+
+  int Copy(const std::string& s, const std::string& d) override {
+    const int code = copyFault ? copyFault(s, d) : 0;
+    return code != 0 ? code : real_.Copy(s, d);
+  }
+  void Delete(const std::string& p) override {
+    if (deleteFault) deleteFault(p);
+    real_.Delete(p);
+  }
+  void TestExclusive(const std::string& p) override {
+    if (lockFault) lockFault(p);
+    real_.TestExclusive(p);
+  }
+  void WriteAll(const std::string& p, std::string_view c) override {
+    if (writeFault) writeFault(p);
+    real_.WriteAll(p, c);
+  }
+  void Append(const std::string& p, std::string_view c) override {
+    if (writeFault) writeFault(p);
+    real_.Append(p, c);
+  }
+
+  /// Returns a copy code, 0 to let the copy happen.
+  std::function<int(const std::string& source, const std::string& destination)> copyFault;
+  /// Throw to fail.
+  std::function<void(const std::string&path)> deleteFault, lockFault, writeFault;
+};
+
+class VirtualStation {
+ public:
+  explicit VirtualStation(UtcTime start = kNoon,
+                          std::vector<ZoneRule> zone = {{UtcTime{}, std::chrono::seconds(0)}});
+
+  /// Start-up; rules, settings and files have been laid before. Asserts that it came up.
+  void Start();
+  void Run(milliseconds duration) { machine.loop.RunFor(duration); }
+  /// Ends the station, if it runs, and makes another one over the same folder and store.
+  void Restart();
+
+  // Before Start
+  void Rule(std::size_t list, const std::string& keyword);
+  void Set(const std::string& key, const std::string& value, Section section = Section::kSettings);
+  std::string Get(const std::string& key, Section section = Section::kSettings);
+
+  /// A product as the ingest program drops it.
+  void Drop(const std::string& name, const std::string& content);
+  void WriteFile(const std::string& path, const std::string& content);
+  std::string ReadFile(const std::string& path);
+  /// The names in a folder below the program folder, sorted; hidden ones left out.
+  std::vector<std::string> Names(const std::string& folder);
+  std::string Path(const std::string& name) const { return folder.path() + "/" + name; }
+
+  /// What a receiver made of the line so far.
+  std::vector<StreamEvent> Events();
+  std::vector<ReceivedPacket> Packets();
+  std::vector<ReceivedProduct> Products();
+  /// The log's lines, without their ends.
+  std::vector<std::string> Log();
+  /// Lines whose message follows the category `category`.
+  std::vector<std::string> LogOf(const std::string& category);
+
+  Setup& setup() { return station->setup(); }
+  MainWindow& window() { return station->mainWindow(); }
+
+  TempFolder folder;
+  VirtualMachine machine;
+  LinuxFiles realFiles{machine.clock};
+  FaultyFiles files{realFiles};
+  ZipArchives archives{files};
+  SqliteSettingsStores stores{folder.path() + "/KvRegistry.db"};
+  std::unique_ptr<Station> station;
+
+ private:
+  void MakeStation();
+};
+
+/// A product's text of `length` bytes that tells itself from any other.
+std::string SampleText(std::size_t length, int seed = 1);
+
+}  // namespace ostrel
