@@ -5,6 +5,7 @@
 
 #include "intake/routing_rules.h"
 #include "platform/linux/linux_files.h"
+#include "platform/virtual/virtual_clock.h"
 #include "platform/virtual/virtual_desk.h"
 
 namespace ostrel {
@@ -20,10 +21,11 @@ class SilentReporting : public Reporting {
 // the same files.
 TEST(StarterRules, AreWhatAnOperatorCouldHaveEntered) {
   const std::string folder = OSTREL_SOURCE_DIR "/packaging/station";
-  LinuxFiles files;
+  VirtualClock clock(UtcTime{});
+  LinuxFiles files(clock);
   VirtualDialogs dialogs;
   SilentReporting reporting;
-  Setup setup;
+  ostrel::Setup setup;
   RoutingRules rules({files, dialogs, reporting, setup, folder});
   for (std::size_t list = 0; list < kRuleListCount; ++list) {
     std::ifstream file(fmt::format("{}/RtList{}.txt", folder, list), std::ios::binary);
