@@ -164,11 +164,8 @@ int openat64(int folder, const char* path, int flags, ...) {
 }
 
 int close(int descriptor) {
-  const int result = Real<int (*)(int)>("close")(descriptor);
-  const int error = errno;
-  Closed(descriptor);
-  errno = error;
-  return result;
+  Closed(descriptor);  // first, for its number may be another file's at once
+  return Real<int (*)(int)>("close")(descriptor);
 }
 
 int ioctl(int descriptor, unsigned long request, ...) noexcept {

@@ -1,0 +1,86 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "platform/linux/sqlite_settings_store.h"
+#include "tests/support/failure_of.h"
+#include "tests/support/temp_folder.h"
+
+namespace ostrel {
+namespace {
+
+constexpr const char* kSettings = "Software\\Corvain\\Ostrel\\Settings";
+
+class SettingsStoreTest : public testing::Test {
+ protected:
+  std::unique_ptr<SettingsStore> Open() {
+    auto store = SqliteSettingsStores(folder_ / "KvRegistry.db").Open();
+    store->SetRootKey(kHkeyLocalMachine);
+    return store;
+  }
+  TempFolder folder_;
+};
+
+TEST_F(SettingsStoreTest, ReadsBackWhatWasStoredByAnotherOpening) {
+  EXPECT_EQ(Open()->ReadSetting(kSettings, "ComBaud", "1200"), "1200");
+  EXPECT_TRUE(Open()->WriteSetting(kSettings, "ComBaud", "9600"));
+  EXPECT_TRUE(Open()->WriteSetting("SOFTWARE\\corvain\\OSTREL\\settings", "COMBAUD", ""));
+  const auto store = Open();
+  EXPECT_EQ(store->ReadSetting(kSettings, "ComBaud", "1200"), "");
+  store->SetRootKey(kHkeyLocalMachine + 1);
+  EXPECT_EQ(store->ReadSetting(kSettings, "ComBaud", "1200"), "1200");
+}
+
+TEST_F(SettingsStoreTest, CutsLongValuesBetweenCharacters) {
+  const auto store = Open();
+  store->WriteSetting(kSettings, "Plain", std::string(2000, 'x'));
+  store->WriteSetting(kSettings, "Accents", "x" + std::string(1022, 'y') + "\xC3\xA9z");
+  EXPECT_EQ(store->ReadSetting(kSettings, "Plain", ""), std::string(1024, 'x'));
+  EXPECT_EQ(store->ReadSetting(kSettings, "Accents", ""), "x" + std::string(1022, 'y'));
+}
+
+TEST_F(SettingsStoreTest, ListsAPathAndWhatStandsBelowItButNotItsNeighbours) {
+  const auto store = Open();
+  EXPECT_TRUE(store->WriteAll({{"A\\b%", "2", "two"},
+                               {"A\\B%\\Deep", "x", "deep"},
+                               {"a\\B%", "1", "dword:00000001", true},
+                               {"A\\bc", "no", ""},
+                               {"A", "no", ""}}));
+  std::string listed;
+  for (const auto& value : store->List("a\\b%")) {
+    listed += value.name + "=" + value.value + (value.isRaw ? "!" : "") + " ";
+  }
+  EXPECT_EQ(listed, "1=dword:00000001! 2=two x=deep ");
+  EXPECT_EQ(store->List("").size(), 5u);
+  EXPECT_EQ(store->ReadSetting("A\\b%", "1", "default"), "default");  // no text
+}
+
+TEST_F(SettingsStoreTest, ServesTwoProcessesAtOnce) {
+  const auto write = [this](const std::string& who) {
+    bool all = true;
+    for (int i = 0; i < 50; ++i) {
+      all = Open()->WriteSetting(kSettings, who + std::to_string(i), who) && all;
+    }
+    return all;
+  };
+  const pid_t child = fork();
+  if (child == 0) {
+    try {
+      _exit(write("child") ? 0 : 1);
+    } catch (...) {
+      _exit(2);
+    }
+  }
+  EXPECT_TRUE(write("parent"));
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(Open()->List(kSettings).size(), 100u);
+}
+
+TEST_F(SettingsStoreTest, FailsAloudWhenThereIsNoStore) {
+  EXPECT_EQ(FailureOf([&] { SqliteSettingsStores(folder_ / "none/x.db").Open(); }), 57);
+}
+
+}  // namespace
+}  // namespace ostrel

@@ -1,0 +1,176 @@
+#include "platform/linux/zip_archives.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <zip.h>
+
+#include "base/failure.h"
+#include "platform/linux/linux_files.h"
+#include "platform/virtual/virtual_clock.h"
+#include "tests/support/failure_of.h"
+#include "tests/support/forwarding_files.h"
+#include "tests/support/temp_folder.h"
+
+namespace ostrel {
+namespace {
+
+using Names = std::vector<std::string>;
+
+struct Member {
+  std::string name;
+  std::string content = "x";
+  mode_t kind = S_IFREG;
+  bool encrypted = false;
+};
+
+class ZipArchivesTest : public testing::Test {
+ protected:
+  std::string Path(const std::string& name) const { return folder_ / name; }
+  Names Extracted() {
+    auto names = files_.ListFiles(Path("out"));
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+  void Make(const std::vector<Member>& members) {
+    zip_t* const zip = zip_open(Path("in.zip").c_str(), ZIP_CREATE | ZIP_TRUNCATE, nullptr);
+    for (const auto& member : members) {
+      auto* const source = zip_source_buffer(zip, member.content.data(), member.content.size(), 0);
+      const auto index = static_cast<zip_uint64_t>(
+          zip_file_add(zip, member.name.c_str(), source, ZIP_FL_ENC_CP437));
+      zip_file_set_external_attributes(zip, index, 0, ZIP_OPSYS_UNIX,
+                                       static_cast<zip_uint32_t>(member.kind | 0644) << 16);
+      if (member.encrypted) {
+        zip_file_set_encryption(zip, index, ZIP_EM_TRAD_PKWARE, "secret");
+      }
+    }
+    ASSERT_EQ(zip_close(zip), 0);
+  }
+  ExtractResult Extract(const ExtractLimits& limits = {}) {
+    std::filesystem::remove_all(Path("out"));
+    files_.CreateFolder(Path("out"));
+    return archives_.Extract(Path("in.zip"), Path("out"), limits);
+  }
+
+  TempFolder folder_;
+  VirtualClock clock_{UtcTime{} + std::chrono::hours(500'000)};
+  LinuxFiles files_{clock_};
+  ZipArchives archives_{files_};
+};
+
+TEST_F(ZipArchivesTest, GivesBackWhatItPackedAndShowsTheArchiveOnlyWhole) {
+  files_.CreateFolder(Path("src"));
+  files_.CreateFolder(Path("xmit"));
+  const std::string text(100'000, 't');
+  files_.WriteAll(Path("src/A.TXT"), text);
+  files_.WriteAll(Path("src/EMPTY"), "");
+  auto [writer, error] = archives_.Create(Path("xmit/A.ZIP"));
+  ASSERT_EQ(error, 0);
+  writer->Add(Path("src"), "A.TXT");
+  writer->Add(Path("src"), "EMPTY");
+  EXPECT_EQ(FailureOf([&] { writer->Add(Path("src"), "GONE"); }), 53);
+  files_.Delete(Path("src/A.TXT"));
+  EXPECT_TRUE(std::filesystem::is_empty(Path("xmit")));
+  writer->Close();
+  EXPECT_LT(files_.Size(Path("xmit/A.ZIP")), 1000);
+  files_.CreateFolder(Path("out"));
+  const auto result = archives_.Extract(Path("xmit/A.ZIP"), Path("out"), {});
+  EXPECT_EQ(result.remark, "");
+  EXPECT_EQ(result.extracted, 2);
+  EXPECT_EQ(files_.ReadAll(Path("out/A.TXT")), text);
+  EXPECT_EQ(files_.Size(Path("out/EMPTY")), 0);
+}
+
+TEST_F(ZipArchivesTest, WritesAValidEmptyArchiveAndNothingWithoutClose) {
+  archives_.Create(Path("E.ZIP")).writer->Close();
+  EXPECT_EQ(files_.Size(Path("E.ZIP")), 22);
+  const auto result = archives_.Extract(Path("E.ZIP"), folder_.path(), {});
+  EXPECT_TRUE(result.opened);
+  archives_.Create(Path("F.ZIP")).writer.reset();
+  EXPECT_EQ(archives_.Create(Path("none/G.ZIP")).error, ZIP_ER_NOENT);
+  EXPECT_EQ(archives_.Create(Path("E.ZIP/G.ZIP")).error, ZIP_ER_OPEN);
+  files_.CreateFolder(Path("H.ZIP"));
+  EXPECT_EQ(FailureOf([&] { archives_.Create(Path("H.ZIP")).writer->Close(); }), 75);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.path()), {}), 2);
+}
+
+TEST_F(ZipArchivesTest, WritesBareUpperCaseNamesAtFreeNames) {
+  const std::string longest = std::string(251, 'L') + ".TXT";
+  Make({{"../../up.txt", "1"},
+        {"C:\\dir\\back.txt", "2"},
+        {"/etc/abs", "3"},
+        {"dup.txt", "4"},
+        {"a/DUP.TXT", "5"},
+        {"b\\Dup.Txt", "6"},
+        {"bell\a\n.txt", "7"},
+        {"dir/", ""},
+        {"dir/.hidden"},
+        {"dir/.."},
+        {"..\\."},
+        {"w\\", ""},
+        {"link", "/etc/passwd", S_IFLNK},
+        {"folder", "", S_IFDIR},
+        {"pipe", "", S_IFIFO},
+        {"secret", "s", S_IFREG, true},
+        {longest, "8"},
+        {longest + "x"}});
+  const auto result = Extract();
+  EXPECT_EQ(Extracted(), (Names{"ABS", "BACK.TXT", "BELL__.TXT", "DUP.TXT", "DUP.TXT.1",
+                                "DUP.TXT.2", longest, "UP.TXT"}));
+  EXPECT_EQ(files_.ReadAll(Path("out/DUP.TXT.2")), "6");
+  EXPECT_EQ(result.extracted, 8);
+  EXPECT_EQ(result.remark,
+            "1 left out (encrypted), 2 left out (no plain file), 3 left out (no usable name), "
+            "1 left out (not written)");
+}
+
+TEST_F(ZipArchivesTest, StopsAtItsLimits) {
+  const std::string mebibyte(1024 * 1024, '\0');
+  Make({{"a", "1234"}, {"b", "5678"}, {"c", "9"}, {"d", mebibyte + mebibyte}});
+  EXPECT_EQ(Extract().remark.find("stopped at a member"), 0u);
+  EXPECT_EQ(Extracted(), (Names{"A", "B", "C"}));
+  EXPECT_EQ(Extract({.bytes = 8}).remark, "stopped at 8 bytes");
+  EXPECT_EQ(Extracted(), (Names{"A", "B"}));
+  EXPECT_EQ(Extract({.members = 1}).remark, "stopped after 1 members");
+  EXPECT_EQ(Extracted(), Names{"A"});
+  EXPECT_EQ(Extract({.ratio = 5000}).remark, "");
+  std::vector<Member> same;
+  for (int i = 0; i < 103; ++i) same.push_back({std::to_string(i) + "/same.txt"});
+  Make(same);
+  EXPECT_EQ(Extract().remark, "3 left out (one name too often)");
+}
+
+TEST_F(ZipArchivesTest, StopsWhenTheDiskIsFull) {
+  struct FullDisk : ForwardingFiles {
+    using ForwardingFiles::ForwardingFiles;
+    void WriteAll(const std::string& path, std::string_view) override {
+      throw Failure(failure_number::kDiskFull, path);
+    }
+  } full(files_);
+  Make({{"a"}, {"b"}});
+  const auto result = ZipArchives(full).Extract(Path("in.zip"), folder_.path(), {});
+  EXPECT_EQ(result.remark, "stopped for want of disk space");
+  EXPECT_EQ(result.extracted, 0);
+}
+
+TEST_F(ZipArchivesTest, LeavesDamagedMembersOut) {
+  const struct {
+    const char* file;
+    bool opens;
+    Names extracted;
+  } rows[] = {{"codes.zip", true, {}},
+              {"crc.zip", true, {}},
+              {"symlink.zip", true, {}},
+              {"truncated.zip", false, {}},
+              {"sizes.zip", true, {}}};
+  for (const auto& row : rows) {
+    files_.Copy(std::string(OSTREL_SOURCE_DIR "/tests/data/badzips/") + row.file, Path("in.zip"));
+    const auto result = Extract();
+    EXPECT_EQ(result.opened, row.opens) << row.file;
+    EXPECT_EQ(Extracted(), row.extracted) << row.file << ": " << result.remark;
+  }
+}
+
+}  // namespace
+}  // namespace ostrel
