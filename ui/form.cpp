@@ -42,15 +42,18 @@ QLineEdit* MakeTextField(QWidget* page, const char* name, Field<std::string>& fi
 }
 
 ValueLabel* MakeValueLabel(QWidget* page, const char* name, const char* caption,
-                           Field<std::string>& field, const char* toolTip) {
+                           Field<std::string>& field, const char* toolTip, FieldWidth width) {
   auto* const label = new ValueLabel(page);
   BindValue(label, name, caption, field);
   label->setToolTip(toolTip);
   label->setMargin(kValueMargin);
-  label->setMinimumWidth(PixelsFor(label, FieldWidth::kNumber));
-  SetBoxed(label);
+  label->setFixedWidth(PixelsFor(label, width));
+  label->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+  label->setBackgroundRole(QPalette::Window);
+  label->setAutoFillBackground(true);
   if (*toolTip != '\0') {
-    label->setFrameShadow(QFrame::Raised);
+    label->setFrameStyle(QFrame::Panel | QFrame::Raised);
+    label->setBackgroundRole(QPalette::Button);
     label->setCursor(Qt::PointingHandCursor);
   }
   return label;

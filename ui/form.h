@@ -18,7 +18,8 @@ QLineEdit* MakeTextField(QWidget* page, const char* name, Field<std::string>& fi
                          const char* toolTip, FieldWidth width = FieldWidth::kNumber);
 /// A value with a tool tip is one that the mouse steps, and looks it.
 ValueLabel* MakeValueLabel(QWidget* page, const char* name, const char* caption,
-                           Field<std::string>& field, const char* toolTip = "");
+                           Field<std::string>& field, const char* toolTip = "",
+                           FieldWidth width = FieldWidth::kNumber);
 QCheckBox* MakeCheckBox(QWidget* page, const QString& name, const char* caption,
                         Field<Check>& field, const char* toolTip);
 /// A label that is read as a heading.

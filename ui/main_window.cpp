@@ -146,7 +146,7 @@ void MainWindow::BuildSending() {
   paint(state_.lblActivefileBackColor.Get());
   KeepWith(file, state_.lblActivefileBackColor.OnChange(paint));
 
-  AddCaption("lblBlock", FromTwips(2190, 105, 405, kTextHeight), "Block");
+  AddCaption("lblBlock", FromTwips(2160, 105, 435, kTextHeight), "Block");
   AddFigure("lblBlkPktNum", FromTwips(2595, 105, 360, kTextHeight), state_.lblBlkPktNum)
       ->setAlignment(Qt::AlignCenter);
   AddCaption("lblOF", FromTwips(2970, 105, 240, kTextHeight), "Of");

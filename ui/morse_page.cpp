@@ -17,7 +17,8 @@ QWidget* MakeMorsePage(Setup& setup) {
   form.AddGap();
   form.AddRow("Time To Next ID",
               MakeValueLabel(page, "TimeLeft", "Time To Next ID", setup.TimeLeft), "Minutes");
-  form.AddRow("Time Of Last ID", MakeValueLabel(page, "LastId", "Time Of Last ID", setup.LastId));
+  form.AddRow("Time Of Last ID", MakeValueLabel(page, "LastId", "Time Of Last ID", setup.LastId, "",
+                                                FieldWidth::kText));
   form.Finish();
   return page;
 }

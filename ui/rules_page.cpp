@@ -13,6 +13,8 @@ namespace {
 
 constexpr int kColumns = 2;  // what to do, and where to do it
 constexpr int kMargin = 12;
+constexpr int kGap = 8;
+constexpr int kLowestList = 60;
 
 /// What a page with a rule list is made of.
 struct RulesPage {
@@ -25,6 +27,10 @@ struct RulesPage {
 
 void AddWide(const RulesPage& rules, QWidget* widget) {
   rules.grid->addWidget(widget, rules.grid->rowCount(), 0, 1, kColumns);
+}
+
+void AddGap(const RulesPage& rules) {
+  rules.grid->setRowMinimumHeight(rules.grid->rowCount(), kGap);
 }
 
 void AddStep(const RulesPage& rules, const char* instruction, QWidget* place) {
@@ -45,6 +51,7 @@ EntryField* AddEntryField(const RulesPage& rules, const char* instruction) {
   AddWide(rules, MakeHeading(rules.page, "To add an item"));
   AddStep(rules, instruction, entry);
   AddWide(rules, new QLabel("Then Press Enter", rules.page));
+  AddGap(rules);
   return entry;
 }
 
@@ -53,6 +60,7 @@ void AddList(const RulesPage& rules, EntryField* entry) {
       new ListView(rules.setup.SetupPriList[rules.list], ElementName("SetupPriList", rules.list),
                    "File name patterns", rules.page);
   view->setFont(PatternFont());
+  view->setMinimumHeight(kLowestList);
   auto* const remove = new QPushButton("Remove", rules.page);
   remove->setObjectName(ElementName("removepri1button", rules.list));
   remove->setToolTip("Click to remove the selected item.");
@@ -66,7 +74,9 @@ void AddList(const RulesPage& rules, EntryField* entry) {
   });
   AddWide(rules, MakeHeading(rules.page, "To remove an item"));
   AddStep(rules, "Click the item here --->", view);
-  rules.grid->setRowStretch(rules.grid->rowCount() - 1, 1);
+  const int listRow = rules.grid->rowCount() - 1;
+  rules.grid->setRowStretch(listRow, 1);
+  rules.grid->itemAtPosition(listRow, 0)->setAlignment(Qt::AlignTop);
   AddStep(rules, "Then click here --->", remove);
   rules.grid->setAlignment(remove, Qt::AlignLeft);
 }
@@ -84,6 +94,7 @@ EntryField* AddRules(const RulesPage& rules, const char* instruction = "Type it 
 QWidget* MakePriorityPage(Setup& setup, Operator& operators, Priority p) {
   const RulesPage rules{setup, operators, p.index()};
   AddRules(rules);
+  AddGap(rules);
   AddWide(rules, MakeCheckBox(rules.page, ElementName("chkOverWrite", p.index()),
                               "Overwrite Pending Files", setup.chkOverWrite[p],
                               "Overwrite pending files when a newer file is received."));
@@ -96,6 +107,7 @@ QWidget* MakePriorityPage(Setup& setup, Operator& operators, Priority p) {
 QWidget* MakeCompressPage(Setup& setup, Operator& operators) {
   const RulesPage rules{setup, operators, kCompressList};
   AddRules(rules);
+  AddGap(rules);
   constexpr const char* kCountCaption = "Do block compression when files accumulated =";
   constexpr const char* kPriorityCaption = "Send block compressed files priority = ";
   auto* const count =
@@ -116,9 +128,11 @@ QWidget* MakeCompressPage(Setup& setup, Operator& operators) {
   values->setColumnStretch(2, 1);
   rules.grid->addLayout(values, rules.grid->rowCount(), 0, 1, kColumns);
 
+  AddGap(rules);
   AddWide(rules, MakeHeading(rules.page, "Awaiting Compression"));
   auto* const waiting =
       new ListView(setup.CompressList, "CompressList", "Awaiting Compression", rules.page);
+  waiting->setMinimumHeight(kLowestList);
   AddWide(rules, waiting);
   rules.grid->setRowStretch(rules.grid->rowCount() - 1, 1);
   return rules.page;
@@ -139,6 +153,7 @@ QWidget* MakeCopiesPage(Setup& setup, Operator& operators) {
                                       "Click to change the number of copies.");
   AddStep(rules, kCaption, copies);
   rules.grid->setAlignment(copies, Qt::AlignLeft);
+  AddGap(rules);
   EntryField* const entry = AddRules(rules, "Enter A Keyword --->");
   QObject::connect(copies, &ValueLabel::Pressed, copies,
                    [&operators](Button button) { operators.StepCopies(button); });

@@ -10,6 +10,8 @@
 namespace ostrel::ui {
 namespace {
 
+constexpr int kMargin = 12;
+
 QLineEdit* MakeEntry(QWidget* page, Setup& setup, Operator& operators) {
   auto* const entry = new QLineEdit(page);
   Bind(entry, "txtSchedule", setup.txtSchedule);
@@ -54,6 +56,7 @@ QLayout* MakeButtons(QWidget* page, ListView* list, Operator& operators) {
 QWidget* MakeSchedulePage(Setup& setup, Operator& operators) {
   auto* const page = new QWidget;
   auto* const layout = new QVBoxLayout(page);
+  layout->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
   layout->addWidget(MakeHeading(page, "Scheduled Transmissions"));
   auto* const instruction = new QLabel("Type a schedule entry here, then press \"Enter\"", page);
   layout->addWidget(instruction);

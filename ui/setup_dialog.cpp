@@ -17,6 +17,7 @@
 namespace ostrel::ui {
 namespace {
 
+constexpr QSize kInitialSize(640, 520);
 // Beyond every edge of the dialog, whatever its size.
 constexpr QRect kOutOfSight(-1000, -1000, 80, 20);
 
@@ -36,7 +37,8 @@ SetupDialog::SetupDialog(Setup& setup, Operator& operators, QWidget* mainWindow)
   BuildMenu();
   BuildBlank();
   BuildTabs(setup);
-  connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &SetupDialog::LeaveFor);
+  resize(kInitialSize);
+  connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &SetupDialog::FollowFocus);
 }
 
 void SetupDialog::BuildMenu() {
@@ -84,9 +86,10 @@ void SetupDialog::closeEvent(QCloseEvent* event) {
 }
 
 void SetupDialog::showEvent(QShowEvent* event) {
-  auto* const entry = qobject_cast<EntryField*>(focusWidget());
-  if (entry != nullptr && !event->spontaneous()) entry->clear();
   QWidget::showEvent(event);
+  if (event->spontaneous()) return;
+  entered_ = false;
+  if (auto* const entry = qobject_cast<EntryField*>(focusWidget())) entry->clear();
 }
 
 void SetupDialog::Dismiss() {
@@ -108,11 +111,13 @@ void SetupDialog::Leave() {
 }
 
 // Another program's window is none of ours (null), and a message box is no place to go: the
-// operator comes back from it.
-void SetupDialog::LeaveFor(QWindow* window) {
+// operator comes back from it. What is left of the menu that opened the dialog does not end it
+// either.
+void SetupDialog::FollowFocus(QWindow* window) {
   const QWidget* const active = window != nullptr ? QApplication::activeWindow() : nullptr;
+  if (active == this) entered_ = true;
   if (active == nullptr || active == this || qobject_cast<const QMessageBox*>(active)) return;
-  Leave();
+  if (entered_) Leave();
 }
 
 void SetupDialog::FocusEntryOf(int tab) {

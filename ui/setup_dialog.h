@@ -34,13 +34,14 @@ class SetupDialog : public QWidget {
   void Dismiss();
   /// Stores the settings and hides, or stays when they were refused.
   void Leave();
-  void LeaveFor(QWindow* window);
+  void FollowFocus(QWindow* window);
   void FocusEntryOf(int tab);
 
   Operator& operators_;
   QWidget* mainWindow_;
   LeftTabs* tabs_;
   QLineEdit* blank_;
+  bool entered_ = false;  // active at least once since it was shown
   bool leaving_ = false;
   bool unloaded_ = false;
 };

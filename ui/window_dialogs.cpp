@@ -64,7 +64,9 @@ MessageAnswer WindowDialogs::ShowMessage(const Message& message) {
   const bool asks = message.buttons == MessageButtons::kYesNo;
   const MessageAnswer unanswered = asks ? MessageAnswer::kNo : MessageAnswer::kOk;
   if (ending_) return unanswered;
-  QWidget* const owner = setup_->isVisible() ? static_cast<QWidget*>(setup_) : mainWindow_;
+  QWidget* const owner = setup_->isVisible()        ? static_cast<QWidget*>(setup_)
+                         : mainWindow_->isVisible() ? mainWindow_
+                                                    : nullptr;
   QMessageBox box(IconOf(message.icon), ToQt(message.title), ToQt(message.text).remove('\r'),
                   asks ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok, owner);
   box.setTextFormat(Qt::PlainText);
