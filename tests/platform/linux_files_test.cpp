@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/file.h>
@@ -136,16 +138,32 @@ TEST_F(LinuxFilesTest, AFailedCopyHasItsCodeAndLeavesNothing) {
   EXPECT_EQ(CopyCodeText(4711), "");
 }
 
+/// Gives this process mounts of its own, as the ordinary user that it may be.
+bool TakeOwnMounts() {
+  const auto user = getuid(), group = getgid();
+  if (unshare(CLONE_NEWNS) != 0) {
+    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
+    std::ofstream("/proc/self/setgroups") << "deny";
+    std::ofstream("/proc/self/uid_map") << "0 " << user << " 1";
+    std::ofstream("/proc/self/gid_map") << "0 " << group << " 1";
+  }
+  return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+}
+
 /// Runs `step` with a disk of 64 KiB at `mountPoint`, in a process of its own. Returns its result,
 /// nothing where the system does not let us mount.
 std::optional<int> OnSmallDisk(const std::string& mountPoint, const std::function<int()>& step) {
-  constexpr int kNoMount = 100;
+  constexpr int kNoMount = 100, kThrown = 101;
   const pid_t child = fork();
   if (child == 0) {
-    const bool mounted = (unshare(CLONE_NEWNS) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
-                         mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-                         mount("none", mountPoint.c_str(), "tmpfs", 0, "size=64k") == 0;
-    _exit(mounted ? step() : kNoMount);
+    if (!TakeOwnMounts() || mount("none", mountPoint.c_str(), "tmpfs", 0, "size=64k") != 0) {
+      _exit(kNoMount);
+    }
+    try {
+      _exit(step());
+    } catch (...) {
+      _exit(kThrown);
+    }
   }
   int status = 0;
   waitpid(child, &status, 0);
