@@ -1,0 +1,133 @@
+// What a tick costs: idle, with full folders and full queues, and when it builds a packet. Real
+// files in memory, virtual time.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <fstream>
+#include <unistd.h>
+
+#include "tests/support/virtual_station.h"
+
+namespace ostrel {
+namespace {
+
+/// A station whose line is busy, so that a tick does its bookkeeping and builds nothing.
+struct IdleStation : VirtualStation {
+  explicit IdleStation(int queued = 0) {
+    Set("TxUpTime", "0");
+    Set("CWIDTime", "0");
+    Start();
+    for (int i = 0; i < queued; ++i)
+      window().PriorityList[Priority(5)].Append("P" + std::to_string(i) + ".TXT");
+    Run(2s);
+  }
+
+  void Tick() {
+    machine.loop.RunFor(kCyclePeriod);
+    if (machine.line.BytesWaiting() < 2000) machine.line.Write(std::string(5000, '\0'));
+  }
+};
+
+void EmptyFolders(benchmark::State& state) {
+  IdleStation station;
+  for (auto _ : state) station.Tick();
+}
+BENCHMARK(EmptyFolders);
+
+/// The first file of the listing is held by another process, so that each tick finds it and lets it
+/// be: what the number of files behind it costs.
+void FullFolders(benchmark::State& state) {
+  IdleStation station(static_cast<int>(state.range(1)));
+  station.files.lockFault = [](const std::string&) {
+    throw Failure(failure_number::kPermissionDenied, "Permission denied");
+  };
+  for (int i = 0; i < state.range(0); ++i)
+    std::ofstream(station.Path("KvData/RxFiles/F" + std::to_string(i) + ".TXT")) << i;
+  for (auto _ : state) station.Tick();
+}
+BENCHMARK(FullFolders)
+    ->ArgNames({"files", "queued"})
+    ->Args({10, 10})
+    ->Args({1000, 1000})
+    ->Args({1000, 10000})
+    ->Args({100000, 10000})
+    ->Args({100000, 100000});
+
+/// Each tick takes one file from the ingest folder and moves it into its queue.
+void TakingFiles(benchmark::State& state) {
+  VirtualStation station;
+  station.Set("TxUpTime", "0");
+  station.Set("CWIDTime", "0");
+  station.Rule(4, "AFD*");
+  station.Start();
+  station.machine.line.Write(std::string(9000, '\0'));
+  const auto content = SampleText(2500);
+  int files = 0;
+  const auto fill = [&] {
+    for (int i = 0; i < state.range(0); ++i)
+      std::ofstream(station.Path("KvData/RxFiles/AFD" + std::to_string(files++) + ".TXT"))
+          << content;
+  };
+  fill();
+  for (auto _ : state) {
+    station.machine.loop.RunFor(kCyclePeriod);
+    if (station.machine.line.BytesWaiting() < 2000)
+      station.machine.line.Write(std::string(7000, '\0'));
+  }
+}
+BENCHMARK(TakingFiles)->ArgName("files")->Arg(20000)->Arg(100000)->Iterations(10000);
+
+/// Each tick builds and sends a packet of a long file: at a rate at which the line is free by then.
+void SendingPackets(benchmark::State& state) {
+  VirtualStation station;
+  station.Set("TxUpTime", "0");
+  station.Set("CWIDTime", "0");
+  station.Set("ComBaud", "115200");
+  station.Rule(4, "AFD*");
+  station.Drop("AFDLONG.TXT", SampleText(64 * 1024 * 1024));
+  station.machine.line.onWrite = [](std::string_view) {};
+  station.Start();
+  station.Run(2s);
+  long long packets = 0;
+  station.machine.line.onWrite = [&](std::string_view) { ++packets; };
+  for (auto _ : state) station.machine.loop.RunFor(kCyclePeriod);
+  state.counters["packets"] =
+      benchmark::Counter(static_cast<double>(packets), benchmark::Counter::kAvgIterations);
+}
+BENCHMARK(SendingPackets);
+
+/// The yardstick for the packet: one block by plain open, seek, read and close.
+void PlainBlockRead(benchmark::State& state) {
+  TempFolder folder("/dev/shm");
+  const auto path = folder / "FILE";
+  std::ofstream(path) << SampleText(64 * 1024);
+  char block[1024];
+  for (auto _ : state) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    lseek(file, 4096, SEEK_SET);
+    benchmark::DoNotOptimize(read(file, block, sizeof block));
+    close(file);
+  }
+}
+BENCHMARK(PlainBlockRead);
+
+/// The yardstick for the idle tick: eleven empty folders listed.
+void PlainListings(benchmark::State& state) {
+  TempFolder folder("/dev/shm");
+  std::vector<std::string> folders;
+  for (int i = 0; i < 11; ++i) {
+    folders.push_back(folder / std::to_string(i));
+    std::filesystem::create_directory(folders.back());
+  }
+  for (auto _ : state) {
+    for (const auto& path : folders) {
+      for (const auto& entry : std::filesystem::directory_iterator(path))
+        benchmark::DoNotOptimize(entry.path().c_str());
+    }
+  }
+}
+BENCHMARK(PlainListings);
+
+}  // namespace
+}  // namespace ostrel
+
+BENCHMARK_MAIN();
