@@ -25,8 +25,8 @@ struct RulesPage {
   QGridLayout* grid = new QGridLayout(page);
 };
 
-void AddWide(const RulesPage& rules, QWidget* widget) {
-  rules.grid->addWidget(widget, rules.grid->rowCount(), 0, 1, kColumns);
+void AddWide(const RulesPage& rules, QWidget* widget, Qt::Alignment alignment = {}) {
+  rules.grid->addWidget(widget, rules.grid->rowCount(), 0, 1, kColumns, alignment);
 }
 
 void AddGap(const RulesPage& rules) {
@@ -95,12 +95,15 @@ QWidget* MakePriorityPage(Setup& setup, Operator& operators, Priority p) {
   const RulesPage rules{setup, operators, p.index()};
   AddRules(rules);
   AddGap(rules);
-  AddWide(rules, MakeCheckBox(rules.page, ElementName("chkOverWrite", p.index()),
-                              "Overwrite Pending Files", setup.chkOverWrite[p],
-                              "Overwrite pending files when a newer file is received."));
+  AddWide(
+      rules,
+      MakeCheckBox(rules.page, ElementName("chkOverWrite", p.index()), "Overwrite Pending Files",
+                   setup.chkOverWrite[p], "Overwrite pending files when a newer file is received."),
+      Qt::AlignLeft);
   AddWide(rules,
           MakeCheckBox(rules.page, ElementName("chkSendComp", p.index()), "Send Files Compressed",
-                       setup.chkSendComp[p], "Compress files before sending."));
+                       setup.chkSendComp[p], "Compress files before sending."),
+          Qt::AlignLeft);
   return rules.page;
 }
 

@@ -43,7 +43,7 @@ QLayout* MakeOptions(QWidget* page, Setup& setup) {
   };
   auto* const layout = new QVBoxLayout;
   for (const auto& [name, caption, field, toolTip] : rows) {
-    layout->addWidget(MakeCheckBox(page, name, caption, field, toolTip));
+    layout->addWidget(MakeCheckBox(page, name, caption, field, toolTip), 0, Qt::AlignLeft);
   }
   return layout;
 }
