@@ -4,14 +4,13 @@
 #include <sstream>
 #include <sys/wait.h>
 
-#include "tests/support/pseudo_terminal.h"
 #include "tests/support/temp_folder.h"
 
 namespace ostrel {
 namespace {
 
 /// Runs the keyer under the shim. Returns the recorded events, without times and numbers.
-std::vector<std::string> Record(const std::string& ports, const std::string& log,
+std::vector<std::string> Record(const std::string& folder, const std::string& log,
                                 const char* ending) {
   const std::string programs = OSTREL_BINARY_DIR;
   const pid_t child = fork();
@@ -19,7 +18,7 @@ std::vector<std::string> Record(const std::string& ports, const std::string& log
     setenv("LD_PRELOAD", (programs + "/libkeying_shim.so").c_str(), 1);
     setenv("KEYING_LOG", log.c_str(), 1);
     setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
-    execl((programs + "/keyer").c_str(), "keyer", ports.c_str(), ending, nullptr);
+    execl((programs + "/keyer").c_str(), "keyer", folder.c_str(), ending, nullptr);
     _exit(127);
   }
   waitpid(child, nullptr, 0);
@@ -40,23 +39,29 @@ std::vector<std::string> Record(const std::string& ports, const std::string& log
 }
 
 TEST(Keying, GoesInOrderAndBothLinesEndDownHoweverTheProgramEnds) {
-  const std::vector<std::string> keyed = {"open RTS=1 DTR=1", "set RTS=0 DTR=1", "set RTS=0 DTR=0",
-                                          "set RTS=0 DTR=1 hupcl", "set RTS=1 DTR=1 hupcl"};
+  const std::vector<std::string> opening = {"open RTS=1 DTR=1", "set RTS=0 DTR=1",
+                                            "set RTS=0 DTR=0", "set RTS=0 DTR=1 hupcl"};
+  const std::string keyed = "set RTS=1 DTR=1 hupcl", paused = "set RTS=0 DTR=1 hupcl";
+  const std::string down = "set RTS=0 DTR=0 hupcl", gone = "gone RTS=0 DTR=0";
   const struct {
     const char* ending;
+    std::vector<std::string> beforeIt;
+    bool again;  // opened a second time
     std::vector<std::string> then;
-  } rows[] = {{nullptr,
-               {"set RTS=0 DTR=1 hupcl", "set RTS=1 DTR=1 hupcl", "set RTS=0 DTR=1 hupcl",
-                "set RTS=0 DTR=0 hupcl", "gone RTS=0 DTR=0"}},
-              {"exit", {"gone RTS=0 DTR=0"}},
-              {"kill", {}}};  // the system drops them, by "hupcl"
+  } rows[] = {{"close", {keyed, paused}, false, {keyed, paused, down, gone}},
+              {"replug", {keyed, paused, gone}, true, {keyed, paused, down, gone}},
+              {"exit", {keyed}, false, {gone}},
+              {"kill", {keyed}, false, {}}};  // the system drops them, by "hupcl"
   for (const auto& row : rows) {
     TempFolder folder;
-    PseudoTerminal terminal;
-    terminal.LinkAt(folder / "COM1");
-    auto expected = keyed;
-    expected.insert(expected.end(), row.then.begin(), row.then.end());
-    EXPECT_EQ(Record(folder.path(), folder / "log", row.ending), expected);
+    auto expected = opening;
+    const auto add = [&](const auto& more) {
+      expected.insert(expected.end(), more.begin(), more.end());
+    };
+    add(row.beforeIt);
+    if (row.again) add(opening);
+    add(row.then);
+    EXPECT_EQ(Record(folder.path(), folder / "log", row.ending), expected) << row.ending;
   }
 }
 
