@@ -18,8 +18,9 @@ struct StoredValue {
   std::string keyPath;
   std::string name;
   std::string value;
-  /// True for a value that is no text (another program's number, say): `value` is then the registry's
-  /// own notation of it, for example "dword:0000000a", kept to be exported again as it came.
+  /// True for a value that is no text (another program's number, say): `value` is then the
+  /// registry's own notation of it, for example "dword:0000000a", kept to be exported again as it
+  /// came.
   bool isRaw = false;
 };
 

@@ -23,19 +23,28 @@ void VirtualLine::Close() {
   Record(1, keyLine1_, false);
   Record(2, keyLine2_, false);
   line_.Clear();
+  held_.clear();
   isOpen_ = false;
 }
 
 std::size_t VirtualLine::BytesWaiting() {
   if (!isOpen_) return 0;
-  return std::max<std::size_t>(line_.Unsent(Now()), isPresent_ ? 0 : 1);
+  return isPresent_ ? line_.Unsent(Now()) : kBufferSize;
 }
 
 void VirtualLine::Write(std::string_view bytes) {
   if (!isOpen_ || writeFails || line_.Unsent(Now()) + bytes.size() > kBufferSize)
     throw Failure(failure_number::kDeviceError, "Device I/O error");
+  if (isPresent_) {
+    Carry(bytes);
+  } else {
+    held_ += bytes;
+  }
+}
+
+void VirtualLine::Carry(std::string_view bytes) {
   line_.Add(bytes.size(), Now());
-  if (isPresent_) onWrite(bytes);
+  onWrite(bytes);
 }
 
 void VirtualLine::SetLine(int line, bool& state, bool on) {
@@ -51,6 +60,7 @@ void VirtualLine::Record(int line, bool& state, bool on) {
 void VirtualLine::SetPresent(bool present) {
   if (std::exchange(isPresent_, present) == present || !isOpen_) return;
   line_.Clear();
+  if (present) Carry(std::exchange(held_, {}));
   if (onPresence_) onPresence_(present);
 }
 

@@ -36,7 +36,8 @@ class VirtualLine : public SerialPort {
   bool KeyLine2() const override { return keyLine2_; }
   void OnPresence(std::function<void(bool)> call) override { onPresence_ = std::move(call); }
 
-  /// The device goes away, or comes back.
+  /// The device goes away, or comes back. While it is away nothing of what waits moves; what is
+  /// written then goes out when it is back.
   void SetPresent(bool present);
 
   std::set<int> devices{1, 2, 3, 4, 5, 6, 7, 8};  // the ports that exist
@@ -50,6 +51,7 @@ class VirtualLine : public SerialPort {
   std::vector<std::string> openings;  // settings strings, in order
 
  private:
+  void Carry(std::string_view bytes);
   void SetLine(int line, bool& state, bool on);
   void Record(int line, bool& state, bool on);
   nanoseconds Now() const { return clock_.Monotonic(); }
@@ -57,6 +59,7 @@ class VirtualLine : public SerialPort {
   const Clock& clock_;
   LineTime line_;
   std::function<void(bool)> onPresence_;
+  std::string held_;  // written while the device was away
   bool isOpen_ = false;
   bool isPresent_ = true;
   bool keyLine1_ = false;
