@@ -34,10 +34,11 @@ void BindValue(QLabel* label, const QString& name, const QString& caption,
 void Bind(QLineEdit* edit, const QString& name, Field<std::string>& field) {
   edit->setObjectName(name);
   const auto show = [edit](const std::string& text) {
-    if (edit->text() != ToQt(text)) edit->setText(ToQt(text));
+    if (edit->text() == ToQt(text)) return;
+    edit->setText(ToQt(text));
+    if (!edit->hasFocus()) edit->setCursorPosition(0);  // the beginning of a long path is in sight
   };
   show(field.Get());
-  edit->setCursorPosition(0);
   KeepWith(edit, field.OnChange(show));
   // Only what differs from what the field looks like is the operator's: bytes that have no sign of
   // their own are not replaced by being shown.

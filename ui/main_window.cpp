@@ -46,7 +46,6 @@ MainWindow::MainWindow(ostrel::MainWindow& state, const Engine& engine, Operator
     : state_(state), engine_(engine), operators_(operators), client_(new QWidget(this)) {
   setObjectName("frmMain");
   setWindowTitle("EMWIN ReTransmission Engine - By Corvain");
-  setWindowIcon(ProgramIcon());
   setContextMenuPolicy(Qt::NoContextMenu);
   client_->setFont(MainFont());
   setCentralWidget(client_);

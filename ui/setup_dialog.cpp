@@ -10,7 +10,6 @@
 #include "base/scope_guard.h"
 #include "config/settings_io.h"
 #include "ui/entry_field.h"
-#include "ui/looks.h"
 #include "ui/menus.h"
 #include "ui/setup_pages.h"
 
@@ -31,7 +30,6 @@ SetupDialog::SetupDialog(Setup& setup, Operator& operators, QWidget* mainWindow)
       blank_(new QLineEdit("Text1", this)) {
   setObjectName("frmSetup");
   setWindowTitle("Setup");
-  setWindowIcon(ProgramIcon());
   auto* const layout = new QVBoxLayout(this);
   layout->addWidget(tabs_);
   BuildMenu();
