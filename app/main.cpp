@@ -19,6 +19,7 @@
 #include "platform/qt/qt_event_loop.h"
 #include "platform/qt/qt_timer.h"
 #include "platform/qt/udp_channel.h"
+#include "ui/looks.h"
 #include "ui/main_window.h"
 #include "ui/setup_dialog.h"
 #include "ui/window_dialogs.h"
@@ -84,6 +85,7 @@ int main(int /*count*/, char* arguments[]) {
   QApplication application(toolkit.count, toolkit.values.data());
   QApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setDesktopFileName("ostrel");
+  QApplication::setWindowIcon(ui::ProgramIcon());
 
   Machine machine;
   Station station(machine.AsPlatform());
