@@ -28,7 +28,7 @@ void MorseIdentification::CountDown(int newSecond) {
 }
 
 void MorseIdentification::SendOnDemand() {
-  if (parts_.setup.CWidenty.Get().empty() || isUnderWay_) return;
+  if (parts_.setup.CWidenty.Get().empty()) return;
   if (!parts_.port.IsOpen()) {
     parts_.dialogs.ShowMessage({kProgramName,
                                 "No com port is open. The station cannot be identified.",
@@ -49,7 +49,6 @@ void MorseIdentification::SendOnDemand() {
 void MorseIdentification::SendMorseId() {
   const bool timerWasRunning = parts_.cycleTimer.IsRunning();
   parts_.cycleTimer.Stop();
-  isUnderWay_ = true;
   const ScopeGuard restore([&] { Restore(timerWasRunning); });
 
   const auto keyUpDelay = LeadingMilliseconds(parts_.setup.txtTxDelay.Get());
@@ -102,9 +101,8 @@ void MorseIdentification::SetLines(bool on) {
 }
 
 void MorseIdentification::Restore(bool timerWasRunning) {
-  isUnderWay_ = false;
-  parts_.mainWindow.lblActivefile.Set("");
   parts_.mainWindow.lblActivefileBackColor.Set(Shade::kLightGrey);
+  parts_.mainWindow.lblActivefile.Set("");
   if (parts_.events.StopIsRequested()) return;  // the shutdown drops the lines; nothing raises them
   for (const auto set : {&SerialPort::SetKeyLine1, &SerialPort::SetKeyLine2}) {
     RunStep(parts_.reporting, "SendMorseId", [&] { (parts_.port.*set)(true); });

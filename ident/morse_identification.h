@@ -39,7 +39,8 @@ class MorseIdentification {
   void CountDown(int newSecond);
 
   /// The operator's demand. Nothing with an empty text; a message when no port is open or when the
-  /// identification fails. One that is asked for while one is under way is that one.
+  /// identification fails. Asked for while one waits for the port to drain, it goes first: the one
+  /// that waited follows it.
   void SendOnDemand();
 
   /// The interval field was edited or loaded.
@@ -56,7 +57,6 @@ class MorseIdentification {
   std::string ReadElements(const std::string& text);
 
   Parts parts_;
-  bool isUnderWay_ = false;
 };
 
 }  // namespace ostrel
