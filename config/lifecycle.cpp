@@ -24,6 +24,7 @@ void Lifecycle::StartUp() {
   try {
     parts_.settings.LoadProgramValues();
     CreateFolders();
+    RemoveTemporaries();
     PlaceMainWindow();
     parts_.reporting.WriteLog(kCategory, fmt::format("Program Started - {}.{} build {}",
                                                      kVersionMajor, kVersionMinor, kVersionBuild));
@@ -56,12 +57,19 @@ void Lifecycle::CreateFolders() {
   for (int n = 1; n <= kCompressFolder; ++n) create(values.HoldingFolder(n));
   create(values.TransmitFolder());
   create(values.SentFolder());
-  // What an interrupted copy left behind is nobody's.
-  for (int n = 1; n <= kCompressFolder; ++n)
-    parts_.platform.files.RemoveTemporaries(values.HoldingFolder(n));
+}
+
+/// What an interrupted copy left behind is nobody's. A folder that cannot be cleaned of it is no
+/// reason to stay off the air.
+void Lifecycle::RemoveTemporaries() {
+  const auto clean = [this](const std::string& folder) {
+    TryStep([&] { parts_.platform.files.RemoveTemporaries(folder); });
+  };
+  const auto& values = parts_.values;
+  for (int n = 1; n <= kCompressFolder; ++n) clean(values.HoldingFolder(n));
   for (const auto& folder :
        {values.programFolder, values.ingestPath, values.TransmitFolder(), values.SentFolder()})
-    parts_.platform.files.RemoveTemporaries(folder);
+    clean(folder);
 }
 
 void Lifecycle::PlaceMainWindow() {

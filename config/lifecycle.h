@@ -41,6 +41,7 @@ class Lifecycle {
 
  private:
   void CreateFolders();
+  void RemoveTemporaries();
   void PlaceMainWindow();
   void ShowStartFigures();
   void StartPurge();
