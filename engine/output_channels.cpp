@@ -41,6 +41,9 @@ void OutputChannels::OpenComPort() {
 }
 
 void OutputChannels::OpenAndKey() {
+  // Start-up opens more than once when the settings differ from the usual ones: no line may rise
+  // again after a stop has ended the key-up delay of the opening before.
+  parts_.clock.Sleep(milliseconds(0));
   if (parts_.port.IsOpen()) parts_.port.Close();
   const int number = LeadingInteger(parts_.setup.lblOutPort.Get());
   parts_.port.SetKeyLine2(false);
