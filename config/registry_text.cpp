@@ -44,6 +44,18 @@ bool HasDriveLetter(std::string_view text) {
          (text[2] == '\\' || text[2] == '/');
 }
 
+/// dword:0000000a, hex:01,02 or hex(7):01,02 and nothing else.
+bool IsNumberNotation(std::string_view raw) {
+  const auto colon = raw.find(':');
+  if (colon == std::string_view::npos) return false;
+  const auto kind = raw.substr(0, colon), digits = raw.substr(colon + 1);
+  if (kind == "dword")
+    return digits.size() == 8 &&
+           digits.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
+  return (kind == "hex" || (kind.starts_with("hex(") && kind.ends_with(')'))) &&
+         digits.find_first_not_of("0123456789abcdefABCDEF,") == std::string_view::npos;
+}
+
 /// Walks the text once, element by element.
 class RegistryReader {
  public:
@@ -129,9 +141,9 @@ class RegistryReader {
       if (!raw.ends_with('\\')) break;
       raw.pop_back();
       SkipWhile(" \t");
+      if (AtEnd()) Refuse("a value that is cut off");
     }
-    const bool isKnown = raw == "-" || raw.starts_with("dword:") || raw.starts_with("hex");
-    if (!isKnown) Refuse("a value of no known kind");
+    if (raw != "-" && !IsNumberNotation(raw)) Refuse("a value of no known kind");
     return raw;
   }
 
