@@ -1,0 +1,95 @@
+// The settings tree as text, as this station and registry editors write it.
+#include "config/registry_text.h"
+
+#include <gtest/gtest.h>
+
+#include "base/failure.h"
+
+namespace ostrel {
+namespace {
+
+const std::string kHead = "Windows Registry Editor Version 5.00\r\n\r\n";
+const std::string kOwnKey = "[HKEY_LOCAL_MACHINE\\Software\\Corvain\\Ostrel\\Settings]\r\n";
+const std::string kOwnPath = "Software\\Corvain\\Ostrel\\Settings";
+
+using Rows = std::vector<std::vector<std::string>>;
+
+Rows RowsOf(const std::vector<StoredValue>& values) {
+  Rows rows;
+  for (const auto& v : values) rows.push_back({v.keyPath, v.name, v.value, v.isRaw ? "raw" : ""});
+  return rows;
+}
+
+TEST(RegistryText, ComesBackAsItWasWritten) {
+  const std::vector<StoredValue> values = {
+      {kOwnPath, "", "the key's own value", false},
+      {kOwnPath, "CWIDText", "a \"quoted\" \\ text = [x] ; \xC3\xA9", false},
+      {kOwnPath, "IngestPath", "/home/station/in", false},
+      {kOwnPath, "name \"q\\\"", "", false},
+      {"Software\\Corvain\\Pellum\\Shared", "Lines", "one\r\ntwo", false},
+      {"Software\\Corvain\\Pellum\\Shared", "Number", "dword:0000000a", true},
+  };
+  const auto text = FormatRegistryText(values);
+  EXPECT_TRUE(text.starts_with(kHead + kOwnKey + "@=\"the key's own value\"\r\n")) << text;
+  const auto import = ParseRegistryText(text);
+  EXPECT_EQ(RowsOf(import.values), RowsOf(values));
+  EXPECT_TRUE(import.leftOut.empty());
+}
+
+TEST(RegistryText, TakesTheFamilysTreeAndSaysWhatItLeavesOut) {
+  const auto import = ParseRegistryText(
+      "REGEDIT4\n\n; a remark\n"
+      "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Wow6432Node\\Corvain\\Ostrel\\Settings]\n"
+      "\"CWIDText\"=\"DE TEST\"\n"
+      "\"FillFile\"=\"c:\\\\Ostrel\\\\FillFile.txt\"\n"
+      "\"Blob\"=hex:01,02,\\\n  03\n"
+      "\"CWSpeed\"=-\n"
+      "[-HKEY_LOCAL_MACHINE\\Software\\Corvain\\Old]\n"
+      "[HKEY_LOCAL_MACHINE\\Software\\Corvainery]\n\"A\"=\"1\"\n"
+      "[HKEY_CURRENT_USER\\Software\\Corvain]\n\"B\"=\"2\"\n"
+      "[hkey_local_machine\\software\\corvain\\Pellum\\Shared]\n\"LogDaily\"=\"1\"");
+  EXPECT_EQ(RowsOf(import.values),
+            (Rows{{kOwnPath, "CWIDText", "DE TEST", ""},
+                  {kOwnPath, "Blob", "hex:01,02,03", "raw"},
+                  {"Software\\Corvain\\Pellum\\Shared", "LogDaily", "1", ""}}));
+  EXPECT_EQ(import.leftOut,
+            (std::vector<std::string>{
+                kOwnPath + "\\FillFile = c:\\Ostrel\\FillFile.txt, a path of another system",
+                "deletion of the value " + kOwnPath + "\\CWSpeed",
+                "deletion of the key HKEY_LOCAL_MACHINE\\Software\\Corvain\\Old",
+                "the key HKEY_LOCAL_MACHINE\\Software\\Corvainery of another tree",
+                "the key HKEY_CURRENT_USER\\Software\\Corvain of another tree"}));
+}
+
+TEST(RegistryText, ADamagedFileIsRefusedWholeWithItsLine) {
+  const auto good = kHead + kOwnKey + "\"Good\"=\"1\"\r\n";
+  const std::pair<std::string, int> cases[] = {
+      {"", 1},
+      {"Windows Registry Editor Version 6\r\n" + kOwnKey, 2},
+      {kHead + "\"Early\"=\"1\"\r\n", 3},
+      {good + "[HKEY_LOCAL_MACHINE\\Software\r\n", 6},
+      {good + "\"NoEnd\"=\"1", 5},
+      {good + "\"NoEnd\"=\"1\\", 5},
+      {good + "\"NoValue\"", 5},
+      {good + "\"NoValue\"=", 5},
+      {good + "\"More\"=\"1\" x\r\n", 6},
+      {good + "Bare=\"1\"\r\n", 5},
+      {good + "\"Kind\"=12\r\n", 6},
+      {good + "\"Kind\"=dword:12\r\n", 6},
+      {good + "\"Kind\"=hex:0g\r\n", 6},
+      {good + "\"CutOff\"=hex:01,\\\r\n", 6},
+  };
+  for (const auto& [text, line] : cases) {
+    try {
+      ParseRegistryText(text);
+      ADD_FAILURE() << "accepted: " << text;
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.number(), failure_number::kTypeMismatch) << text;
+      EXPECT_TRUE(failure.text().starts_with("line " + std::to_string(line) + ": "))
+          << failure.text() << " for " << text;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace ostrel
