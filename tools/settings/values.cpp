@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdint>
 #include <fmt/format.h>
 
 #include "base/failure.h"
@@ -29,10 +30,17 @@ SettingRow RowOf(const std::string& key, const std::string& programFolder) {
   return *row;
 }
 
+void CheckRange(const std::string& value, int first, int last) {
+  const auto number = StrictInteger(value);
+  if (number < first || number > last) throw Failure(6, "Overflow");
+}
+
 /// The values that would stop the next start-up are refused here.
 void CheckValue(const SettingRow& row, const std::string& value) {
   try {
-    if (row.key == "Engine" || row.key == "UdpPort") StrictInteger(value);
+    if (row.key == "Engine") CheckRange(value, INT16_MIN, INT16_MAX);
+    if (row.key == "MainState") CheckRange(value, 0, 2);
+    if (row.key == "UdpPort") StrictInteger(value);
     if (row.key == "UnZipFiles" || row.key == "PacketHost") StrictBoolean(value);
     if (row.section == Section::kScreen) StrictNumber(value);
   } catch (const Failure&) {
