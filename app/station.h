@@ -37,7 +37,7 @@ class Station {
   Station(const Station&) = delete;
   Station& operator=(const Station&) = delete;
 
-  /// Start-up. False when another instance runs already: the program is to end at once.
+  /// Start-up. False when there can be no first instance here: the program is to end at once.
   bool Start();
   /// Asks the program to end: waits end, what runs unwinds, the shutdown runs.
   void Stop() { activity_.RequestStop(); }

@@ -14,9 +14,14 @@ constexpr const char* kStartProcedure = "FormLoad";
 }  // namespace
 
 bool Lifecycle::IsFirstInstance() {
-  if (parts_.platform.instance.TryLock()) return true;
-  parts_.platform.dialogs.ShowMessage(
-      {kProgramName, " The Retransmission Engine Is Already Running", MessageIcon::kStop});
+  std::string refusal = " The Retransmission Engine Is Already Running";
+  try {
+    if (parts_.platform.instance.TryLock()) return true;
+  } catch (const std::exception& error) {
+    // Mostly an account that may not write to the station's folder.
+    refusal = fmt::format("{}: {}", kStartProcedure, DescribeFailure(AsFailure(error)));
+  }
+  parts_.platform.dialogs.ShowMessage({kProgramName, refusal, MessageIcon::kStop});
   return false;
 }
 

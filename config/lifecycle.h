@@ -31,7 +31,8 @@ class Lifecycle {
   };
   explicit Lifecycle(const Parts& parts) : parts_(parts) {}
 
-  /// False when another instance runs, which a message has said: the program ends at once then.
+  /// False when another instance runs, or that cannot be told because the station's folder cannot
+  /// be written, which a message has said: the program ends at once then.
   bool IsFirstInstance();
   /// All of start-up. A failure at any step stops it there, with a log line and a message; the main
   /// window stays and can be closed.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <deque>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -87,8 +88,12 @@ class VirtualDesktop : public Desktop {
 
 class VirtualInstanceLock : public InstanceLock {
  public:
-  bool TryLock() override { return isFirst; }
+  bool TryLock() override {
+    if (failure) throw *failure;
+    return isFirst;
+  }
   bool isFirst = true;
+  std::optional<Failure> failure;
 };
 
 }  // namespace ostrel

@@ -63,6 +63,16 @@ TEST(StartUp, ASecondInstanceChangesNothing) {
   EXPECT_FALSE(station.machine.dialogs.mainIsShown || fs::exists(station.Path("KvData/RtSent")));
 }
 
+TEST(StartUp, AFolderThatCannotBeWrittenIsSaidAndEndsIt) {
+  VirtualStation station;
+  station.machine.instance.failure = Failure(70, "Permission denied: /station/.ostrel.lock");
+  EXPECT_FALSE(station.station->Start());
+  ASSERT_EQ(station.machine.dialogs.messages.size(), 1U);
+  EXPECT_EQ(station.machine.dialogs.messages[0].text,
+            "FormLoad: Error # 70, Permission denied: /station/.ostrel.lock, occurred at reference "
+            "(unspecified), in Ostrel");
+}
+
 TEST(StartUp, ADamagedValueStopsItThereAndTheProgramCanBeClosed) {
   struct Case {
     const char* key;
