@@ -14,6 +14,8 @@ constexpr std::size_t kNearlyDrained = 50;  // bytes
 
 void QueueService::CheckPriorityLists() {
   if (IsBusy()) return;
+  ReleaseFinished();
+  ReturnStuckFiles();
   for (const Priority p : AllPriorities()) {
     if (!parts_.mainWindow.PriorityList[p].empty() && parts_.mainWindow.IsIdle(p)) StartFile(p);
     if (!currentFile_[p].empty()) return ServeFile(p);
@@ -25,20 +27,40 @@ bool QueueService::IsBusy() {
   return parts_.port.BytesWaiting() > kNearlyDrained || !parts_.engine.PendingPacket.empty();
 }
 
+/// A turn comes when the port has nearly drained: then what was in front of the last packet is out.
+void QueueService::ReleaseFinished() {
+  if (finished_.empty()) return;
+  const bool isDrained = parts_.port.BytesWaiting() == 0;
+  std::erase_if(finished_, [&](const Finished& finished) {
+    if (!isDrained && !finished.isFollowed) return false;
+    parts_.pending.Retire(finished.p, finished.file);
+    return true;
+  });
+}
+
+/// In the order in which they got stuck: of one product the later is the newer.
+void QueueService::ReturnStuckFiles() {
+  while (!stuck_.empty() && ReturnToHoldingFolder(stuck_.front())) stuck_.erase(stuck_.begin());
+}
+
 void QueueService::StartFile(Priority p) {
   const auto& queue = parts_.mainWindow.PriorityList[p];
   const std::string file = queue.front();
   parts_.mainWindow.lblSending[p].Set(fmt::format("Sending {}: 1", file));
   currentFile_[p] = file;
   parts_.engine.nextBlock[p] = 1;
-  MoveToSentFolder(p, file);
+  isHeldBack_[p] = !MoveToSentFolder(p, file) && parts_.files.Exists(InTransmitFolder(file));
+  if (isHeldBack_[p]) {
+    stuck_.push_back({p, file});
+    ReturnStuckFiles();
+  }
   ++parts_.engine.FilesSent[p];
   auto& maximum = parts_.engine.MaximumCount[p];
   maximum = std::max(maximum, static_cast<int>(queue.size()));
 }
 
-void QueueService::MoveToSentFolder(Priority p, const std::string& file) {
-  const auto waiting = parts_.values.TransmitFolder() + "/" + file;
+bool QueueService::MoveToSentFolder(Priority p, const std::string& file) {
+  const auto waiting = InTransmitFolder(file);
   if (IsChecked(parts_.setup.LogIt)) {
     TryStep([&] {
       const auto written = parts_.clock.ToLocal(parts_.files.LastWriteTime(waiting));
@@ -48,38 +70,33 @@ void QueueService::MoveToSentFolder(Priority p, const std::string& file) {
   }
   const bool copied = TryStep([&] { parts_.copy.CopyFile(waiting, InSentFolder(file)); });
   TryStep([&] { SetFileWriteTime(InSentFolder(file), parts_.clock.Now()); });
-  if (copied) {
-    TryStep([&] { parts_.files.Delete(waiting); });
-  } else {
-    isStuck_[p] = !ReturnToHoldingFolder(p, waiting);
-  }
+  if (copied) TryStep([&] { parts_.files.Delete(waiting); });
+  return copied;
 }
 
-/// The entry is retired on this turn, since there is nothing to serve; the file itself, the only
-/// copy there is, takes the way through the intake again. True when it does, or is gone.
-bool QueueService::ReturnToHoldingFolder(Priority p, const std::string& waiting) {
-  if (!parts_.files.Exists(waiting)) return true;
-  const auto folder = parts_.values.HoldingFolder(p.number());
-  return TryStep([&] {
-    const auto name = FirstFreeName(std::string(FileNameOf(waiting)), [&](const std::string& n) {
-      return parts_.files.Exists(JoinPath(folder, n));
-    });
-    parts_.files.Rename(waiting, JoinPath(folder, name));
-  });
+/// The entry is retired on its first turn, since there is nothing to serve; the file itself, the
+/// only copy there is, takes the way through the intake again. True when it does, or is gone.
+bool QueueService::ReturnToHoldingFolder(const Stuck& stuck) {
+  if (parts_.files.Exists(InTransmitFolder(stuck.file)))
+    return TryStep([&] { parts_.pending.Return(stuck.p, stuck.file); });
+  parts_.pending.Retire(stuck.p, stuck.file);
+  return true;
 }
 
 void QueueService::ServeFile(Priority p) {
   const int n = parts_.engine.nextBlock[p];
-  const long long count = parts_.builder.MakePacket(InSentFolder(currentFile_[p]), n);
+  const long long count =
+      isHeldBack_[p] ? 0 : parts_.builder.MakePacket(InSentFolder(currentFile_[p]), n);
   parts_.engine.nextBlock[p] = n + 1;
   if (n > count) return RetireFile(p);
+  for (auto& finished : finished_) finished.isFollowed = true;
   parts_.mainWindow.lblSending[p].Set(
       fmt::format("Sending {}: {} of {}", parts_.mainWindow.PriorityList[p].front(), n, count));
 }
 
 void QueueService::RetireFile(Priority p) {
   parts_.engine.PendingPacket.clear();
-  if (!std::exchange(isStuck_[p], false)) parts_.pending.Retire(p, currentFile_[p]);
+  if (!isHeldBack_[p]) finished_.push_back({p, currentFile_[p], false});
   parts_.mainWindow.PriorityList[p].Remove(0);
   parts_.mainWindow.lblSending[p].Set(MainWindow::IdleCaption(p));
   currentFile_[p].clear();
@@ -99,6 +116,10 @@ void QueueService::InsertFillFile() {
 void QueueService::SetFileWriteTime(const std::string& path, LocalTime time) {
   const auto utc = LocalToUtc(time, parts_.clock.UtcOffset());
   parts_.files.SetLastWriteTime(path, UtcTime(utc.time_since_epoch()));
+}
+
+std::string QueueService::InTransmitFolder(const std::string& file) const {
+  return parts_.values.TransmitFolder() + "/" + file;
 }
 
 std::string QueueService::InSentFolder(const std::string& file) const {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "engine/packet_builder.h"
 #include "intake/file_copy.h"
@@ -33,20 +34,38 @@ class QueueService {
   void CheckPriorityLists();
 
  private:
+  /// A file whose last block was built; its record goes when nothing of that block waits any more.
+  struct Finished {
+    Priority p;
+    std::string file;
+    bool isFollowed;  // by a packet of another file
+  };
+  /// A file of RtXmit that could neither be moved nor given back.
+  struct Stuck {
+    Priority p;
+    std::string file;
+  };
+
   bool IsBusy();
+  void ReleaseFinished();
+  void ReturnStuckFiles();
   void StartFile(Priority p);
-  void MoveToSentFolder(Priority p, const std::string& file);
-  bool ReturnToHoldingFolder(Priority p, const std::string& waiting);
+  bool MoveToSentFolder(Priority p, const std::string& file);
+  bool ReturnToHoldingFolder(const Stuck& stuck);
   void ServeFile(Priority p);
   void RetireFile(Priority p);
   void InsertFillFile();
   void SetFileWriteTime(const std::string& path, LocalTime time);
+  std::string InTransmitFolder(const std::string& file) const;
   std::string InSentFolder(const std::string& file) const;
 
   Parts parts_;
   PerPriority<std::string> currentFile_;
-  /// The file could neither be moved nor given back: its record stays for the next start.
-  PerPriority<bool> isStuck_;
+  /// The current file could not be moved. Nothing is served then: what the sent folder holds under
+  /// its name is an older one.
+  PerPriority<bool> isHeldBack_;
+  std::vector<Finished> finished_;
+  std::vector<Stuck> stuck_;
 };
 
 }  // namespace ostrel

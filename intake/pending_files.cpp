@@ -3,24 +3,15 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
-#include <vector>
 
 #include "base/names.h"
 #include "base/numbers.h"
-#include "base/text.h"
-#include "intake/match_pattern.h"
 
 namespace ostrel {
 
 namespace {
 
 constexpr const char* kCategory = "Pending";
-
-/// A link in the record and its file's time.
-struct Recorded {
-  std::string link;
-  UtcTime time;
-};
 
 }  // namespace
 
@@ -33,15 +24,24 @@ milliseconds PurgeAge(const Setup& setup) {
 
 void PendingFiles::HandBack() {
   RunStep(parts_.reporting, kCategory, [this] {
-    if (!parts_.files.Exists(Root())) parts_.files.CreateFolder(Root());
-    for (const Priority p : AllPriorities()) {
-      if (!parts_.files.Exists(FolderOf(p))) parts_.files.CreateFolder(FolderOf(p));
-    }
+    MakeFolders();
     ProbeLinks();
   });
   if (!hasLinks_) return;
   for (const Priority p : AllPriorities()) HandBack(p);
   ClearTransmitFolder();
+}
+
+void PendingFiles::MakeFolders() {
+  std::vector<std::string> folders = {Root(), Root() + "/back"};
+  for (const Priority p : AllPriorities()) {
+    folders.push_back(FolderOf(p));
+    folders.push_back(BackFolderOf(p));
+  }
+  for (const auto& folder : folders) {
+    if (!parts_.files.Exists(folder)) parts_.files.CreateFolder(folder);
+  }
+  parts_.files.RemoveTemporaries(Root());
 }
 
 void PendingFiles::ProbeLinks() {
@@ -60,34 +60,70 @@ void PendingFiles::ProbeLinks() {
 
 void PendingFiles::HandBack(Priority p) {
   RunStep(parts_.reporting, kCategory, [&] {
-    std::vector<Recorded> files;
-    for (const auto& link : parts_.files.ListFiles(FolderOf(p)))
-      files.push_back({link, parts_.files.LastWriteTime(FolderOf(p) + "/" + link)});
-    std::sort(files.begin(), files.end(),
-              [](const Recorded& a, const Recorded& b) { return a.time > b.time; });
-
+    auto files = RecordOf(p);
+    std::stable_sort(files.begin(), files.end(),
+                     [](const Recorded& a, const Recorded& b) { return a.time > b.time; });
     const auto age = PurgeAge(parts_.setup);
     std::set<std::string, std::less<>> products;
-    for (const auto& [link, time] : files) {
-      const bool tooOld = age > milliseconds(0) && parts_.clock.UtcNow() - time > age;
-      const bool isNewest = products.emplace(StripExtension(link)).second;
+    for (const auto& file : files) {
+      const bool tooOld = age > milliseconds(0) && parts_.clock.UtcNow() - file.time > age;
+      const bool isNewest = products.emplace(StripExtension(file.name)).second;
       if (tooOld || (IsChecked(parts_.setup.chkOverWrite[p]) && !isNewest)) {
-        Remove(p, link);
-      } else {
-        GiveBack(p, link);
+        file.isBack ? DiscardReturned(p, file.name) : Remove(p, file.name);
+      } else if (!file.isBack) {
+        GiveBack(p, file.name);
       }
     }
   });
 }
 
+std::vector<PendingFiles::Recorded> PendingFiles::RecordOf(Priority p) {
+  std::vector<Recorded> files;
+  for (const auto& link : parts_.files.ListFiles(FolderOf(p)))
+    files.push_back({link, parts_.files.LastWriteTime(FolderOf(p) + "/" + link), false});
+  for (const auto& name : parts_.files.ListFiles(BackFolderOf(p))) {
+    back_[p].insert(name);
+    if (parts_.files.Exists(InHoldingFolder(p, name))) {
+      files.push_back({name, parts_.files.LastWriteTime(InHoldingFolder(p, name)), true});
+    } else {
+      Taken(p, name);
+    }
+  }
+  return files;
+}
+
 void PendingFiles::GiveBack(Priority p, const std::string& link) {
+  RunStep(parts_.reporting, kCategory, [&] { MoveBack(p, FolderOf(p) + "/" + link, link); });
+}
+
+void PendingFiles::MoveBack(Priority p, const std::string& path, const std::string& wantedName) {
+  const auto name = FirstFreeName(
+      wantedName, [&](const std::string& n) { return parts_.files.Exists(InHoldingFolder(p, n)); });
+  if (hasLinks_) parts_.files.Link(path, BackFolderOf(p) + "/" + name);
+  parts_.files.Rename(path, InHoldingFolder(p, name));
+  back_[p].insert(name);
+}
+
+void PendingFiles::Return(Priority p, const std::string& name) {
+  if (IsChecked(parts_.setup.chkOverWrite[p])) {
+    for (const auto& other : std::set(back_[p])) {
+      if (StripExtension(other) == StripExtension(name)) DiscardReturned(p, other);
+    }
+  }
+  MoveBack(p, parts_.values.TransmitFolder() + "/" + name, name);
+  Retire(p, name);
+}
+
+void PendingFiles::DiscardReturned(Priority p, const std::string& name) {
   RunStep(parts_.reporting, kCategory, [&] {
-    const auto folder = parts_.values.HoldingFolder(p.number());
-    const auto name = FirstFreeName(
-        link, [&](const std::string& n) { return parts_.files.Exists(folder + "/" + n); });
-    parts_.files.Rename(FolderOf(p) + "/" + link, folder + "/" + name);
-    if (MatchPattern(ToUpper(name), "*.ZIP*")) archives_.insert(folder + "/" + name);
+    parts_.files.Delete(InHoldingFolder(p, name));
+    Taken(p, name);
   });
+}
+
+void PendingFiles::Taken(Priority p, const std::string& name) {
+  if (back_[p].erase(name) == 0 || !hasLinks_) return;
+  RunStep(parts_.reporting, kCategory, [&] { parts_.files.Delete(BackFolderOf(p) + "/" + name); });
 }
 
 void PendingFiles::ClearTransmitFolder() {
@@ -133,6 +169,14 @@ void PendingFiles::Remove(Priority p, const std::string& link) {
 
 std::string PendingFiles::FolderOf(Priority p) const {
   return fmt::format("{}/{}", Root(), p.number());
+}
+
+std::string PendingFiles::BackFolderOf(Priority p) const {
+  return fmt::format("{}/back/{}", Root(), p.number());
+}
+
+std::string PendingFiles::InHoldingFolder(Priority p, const std::string& name) const {
+  return JoinPath(parts_.values.HoldingFolder(p.number()), name);
 }
 
 }  // namespace ostrel

@@ -2,13 +2,16 @@
 // KvData/.pending/<priority>/ for every file in RtXmit that has a queue entry. It is made before
 // the file's source is deleted and dropped when the entry is retired, replaced, removed or purged.
 // So a station that was killed finds at its next start every file whose last block has not gone
-// out, and gives it back to the holding folder of its priority.
+// out, and gives it back to the holding folder of its priority. There a third name, under
+// KvData/.pending/back/<priority>/, tells it from files that are newly received, until the intake
+// has taken it.
 #pragma once
 
 #include <deque>
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "base/priority.h"
 #include "base/reporting.h"
@@ -41,18 +44,37 @@ class PendingFiles {
   void Retire(Priority p, const std::string& name);
   /// An entry that waits is replaced or removed: the newest of this name.
   void Drop(Priority p, const std::string& name);
+  /// The entry of `name` could not start: the file goes back from RtXmit to the holding folder of
+  /// `p` and through the intake again. Of a product that is overwritten it takes the place of one
+  /// that went back before. Throws Failure when it has to stay.
+  void Return(Priority p, const std::string& name);
   /// The purge deleted `name` from RtXmit.
   void Purged(const std::string& name);
 
-  /// True for a holding file that came back as an archive: it is not zipped a second time.
-  bool IsHandedBackArchive(const std::string& path) const { return archives_.contains(path); }
+  /// True for a file of the holding folder that came back from the record: it has been through the
+  /// intake before, and all that came since is newer.
+  bool IsHandedBack(Priority p, const std::string& name) const { return back_[p].contains(name); }
+  /// The intake has taken this file out of the holding folder.
+  void Taken(Priority p, const std::string& name);
 
  private:
+  /// A file that waits to come back, or came back already in an earlier start.
+  struct Recorded {
+    std::string name;
+    UtcTime time;
+    bool isBack;
+  };
+  void MakeFolders();
   void ProbeLinks();
   void HandBack(Priority p);
+  std::vector<Recorded> RecordOf(Priority p);
   void GiveBack(Priority p, const std::string& link);
+  void MoveBack(Priority p, const std::string& path, const std::string& wantedName);
+  void DiscardReturned(Priority p, const std::string& name);
   void ClearTransmitFolder();
   std::string FolderOf(Priority p) const;
+  std::string BackFolderOf(Priority p) const;
+  std::string InHoldingFolder(Priority p, const std::string& name) const;
   std::string Root() const { return parts_.values.dataRoot + "/.pending"; }
   void Remove(Priority p, const std::string& link);
 
@@ -61,7 +83,7 @@ class PendingFiles {
   /// The links of the entries of one name, oldest first: while A.TXT is on the air, its name in
   /// RtXmit is free for a newer one.
   PerPriority<std::map<std::string, std::deque<std::string>>> links_;
-  std::set<std::string> archives_;
+  PerPriority<std::set<std::string>> back_;  // names in the holding folders
 };
 
 /// The purge age: the number at the start of the field, in hours; zero or less purges nothing.

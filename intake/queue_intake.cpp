@@ -5,6 +5,7 @@
 
 #include "base/names.h"
 #include "base/text.h"
+#include "intake/match_pattern.h"
 
 namespace ostrel {
 
@@ -13,6 +14,10 @@ namespace {
 constexpr const char* kProcedure = "CheckForNewPriFiles";
 constexpr int kMostRetries = 20;
 constexpr milliseconds kRetryWait{100};
+
+bool IsArchive(const std::string& name) {
+  return MatchPattern(name, "*.ZIP*");
+}
 
 }  // namespace
 
@@ -44,20 +49,51 @@ void QueueIntake::TakeOne(Priority p) {
   std::optional<std::string> file;
   RunRetried("", [&] { file = parts_.files.FirstFile(folder); });
   if (!file) return;
+  if (IsChecked(parts_.setup.chkOverWrite[p])) TryStep([&] { file = OldestOfProduct(p, *file); });
 
   const auto source = JoinPath(folder, *file);
-  bool alreadyQueued = false;
-  RunRetried(*file, [&] { alreadyQueued = placed_.Contains(source); });
-  if (!alreadyQueued) {
-    const auto name = ToUpper(*file);
-    const auto position = PositionToReplace(p, name);
-    if (position) DiscardReplaced(p, *position, name);
-    std::optional<std::string> placedAs;
-    RunRetried(*file, [&] { placedAs = Place(p, source, name); });
-    if (!placedAs) return;  // the file stays in its holding folder for the next call
-    Enter(p, position, *placedAs);
+  bool isDone = false;
+  RunRetried(*file, [&] { isDone = placed_.Contains(source) || IsSuperseded(p, *file); });
+  if (!isDone && !Queue(p, source)) return;  // it stays in its holding folder for the next call
+  if (RunRetried(*file, [&] { placed_.Delete(source); })) parts_.pending.Taken(p, *file);
+}
+
+bool QueueIntake::Queue(Priority p, const std::string& source) {
+  const std::string file(FileNameOf(source));
+  const auto name = ToUpper(file);
+  const auto position = PositionToReplace(p, name);
+  if (position) DiscardReplaced(p, *position, name);
+  std::optional<std::string> placedAs;
+  RunRetried(file, [&] { placedAs = Place(p, source, name); });
+  if (placedAs) Enter(p, position, *placedAs);
+  return placedAs.has_value();
+}
+
+/// The folder's order is none of age, and the last one taken is the one that stays.
+std::string QueueIntake::OldestOfProduct(Priority p, const std::string& file) const {
+  const auto folder = parts_.values.HoldingFolder(p.number());
+  const auto product = ToUpper(StripExtension(file));
+  const auto age = [&](const std::string& name) {
+    return std::pair(!parts_.pending.IsHandedBack(p, name),
+                     parts_.files.LastWriteTime(JoinPath(folder, name)));
+  };
+  auto oldest = std::pair(age(file), file);
+  for (const auto& other : parts_.files.ListFiles(folder)) {
+    if (ToUpper(StripExtension(other)) == product)
+      oldest = std::min(oldest, std::pair(age(other), other));
   }
-  RunRetried(*file, [&] { placed_.Delete(source); });
+  return oldest.second;
+}
+
+/// A file that came back can do so behind a newer one.
+bool QueueIntake::IsSuperseded(Priority p, const std::string& file) const {
+  if (!IsChecked(parts_.setup.chkOverWrite[p]) || !parts_.pending.IsHandedBack(p, file))
+    return false;
+  const auto& queue = parts_.mainWindow.PriorityList[p];
+  const auto name = ToUpper(file);
+  return std::any_of(queue.begin(), queue.end(), [&](const std::string& queued) {
+    return StripExtension(queued) == StripExtension(name);
+  });
 }
 
 std::optional<std::size_t> QueueIntake::PositionToReplace(Priority p,
@@ -80,7 +116,10 @@ void QueueIntake::DiscardReplaced(Priority p, std::size_t position, const std::s
 
 std::optional<std::string> QueueIntake::Place(Priority p, const std::string& source,
                                               const std::string& name) {
-  if (IsChecked(parts_.setup.chkSendComp[p]) && !parts_.pending.IsHandedBackArchive(source))
+  // An archive that came back is not zipped a second time.
+  const bool isBackAsArchive =
+      parts_.pending.IsHandedBack(p, std::string(FileNameOf(source))) && IsArchive(name);
+  if (IsChecked(parts_.setup.chkSendComp[p]) && !isBackAsArchive)
     return parts_.compression.CompressFile(source, name);
   auto freeName = FirstFreeName(name, [this](const std::string& candidate) {
     return parts_.files.Exists(InTransmitFolder(candidate));

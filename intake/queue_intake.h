@@ -37,6 +37,9 @@ class QueueIntake {
 
  private:
   void TakeOne(Priority p);
+  bool Queue(Priority p, const std::string& source);
+  std::string OldestOfProduct(Priority p, const std::string& file) const;
+  bool IsSuperseded(Priority p, const std::string& file) const;
   std::optional<std::size_t> PositionToReplace(Priority p, const std::string& name) const;
   void DiscardReplaced(Priority p, std::size_t position, const std::string& name);
   std::optional<std::string> Place(Priority p, const std::string& source, const std::string& name);
