@@ -43,7 +43,9 @@ class Archives {
 
   /// Unpacks every member into `folder` under its bare upper-case name (both kinds of slash cut),
   /// at a free name, each whole or not at all. Folders, links, encrypted members and names that
-  /// would be hidden are passed over. Never throws Failure.
+  /// would be hidden are passed over. Throws Failure when the archive cannot be read or a member
+  /// cannot be written for a reason that lies in this machine (disk full, read-only): then nothing
+  /// of the archive is left in the folder, and it can be unpacked again later.
   virtual ExtractResult Extract(const std::string& archive, const std::string& folder,
                                 const ExtractLimits& limits) = 0;
   /// Begins an archive at `path`.

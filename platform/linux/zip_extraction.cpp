@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <fmt/format.h>
 #include <memory>
 #include <sys/stat.h>
 
 #include "base/failure.h"
 #include "base/names.h"
+#include "base/reporting.h"
 #include "base/text.h"
 
 namespace ostrel {
@@ -49,11 +51,34 @@ std::string OpenError(int code) {
   return text;
 }
 
+/// Errors that say nothing about the archive: tried again, it may well open.
+bool LiesInTheMachine(int code) {
+  return code == ZIP_ER_OPEN || code == ZIP_ER_READ || code == ZIP_ER_MEMORY;
+}
+
+/// A name that no folder of this file system can hold; another try would end the same.
+bool NameIsImpossible(const Failure& failure) {
+  return failure.number() == ENAMETOOLONG || failure.number() == EILSEQ ||
+         failure.number() == EINVAL;
+}
+
 }  // namespace
 
 ExtractResult ZipExtraction::Run(const std::string& archive) {
+  try {
+    return Unpack(archive);
+  } catch (...) {
+    TakeBack();
+    throw;
+  }
+}
+
+ExtractResult ZipExtraction::Unpack(const std::string& archive) {
   int error = 0;
   const std::unique_ptr<zip_t, Discard> opened(zip_open(archive.c_str(), ZIP_RDONLY, &error));
+  if (!opened && LiesInTheMachine(error)) {
+    throw Failure(failure_number::kDeviceError, "Archive: " + OpenError(error));
+  }
   if (!opened) return {.opened = false, .extracted = 0, .remark = OpenError(error)};
   const zip_int64_t count = zip_get_num_entries(opened.get(), 0);
   for (zip_int64_t index = 0; index < count; ++index) {
@@ -63,7 +88,7 @@ ExtractResult ZipExtraction::Run(const std::string& archive) {
       break;
     }
   }
-  return {.opened = true, .extracted = extracted_, .remark = Remark()};
+  return {.opened = true, .extracted = static_cast<int>(written_.size()), .remark = Remark()};
 }
 
 ZipExtraction::Progress ZipExtraction::TakeMember(zip_t* archive, zip_uint64_t index) {
@@ -103,15 +128,21 @@ ZipExtraction::Progress ZipExtraction::TakeContent(zip_t* archive, const zip_sta
 }
 
 ZipExtraction::Progress ZipExtraction::Store(const std::string& name, const std::string& content) {
+  const auto taken = [this](const std::string& n) { return files_.Exists(JoinPath(folder_, n)); };
+  const auto path = JoinPath(folder_, FirstFreeName(name, taken));
   try {
-    const auto taken = [this](const std::string& n) { return files_.Exists(JoinPath(folder_, n)); };
-    files_.WriteAll(JoinPath(folder_, FirstFreeName(name, taken)), content);
+    files_.WriteAll(path, content);
   } catch (const Failure& failure) {
-    if (failure.number() == failure_number::kDiskFull) return Stop("for want of disk space");
+    if (!NameIsImpossible(failure)) throw;
     return LeaveOut("not written");
   }
-  ++extracted_;
+  written_.push_back(path);
   return Progress::kContinue;
+}
+
+/// What cannot be taken back either comes out twice, which is better than not at all.
+void ZipExtraction::TakeBack() {
+  for (const auto& path : written_) TryStep([&] { files_.Delete(path); });
 }
 
 bool ZipExtraction::IsOverLimit(std::size_t size, const zip_stat_t& member) {

@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 #include <zip.h>
 
 #include "platform/archives.h"
@@ -23,9 +24,11 @@ class ZipExtraction {
  private:
   enum class Progress { kContinue, kStop };
 
+  ExtractResult Unpack(const std::string& archive);
   Progress TakeMember(zip_t* archive, zip_uint64_t index);
   Progress TakeContent(zip_t* archive, const zip_stat_t& member, const std::string& name);
   Progress Store(const std::string& name, const std::string& content);
+  void TakeBack();
   bool IsOverLimit(std::size_t size, const zip_stat_t& member);
   Progress LeaveOut(const std::string& why);
   Progress Stop(const std::string& why);
@@ -34,7 +37,7 @@ class ZipExtraction {
   Files& files_;
   std::string folder_;
   ExtractLimits limits_;
-  int extracted_ = 0;
+  std::vector<std::string> written_;
   std::int64_t bytes_ = 0;
   std::map<std::string, int> timesSeen_;  // how often each bare name has come
   std::map<std::string, int> leftOut_;    // how many for each reason

@@ -141,17 +141,26 @@ TEST_F(ZipArchivesTest, StopsAtItsLimits) {
   EXPECT_EQ(Extract().remark, "3 left out (one name too often)");
 }
 
-TEST_F(ZipArchivesTest, StopsWhenTheDiskIsFull) {
-  struct FullDisk : ForwardingFiles {
+TEST_F(ZipArchivesTest, LeavesNothingWhenAMemberCannotBeWrittenOrTheArchiveNotBeRead) {
+  struct SmallDisk : ForwardingFiles {
     using ForwardingFiles::ForwardingFiles;
-    void WriteAll(const std::string& path, std::string_view) override {
-      throw Failure(failure_number::kDiskFull, path);
+    void WriteAll(const std::string& path, std::string_view content) override {
+      if (written++ == 2) throw Failure(failure_number::kDiskFull, path);
+      real_.WriteAll(path, content);
     }
-  } full(files_);
-  Make({{"a"}, {"b"}});
-  const auto result = ZipArchives(full).Extract(Path("in.zip"), folder_.path(), {});
-  EXPECT_EQ(result.remark, "stopped for want of disk space");
-  EXPECT_EQ(result.extracted, 0);
+    int written = 0;
+  } small(files_);
+  Make({{"a"}, {"b"}, {"c"}});
+  files_.CreateFolder(Path("out"));
+  ZipArchives archives(small);
+  EXPECT_EQ(FailureOf([&] { archives.Extract(Path("in.zip"), Path("out"), {}); }),
+            failure_number::kDiskFull);
+  EXPECT_EQ(Extracted(), Names{});
+  archives.Extract(Path("in.zip"), Path("out"), {});
+  EXPECT_EQ(Extracted(), (Names{"A", "B", "C"}));
+  files_.CreateFolder(Path("folder.zip"));
+  EXPECT_EQ(FailureOf([&] { archives.Extract(Path("folder.zip"), Path("out"), {}); }),
+            failure_number::kDeviceError);
 }
 
 TEST_F(ZipArchivesTest, LeavesDamagedMembersOut) {
