@@ -7,6 +7,9 @@
 // Events: "open" (the system raises both lines), "set" (a line changed), "gone" (closed, or the
 // process ended: both dropped). A killed process writes no "gone"; its lines fall all the same when
 // "hupcl" stands in its "open" or "set" lines.
+//
+// CLOCK_AHEAD, if set, is by how many seconds the program's wall clock goes ahead of the real one,
+// so that nobody needs to wait for the turn of a minute.
 #include <cerrno>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -51,9 +54,14 @@ int RealIoctl(int descriptor, unsigned long request, void* argument) {
   return call(descriptor, request, argument);
 }
 
+int RealTime(clockid_t clock, timespec* time) {
+  static const auto call = Real<int (*)(clockid_t, timespec*)>("clock_gettime");
+  return call(clock, time);
+}
+
 long long Microseconds(clockid_t clock) {
   timespec now = {};
-  clock_gettime(clock, &now);
+  RealTime(clock, &now);
   return now.tv_sec * 1'000'000LL + now.tv_nsec / 1000;
 }
 
@@ -166,6 +174,13 @@ int openat64(int folder, const char* path, int flags, ...) {
 int close(int descriptor) {
   Closed(descriptor);  // first, for its number may be another file's at once
   return Real<int (*)(int)>("close")(descriptor);
+}
+
+int clock_gettime(clockid_t clock, timespec* time) noexcept {
+  const int result = RealTime(clock, time);
+  const char* const ahead = getenv("CLOCK_AHEAD");
+  if (result == 0 && clock == CLOCK_REALTIME && ahead != nullptr) time->tv_sec += atoi(ahead);
+  return result;
 }
 
 int ioctl(int descriptor, unsigned long request, ...) noexcept {

@@ -1,0 +1,135 @@
+// Kills the real program at random instants, again and again, while products arrive, and looks
+// whether every one of them was received whole.
+//
+//   crash_test [KILLS [SEED]]
+#include <cstdio>
+#include <fmt/format.h>
+#include <random>
+#include <signal.h>
+#include <sys/wait.h>
+
+#include "config/settings_table.h"
+#include "platform/linux/sqlite_settings_store.h"
+#include "tests/endurance/delivery.h"
+#include "tests/endurance/real_station.h"
+#include "tests/support/virtual_station.h"
+
+namespace ostrel {
+namespace {
+
+class CrashTest {
+ public:
+  CrashTest(int kills, unsigned seed);
+  /// Returns true when nothing was lost.
+  bool Run();
+
+ private:
+  void LiveAndDie();
+  void DropSome();
+  void Listen() { delivery_.Hear(line_.Read(false)); }
+  bool ComesOutInTheEnd();
+  bool DatabaseOpens();
+  int Between(int low, int high) { return std::uniform_int_distribution<>(low, high)(random_); }
+
+  int kills_;
+  std::mt19937 random_;
+  PseudoTerminal line_;
+  RealStation station_{{{"UnZipFiles", "1"},
+                        {"CompressPri2", "1"},
+                        {"OverWrite4", "1"},
+                        {"CompressNbrFiles", "1"},
+                        {"CompressBlockPri", "7"}}};
+  Delivery delivery_;
+  int dropped_ = 0;
+};
+
+CrashTest::CrashTest(int kills, unsigned seed) : kills_(kills), random_(seed) {
+  station_.LinkLine(line_);
+  station_.Rule(0, "TOR*");
+  station_.Rule(2, "SND*");
+  station_.Rule(4, "OVR*");
+  station_.Rule(10, "BLK*");
+  station_.Rule(12, "TORC* | C=2");
+}
+
+/// One file of a random kind: plain, with copies, compressed, overwritten by newer ones, for the
+/// next block, or an archive of two.
+void CrashTest::DropSome() {
+  const int number = ++dropped_;
+  const auto content = SampleText(static_cast<std::size_t>(Between(100, 2500)), number);
+  static constexpr const char* kKinds[] = {"TOR", "TORC", "SND", "OVR", "BLK", "PACK"};
+  const std::string kind = kKinds[Between(0, 5)];
+  if (kind == "OVR") {
+    const auto name = fmt::format("OVR{}.TXT", number % 3);
+    delivery_.Expect(content, name);
+    return station_.Drop(name, content);
+  }
+  delivery_.Expect(content);
+  const auto name = fmt::format("{}{}.TXT", kind, number);
+  if (kind != "PACK") return station_.Drop(name, content);
+  const auto other = SampleText(300, 1'000'000 + number);
+  delivery_.Expect(other);
+  station_.Drop(fmt::format("PACK{}.ZIS", number),
+                MakeArchive({{fmt::format("TORA{}.TXT", number), content},
+                             {fmt::format("SNDB{}.TXT", number), other}}));
+}
+
+void CrashTest::LiveAndDie() {
+  constexpr int kShortest = 20, kLongest = 2000;  // ms
+  station_.Start();
+  for (int left = Between(kShortest, kLongest); left > 0;) {
+    const int nap = std::min(left, Between(1, 500));
+    poll(nullptr, 0, nap);
+    Listen();
+    left -= nap;
+    if (Between(0, 1) == 0) DropSome();
+  }
+  station_.Signal(SIGKILL);
+  station_.WaitForEnd(10s);
+  Listen();
+}
+
+bool CrashTest::ComesOutInTheEnd() {
+  station_.Start();
+  const bool allOut = WaitUntil(60s + kills_ * 4s, [this] {
+    Listen();
+    return delivery_.IsComplete() && LeftBehind(station_.Path("KvData")).empty();
+  });
+  station_.Signal(SIGTERM);
+  const auto status = station_.WaitForEnd(20s);
+  const bool endedWell = status && WIFEXITED(*status) && WEXITSTATUS(*status) == 0;
+  if (!endedWell) fmt::print("the last run did not end in order\n");
+  return allOut && endedWell;
+}
+
+bool CrashTest::DatabaseOpens() {
+  const auto store = SqliteSettingsStores(station_.Path("KvRegistry.db")).Open();
+  store->SetRootKey(kHkeyLocalMachine);
+  return store->ReadSetting(KeyPath(Section::kSettings), "ComBaud", "") == "115200" &&
+         store->WriteSetting(KeyPath(Section::kSettings), "ComBaud", "9600");
+}
+
+bool CrashTest::Run() {
+  for (int i = 0; i < kills_; ++i) LiveAndDie();
+  const bool cameOut = ComesOutInTheEnd();
+  const auto left = LeftBehind(station_.Path("KvData"));
+  const bool opens = DatabaseOpens();
+  fmt::print(
+      "{} kills, {} files dropped, {} products received; missing: {}; foreign: {}; left "
+      "behind: {}; database: {}\n",
+      kills_, dropped_, delivery_.received(), delivery_.IsComplete() ? "none" : delivery_.Missing(),
+      fmt::join(delivery_.foreign(), " "), fmt::join(left, " "), opens ? "opens" : "DAMAGED");
+  return cameOut && delivery_.foreign().empty() && opens;
+}
+
+}  // namespace
+}  // namespace ostrel
+
+int main(int count, char** arguments) {
+  const int kills = count > 1 ? std::stoi(arguments[1]) : 300;
+  const unsigned seed =
+      count > 2 ? static_cast<unsigned>(std::stoul(arguments[2])) : std::random_device()();
+  fmt::print("seed {}\n", seed);
+  std::fflush(stdout);
+  return ostrel::CrashTest(kills, seed).Run() ? 0 : 1;
+}
