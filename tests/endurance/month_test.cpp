@@ -20,6 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr UtcTime kFirstMidnight = std::chrono::floor<std::chrono::days>(kNoon);
 constexpr long kMostGrowth = 4 * 1024;  // KiB
 constexpr int kMostFiles = 3500;        // six hours of a full line, and then some
 constexpr int kSlack = 2;               // files that start while a day ends
@@ -46,6 +47,8 @@ class Month {
  private:
   void Lay();
   void LiveHour(int hour);
+  /// A pause or an identification may go on beyond the end.
+  void RunTo(UtcTime end) { station_.Run(end - station_.machine.clock.UtcNow()); }
   void Arrive(milliseconds within);
   void Hear(std::string_view bytes);
   void Take(const ReceivedProduct& product);
@@ -57,7 +60,7 @@ class Month {
   int Between(int low, int high) { return std::uniform_int_distribution<>(low, high)(random_); }
 
   int days_;
-  VirtualStation station_{std::chrono::floor<std::chrono::days>(kNoon)};
+  VirtualStation station_{kFirstMidnight};
   std::mt19937 random_{11};
   StreamDecoder decoder_;
   ProductAssembler assembler_;
@@ -111,9 +114,10 @@ void Month::LiveHour(int hour) {
   for (int i = 0; i < kOrdinary; ++i) Arrive(milliseconds(Between(0, kHour - 1)));
   for (int i = 0; hour % 12 == 7 && i < kStorm; ++i) Arrive(milliseconds(Between(0, kStormLasts)));
   constexpr seconds kLastSeconds{10};
-  station_.Run(std::chrono::hours(1) - kLastSeconds);
+  const auto end = kFirstMidnight + std::chrono::hours(hour + 1);
+  RunTo(end - kLastSeconds);
   if (hour % 24 == 23) CompareDay(hour / 24);
-  station_.Run(kLastSeconds);
+  RunTo(end);
   station_.machine.line.keying.clear();
   station_.machine.dialogs.errors.clear();
 }

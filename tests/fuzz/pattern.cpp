@@ -1,0 +1,66 @@
+// The pattern matcher against a slow one that follows the words of its definition.
+#include "intake/match_pattern.h"
+#include "tests/fuzz/fuzz_support.h"
+
+namespace ostrel {
+namespace {
+
+bool IsIn(unsigned char c, std::string_view list, bool& isMalformed) {
+  bool found = false;
+  while (!list.empty()) {
+    const auto low = static_cast<unsigned char>(list[0]);
+    if (list.size() >= 3 && list[1] == '-') {
+      const auto high = static_cast<unsigned char>(list[2]);
+      isMalformed = isMalformed || low > high;
+      found = found || (c >= low && c <= high);
+      list.remove_prefix(3);
+    } else {
+      found = found || c == low;
+      list.remove_prefix(1);
+    }
+  }
+  return found;
+}
+
+bool MatchSlowly(std::string_view text, std::string_view pattern) {
+  if (pattern.empty()) return text.empty();
+  const char head = pattern[0];
+  if (head == '*') {
+    return MatchSlowly(text, pattern.substr(1)) ||
+           (!text.empty() && MatchSlowly(text.substr(1), pattern));
+  }
+  if (text.empty()) return false;
+  std::size_t taken = 1;
+  bool fits = head == '?' || text[0] == head;
+  if (head == '#') fits = text[0] >= '0' && text[0] <= '9';
+  if (head == '[') {
+    const auto end = pattern.find(']');
+    if (end == std::string_view::npos) return false;
+    auto list = pattern.substr(1, end - 1);
+    const bool isNegated = !list.empty() && list[0] == '!';
+    if (isNegated) list.remove_prefix(1);
+    bool isMalformed = false;
+    const bool isFirstHyphen = !list.empty() && list[0] == '-';
+    if (isFirstHyphen) list.remove_prefix(1);
+    const bool isMember = IsIn(static_cast<unsigned char>(text[0]), list, isMalformed) ||
+                          (isFirstHyphen && text[0] == '-');
+    if (isMalformed) return false;
+    fits = isMember != isNegated;
+    taken = end + 1;
+  }
+  return fits && MatchSlowly(text.substr(1), pattern.substr(taken));
+}
+
+}  // namespace
+}  // namespace ostrel
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace ostrel;
+  auto input = AsText(data, size);
+  const auto text = TakePart(input);
+  const bool matches = MatchPattern(text, input);
+  constexpr std::size_t kShort = 10;  // the slow one takes exponential time
+  if (text.size() <= kShort && input.size() <= 2 * kShort)
+    Demand(matches == MatchSlowly(text, input), "fast and slow matcher agree");
+  return 0;
+}
