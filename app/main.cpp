@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdlib>
 #include <filesystem>
+#include <sys/stat.h>
 
 #include "app/station.h"
 #include "base/names.h"
@@ -81,6 +82,8 @@ struct Machine {
 }  // namespace
 
 int main(int /*count*/, char* arguments[]) {
+  // The accounts of the station's group take turns: what one writes, the next goes on writing.
+  umask(S_IWOTH);
   ToolkitArguments toolkit(arguments[0]);
   QApplication application(toolkit.count, toolkit.values.data());
   QApplication::setQuitOnLastWindowClosed(false);

@@ -1,8 +1,10 @@
 #include "platform/linux/sqlite_settings_store.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
 
 #include "base/failure.h"
+#include "platform/linux/descriptor.h"
 
 namespace ostrel {
 namespace {
@@ -84,6 +86,8 @@ std::string Cut(std::string value, int longest) {
 class SqliteSettingsStore : public SettingsStore {
  public:
   explicit SqliteSettingsStore(const std::string& path) {
+    // The library would close the file of a new store to the station's group.
+    Descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
     sqlite3* opened = nullptr;
     const int result = sqlite3_open(path.c_str(), &opened);
     database_.reset(opened);

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fmt/format.h>
+#include <sys/stat.h>
 
 #include "base/failure.h"
 #include "tools/settings/commands.h"
@@ -60,6 +61,8 @@ int main(int argc, char** argv) {
       ->required();
 
   CLI11_PARSE(app, argc, argv);
+  umask(
+      S_IWOTH);  // what is written here stays open to the station's group, as the station's own is
   try {
     ostrel::StationFolder station(std::filesystem::weakly_canonical(folder).string());
     command(station);
