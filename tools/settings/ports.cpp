@@ -1,7 +1,10 @@
 #include <algorithm>
 #include <filesystem>
 #include <fmt/format.h>
+#include <fstream>
 #include <set>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -54,6 +57,27 @@ std::string PortsOf(const StationFolder& station, const fs::path& device) {
   return ports;
 }
 
+/// True for a device that a driver of terminals serves, which a transmitter can hang on. It is not
+/// opened to find out: that would raise its lines and key the transmitter. Where the system does
+/// not tell its drivers, every device will do.
+bool IsTerminal(const std::string& device) {
+  struct stat status {};
+  if (stat(device.c_str(), &status) != 0 || !S_ISCHR(status.st_mode)) return false;
+  std::ifstream drivers("/proc/tty/drivers");
+  if (!drivers) return true;
+  std::string name, path, minors, type;
+  for (unsigned int major; drivers >> name >> path >> major >> minors >> type;) {
+    if (major != gnu_dev_major(status.st_rdev) || (type != "serial" && type != "pty:slave"))
+      continue;
+    const auto dash = minors.find('-');
+    const auto first = std::stoul(minors);
+    const auto last = dash == std::string::npos ? first : std::stoul(minors.substr(dash + 1));
+    const auto minor = gnu_dev_minor(status.st_rdev);
+    if (minor >= first && minor <= last) return true;
+  }
+  return false;
+}
+
 int PortNumber(const std::string& port) {
   const auto name = ToUpper(port);
   for (int number = 1; number <= kPortCount; ++number) {
@@ -84,7 +108,7 @@ void ListPorts(StationFolder& station) {
 void ConnectPort(StationFolder& station, const std::string& port, const std::string& device) {
   const int number = PortNumber(port);
   std::error_code none;
-  if (!fs::is_character_file(device, none))
+  if (!IsTerminal(device))
     throw Failure(failure_number::kDeviceUnavailable,
                   fmt::format("{} is no serial device. \"ports\" shows what is there.", device));
   const auto link = LinkOf(station, number);
