@@ -12,6 +12,7 @@ namespace ostrel::ui {
 namespace {
 
 constexpr int kIconSide = 64;
+constexpr int kGap = 4;
 
 QLabel* AddLine(QGridLayout* grid, int row, const char* name, const QString& text) {
   auto* const label = new QLabel(text, grid->parentWidget());
@@ -49,7 +50,8 @@ AboutBox::AboutBox(QWidget* parent) : QDialog(parent) {
   ok->setObjectName("cmdOK");
   ok->setDefault(true);
   connect(ok, &QPushButton::clicked, this, &QWidget::close);
-  grid->addWidget(ok, 3, 1, Qt::AlignRight);
+  grid->setRowMinimumHeight(3, kGap);
+  grid->addWidget(ok, 4, 1, Qt::AlignRight);
 }
 
 }  // namespace ostrel::ui

@@ -1,11 +1,27 @@
 #include "ui/list_view.h"
 
 #include <QKeyEvent>
+#include <QStyledItemDelegate>
 #include <algorithm>
 
 #include "ui/list_model.h"
 
 namespace ostrel::ui {
+namespace {
+
+class RowsOfHeight : public QStyledItemDelegate {
+ public:
+  RowsOfHeight(int height, QObject* parent) : QStyledItemDelegate(parent), height_(height) {}
+
+  QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+    return {QStyledItemDelegate::sizeHint(option, index).width(), height_};
+  }
+
+ private:
+  int height_;
+};
+
+}  // namespace
 
 ListView::ListView(ListField& list, const QString& name, const QString& description,
                    QWidget* parent)
@@ -16,6 +32,10 @@ ListView::ListView(ListField& list, const QString& name, const QString& descript
   setSelectionMode(ExtendedSelection);
   setEditTriggers(NoEditTriggers);
   setUniformItemSizes(true);
+}
+
+void ListView::ShowWholeRows(int rows) {
+  setItemDelegate(new RowsOfHeight((height() - 2 * frameWidth()) / rows, this));
 }
 
 std::vector<std::size_t> ListView::Selected() const {

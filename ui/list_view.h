@@ -14,6 +14,9 @@ class ListView : public QListView {
   /// `name` is the object's name, `description` what a screen reader calls the list.
   ListView(ListField& list, const QString& name, const QString& description, QWidget* parent);
 
+  /// Gives the rows the height at which `rows` of them fill the view: none is cut in half.
+  void ShowWholeRows(int rows);
+
   /// The selected positions, lowest first.
   std::vector<std::size_t> Selected() const;
 

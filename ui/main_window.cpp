@@ -23,6 +23,7 @@ constexpr int kTextHeight = 195;
 constexpr int kBoxHeight = 255;
 constexpr int kColumnWidth = 3795;
 constexpr int kListHeight = 690;
+constexpr int kRowsShown = 3;
 constexpr int kColumnLeft[] = {60, 3900};
 constexpr int kListTop[] = {870, 1875, 2880, 3915, 4965};
 // Far below anything a screen shows, however large the window is pulled.
@@ -200,6 +201,7 @@ void MainWindow::BuildQueue(Priority p) {
                                   QString("Queue of priority %1").arg(p.number()), client_);
   list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   list->setGeometry(FromTwips(left, top, kColumnWidth, kListHeight));
+  list->ShowWholeRows(kRowsShown);
   caption->setBuddy(list);
   connect(list, &ListView::DeletePressed, this, [this, list, p] {
     operators_.RemoveQueued(p, list->Selected());

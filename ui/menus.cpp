@@ -14,6 +14,7 @@ void AddMenu(QMenuBar* bar, const char* caption, const char* name,
 }
 
 void BringForward(QWidget* window) {
+  window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
   window->show();
   window->raise();
   window->activateWindow();

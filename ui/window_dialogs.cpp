@@ -1,8 +1,11 @@
 #include "ui/window_dialogs.h"
 
 #include <QApplication>
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QScreen>
+#include <QSpacerItem>
+#include <fmt/format.h>
 
 #include "ui/bindings.h"
 #include "ui/main_window.h"
@@ -12,6 +15,8 @@
 
 namespace ostrel::ui {
 namespace {
+
+constexpr int kFrameButtonsWidth = 120;
 
 QMessageBox::Icon IconOf(MessageIcon icon) {
   switch (icon) {
@@ -32,6 +37,23 @@ float ToTwips(int pixels) {
 }
 int ToPixels(float twips) {
   return qRound(twips / kTwipsPerPixel);
+}
+
+/// A station without a display has nobody to read the box: its one line goes where the service
+/// manager keeps what programs say.
+void SayWithoutDisplay(const QString& text) {
+  if (QGuiApplication::platformName() != QLatin1String("offscreen")) return;
+  fmt::print(stderr, "ostrel: {}\n", text.simplified().toStdString());
+}
+
+/// Widens the box until its title stands in the frame uncut, beside the frame's own buttons.
+void MakeRoomForTitle(QMessageBox& box) {
+  QFont bold = box.font();
+  bold.setBold(true);
+  const int width = QFontMetrics(bold).horizontalAdvance(box.windowTitle()) + kFrameButtonsWidth;
+  auto* const grid = qobject_cast<QGridLayout*>(box.layout());
+  if (grid == nullptr) return;
+  grid->addItem(new QSpacerItem(width, 0), grid->rowCount(), 0, 1, grid->columnCount());
 }
 
 Qt::WindowStates StateOf(WindowState state) {
@@ -63,6 +85,7 @@ void WindowDialogs::EndMessages() {
 MessageAnswer WindowDialogs::ShowMessage(const Message& message) {
   const bool asks = message.buttons == MessageButtons::kYesNo;
   const MessageAnswer unanswered = asks ? MessageAnswer::kNo : MessageAnswer::kOk;
+  SayWithoutDisplay(ToQt(message.text));
   if (ending_) return unanswered;
   QWidget* const owner = setup_->isVisible()        ? static_cast<QWidget*>(setup_)
                          : mainWindow_->isVisible() ? mainWindow_
@@ -70,6 +93,7 @@ MessageAnswer WindowDialogs::ShowMessage(const Message& message) {
   QMessageBox box(IconOf(message.icon), ToQt(message.title), ToQt(message.text).remove('\r'),
                   asks ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok, owner);
   box.setTextFormat(Qt::PlainText);
+  MakeRoomForTitle(box);
   return box.exec() == QMessageBox::Yes ? MessageAnswer::kYes : unanswered;
 }
 
