@@ -51,7 +51,7 @@ void IngestScan::TakeFile(const std::string& listedName) {
 
 void IngestScan::Unpack(const std::string& path) {
   const auto result = parts_.archives.Extract(path, parts_.values.ingestPath, ExtractLimits{});
-  if (!result.remark.empty())
+  if (result.opened && !result.remark.empty())
     parts_.reporting.WriteLog("UnZip", fmt::format("{}: {}", FileNameOf(path), result.remark));
   placed_.Delete(path);
 }
