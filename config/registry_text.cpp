@@ -1,7 +1,10 @@
 #include "config/registry_text.h"
 
 #include <algorithm>
+#include <charconv>
 #include <fmt/format.h>
+#include <optional>
+#include <set>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -44,6 +47,22 @@ bool HasDriveLetter(std::string_view text) {
          (text[2] == '\\' || text[2] == '/');
 }
 
+/// The bytes of "01,02,fe"; nothing for any other text.
+std::optional<std::string> BytesOf(std::string_view digits) {
+  std::string bytes;
+  while (!digits.empty()) {
+    unsigned int byte = 0;
+    const auto* const end = digits.data() + std::min<std::size_t>(2, digits.size());
+    if (std::from_chars(digits.data(), end, byte, 16).ptr != digits.data() + 2) return std::nullopt;
+    bytes += static_cast<char>(byte);
+    digits.remove_prefix(2);
+    if (digits.empty()) break;
+    if (digits.front() != ',' || digits.size() == 1) return std::nullopt;
+    digits.remove_prefix(1);
+  }
+  return bytes;
+}
+
 /// dword:0000000a, hex:01,02 or hex(7):01,02 and nothing else.
 bool IsNumberNotation(std::string_view raw) {
   const auto colon = raw.find(':');
@@ -52,8 +71,36 @@ bool IsNumberNotation(std::string_view raw) {
   if (kind == "dword")
     return digits.size() == 8 &&
            digits.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
-  return (kind == "hex" || (kind.starts_with("hex(") && kind.ends_with(')'))) &&
-         digits.find_first_not_of("0123456789abcdefABCDEF,") == std::string_view::npos;
+  return (kind == "hex" || (kind.starts_with("hex(") && kind.ends_with(')'))) && BytesOf(digits);
+}
+
+void AppendUtf8(std::string& text, std::uint32_t character) {
+  const int following = character < 0x80 ? 0 : character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+  constexpr std::uint32_t kFirst[] = {0x00, 0xC0, 0xE0, 0xF0};
+  text += static_cast<char>(kFirst[following] | character >> 6 * following);
+  for (int rest = following - 1; rest >= 0; --rest)
+    text += static_cast<char>(0x80 | (character >> 6 * rest & 0x3F));
+}
+
+/// The text that "hex(1):" spells out: UTF-16LE, with a zero at its end. Nothing when it is none.
+std::optional<std::string> SpelledOutText(std::string_view digits) {
+  const auto bytes = BytesOf(digits).value_or("");
+  std::string text;
+  std::uint32_t high = 0;
+  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+    const auto unit = static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[i]) |
+                                                 static_cast<unsigned char>(bytes[i + 1]) << 8);
+    const bool isLow = unit >= 0xDC00 && unit < 0xE000;
+    if (isLow != (high != 0)) return std::nullopt;
+    if (unit == 0) return i + 2 == bytes.size() ? std::optional(text) : std::nullopt;
+    if (unit >= 0xD800 && unit < 0xDC00) {
+      high = unit;
+      continue;
+    }
+    AppendUtf8(text, high != 0 ? 0x10000 + ((high & 0x3FF) << 10) + (unit & 0x3FF) : unit);
+    high = 0;
+  }
+  return std::nullopt;
 }
 
 /// Walks the text once, element by element.
@@ -108,8 +155,20 @@ class RegistryReader {
     } else {
       value.value = ReadRaw();
       value.isRaw = true;
+      TakeSpelledOutText(value);
     }
     Take(std::move(value));
+  }
+
+  /// Some registry editors write every text as its bytes. The older form has them in a code page
+  /// that the file does not name.
+  void TakeSpelledOutText(StoredValue& value) const {
+    constexpr std::string_view kText = "hex(1):";
+    if (!value.value.starts_with(kText) || !text_.starts_with(kRegistryHeader)) return;
+    if (auto text = SpelledOutText(std::string_view(value.value).substr(kText.size()))) {
+      value.value = std::move(*text);
+      value.isRaw = false;
+    }
   }
 
   std::string ReadName() {
@@ -196,16 +255,24 @@ class RegistryReader {
   RegistryImport import_;
 };
 
+/// Opens the key `path`, and before it those that it lies in: a reader makes none of itself.
+void AppendKey(std::string& text, const std::string& path, std::set<std::string>& written) {
+  for (auto end = path.find('\\', std::string_view(kFamilyTree).size());;
+       end = path.find('\\', end + 1)) {
+    const auto key = path.substr(0, end);
+    if (written.insert(ToUpper(key)).second)
+      text += fmt::format("{0}[{1}\\{2}]{0}", kLineEnd, kRootName, key);
+    if (end == std::string::npos) return;
+  }
+}
+
 }  // namespace
 
 std::string FormatRegistryText(const std::vector<StoredValue>& values) {
   std::string text = fmt::format("{}{}", kRegistryHeader, kLineEnd);
-  const std::string* path = nullptr;
+  std::set<std::string> written;
   for (const auto& value : values) {
-    if (!path || *path != value.keyPath) {
-      path = &value.keyPath;
-      text += fmt::format("{0}[{1}\\{2}]{0}", kLineEnd, kRootName, value.keyPath);
-    }
+    AppendKey(text, value.keyPath, written);
     text += fmt::format("{}={}{}", value.name.empty() ? "@" : Quoted(value.name),
                         value.isRaw ? value.value : Quoted(value.value), kLineEnd);
   }

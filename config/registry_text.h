@@ -15,7 +15,8 @@ namespace ostrel {
 inline constexpr std::string_view kRegistryHeader = "Windows Registry Editor Version 5.00";
 inline constexpr std::string_view kOldRegistryHeader = "REGEDIT4";
 
-/// The text of an export: the header, then each key with its values. `values` are ordered by path.
+/// The text of an export: the header, then each key, those that only hold keys too, with its
+/// values. `values` are ordered by path and lie in the family's tree.
 std::string FormatRegistryText(const std::vector<StoredValue>& values);
 
 /// What an import holds for this station.

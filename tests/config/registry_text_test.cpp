@@ -30,7 +30,11 @@ TEST(RegistryText, ComesBackAsItWasWritten) {
       {"Software\\Corvain\\Pellum\\Shared", "Number", "dword:0000000a", true},
   };
   const auto text = FormatRegistryText(values);
-  EXPECT_TRUE(text.starts_with(kHead + kOwnKey + "@=\"the key's own value\"\r\n")) << text;
+  const std::string outerKeys =
+      "[HKEY_LOCAL_MACHINE\\Software\\Corvain]\r\n\r\n"
+      "[HKEY_LOCAL_MACHINE\\Software\\Corvain\\Ostrel]\r\n\r\n";
+  EXPECT_TRUE(text.starts_with(kHead + outerKeys + kOwnKey + "@=\"the key's own value\"\r\n"))
+      << text;
   const auto import = ParseRegistryText(text);
   EXPECT_EQ(RowsOf(import.values), RowsOf(values));
   EXPECT_TRUE(import.leftOut.empty());
@@ -61,6 +65,23 @@ TEST(RegistryText, TakesTheFamilysTreeAndSaysWhatItLeavesOut) {
                 "the key HKEY_CURRENT_USER\\Software\\Corvain of another tree"}));
 }
 
+TEST(RegistryText, TakesTextThatIsSpelledOutInBytes) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"hex(1):41,00,e9,00,ac,20,3d,d8,00,de,00,00", "A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"},
+      {"hex(1):00,00", ""},
+      {"hex(1):41,00,00,00,42,00,00,00", ""},  // more than one text
+      {"hex(1):41,00", ""},                    // without its end
+      {"hex(1):3d,d8,41,00,00,00", ""},        // half a character
+      {"hex(1):00,de,00,00", ""},
+  };
+  for (const auto& [raw, text] : cases) {
+    const auto import = ParseRegistryText(kHead + kOwnKey + "\"A\"=" + raw);
+    const bool isText = !text.empty() || raw == "hex(1):00,00";
+    EXPECT_EQ(RowsOf(import.values),
+              (Rows{{kOwnPath, "A", isText ? text : raw, isText ? "" : "raw"}}));
+  }
+}
+
 TEST(RegistryText, ADamagedFileIsRefusedWholeWithItsLine) {
   const auto good = kHead + kOwnKey + "\"Good\"=\"1\"\r\n";
   const std::pair<std::string, int> cases[] = {
@@ -77,6 +98,9 @@ TEST(RegistryText, ADamagedFileIsRefusedWholeWithItsLine) {
       {good + "\"Kind\"=12\r\n", 6},
       {good + "\"Kind\"=dword:12\r\n", 6},
       {good + "\"Kind\"=hex:0g\r\n", 6},
+      {good + "\"Kind\"=hex(1):4,00,00,00\r\n", 6},
+      {good + "\"CutOff\"=hex:01,0\r\n", 6},
+      {good + "\"CutOff\"=hex:01,", 5},
       {good + "\"CutOff\"=hex:01,\\\r\n", 6},
   };
   for (const auto& [text, line] : cases) {
