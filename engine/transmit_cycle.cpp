@@ -93,9 +93,9 @@ void TransmitCycle::Pause() {
   window.lblBlkPktNum.Set("");
   window.lblBlkPktTot.Set("");
   Step([this] { parts_.port.SetKeyLine1(false); });
-  parts_.engine.TxStart = parts_.clock.Now();
+  BeginTxStart();
   WaitForPauseEnd();
-  parts_.engine.TxStart = parts_.clock.Now();
+  BeginTxStart();
   Step([this] { parts_.port.SetKeyLine1(true); });
   parts_.clock.Sleep(LeadingMilliseconds(parts_.setup.txtTxDelay.Get()));
 }
@@ -115,6 +115,12 @@ void TransmitCycle::WaitForPauseEnd() {
     parts_.events.ProcessPendingEvents();
     parts_.clock.Sleep(kPauseWait);
   }
+}
+
+/// A step that the clock made before, in the drain say, is no step of what begins now.
+void TransmitCycle::BeginTxStart() {
+  clockSteps_.TakeStep();
+  parts_.engine.TxStart = parts_.clock.Now();
 }
 
 void TransmitCycle::FollowClockStep() {

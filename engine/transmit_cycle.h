@@ -51,6 +51,7 @@ class TransmitCycle {
   void Pause();
   void WaitForDrain();
   void WaitForPauseEnd();
+  void BeginTxStart();
   void FollowClockStep();
   void ToggleActivityLight();
   void ShowRates();
