@@ -19,13 +19,17 @@ long long PacketBuilder::MakePacket(const std::string& path, long long n) {
   } catch (const std::exception& error) {
     const auto failure = AsFailure(error);
     if (failure.number() == failure_number::kFileNotFound) {
-      parts_.reporting.WriteLog(kProcedure, fmt::format("Queued file {} was deleted by purge.",
-                                                        NameField(FileNameOf(path))));
+      LogMissing(path);
     } else {
       parts_.reporting.ReportError(failure, kProcedure, " File Name: " + path);
     }
   }
   return count;
+}
+
+void PacketBuilder::LogMissing(const std::string& path) {
+  parts_.reporting.WriteLog(
+      kProcedure, fmt::format("Queued file {} was deleted by purge.", NameField(FileNameOf(path))));
 }
 
 void PacketBuilder::Build(const std::string& path, long long n, long long& count) {

@@ -33,6 +33,9 @@ class PacketBuilder {
   /// reported and costs the block.
   long long MakePacket(const std::string& path, long long n);
 
+  /// The log line of a queued file that is not where it is to be sent from.
+  void LogMissing(const std::string& path);
+
  private:
   void Build(const std::string& path, long long n, long long& count);
   void ShowProgress(const PacketHeader& header);

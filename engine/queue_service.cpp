@@ -10,7 +10,9 @@ namespace ostrel {
 
 namespace {
 constexpr std::size_t kNearlyDrained = 50;  // bytes
-}
+/// A file that is refused again and again must neither take every turn nor fill the log.
+constexpr milliseconds kReturnWait{15'000};
+}  // namespace
 
 void QueueService::CheckPriorityLists() {
   if (IsBusy()) return;
@@ -40,7 +42,9 @@ void QueueService::ReleaseFinished() {
 
 /// In the order in which they got stuck: of one product the later is the newer.
 void QueueService::ReturnStuckFiles() {
-  while (!stuck_.empty() && ReturnToHoldingFolder(stuck_.front())) stuck_.erase(stuck_.begin());
+  const auto isDue = [this](const Stuck& s) { return s.returnAt <= parts_.clock.Monotonic(); };
+  while (!stuck_.empty() && isDue(stuck_.front()) && ReturnToHoldingFolder(stuck_.front()))
+    stuck_.erase(stuck_.begin());
 }
 
 void QueueService::StartFile(Priority p) {
@@ -50,10 +54,7 @@ void QueueService::StartFile(Priority p) {
   currentFile_[p] = file;
   parts_.engine.nextBlock[p] = 1;
   isHeldBack_[p] = !MoveToSentFolder(p, file) && parts_.files.Exists(InTransmitFolder(file));
-  if (isHeldBack_[p]) {
-    stuck_.push_back({p, file});
-    ReturnStuckFiles();
-  }
+  if (isHeldBack_[p]) stuck_.push_back({p, file, parts_.clock.Monotonic() + kReturnWait});
   ++parts_.engine.FilesSent[p];
   auto& maximum = parts_.engine.MaximumCount[p];
   maximum = std::max(maximum, static_cast<int>(queue.size()));
@@ -85,8 +86,9 @@ bool QueueService::ReturnToHoldingFolder(const Stuck& stuck) {
 
 void QueueService::ServeFile(Priority p) {
   const int n = parts_.engine.nextBlock[p];
-  const long long count =
-      isHeldBack_[p] ? 0 : parts_.builder.MakePacket(InSentFolder(currentFile_[p]), n);
+  const auto path = InSentFolder(currentFile_[p]);
+  if (isHeldBack_[p]) parts_.builder.LogMissing(path);
+  const long long count = isHeldBack_[p] ? 0 : parts_.builder.MakePacket(path, n);
   parts_.engine.nextBlock[p] = n + 1;
   if (n > count) return RetireFile(p);
   for (auto& finished : finished_) finished.isFollowed = true;

@@ -40,10 +40,11 @@ class QueueService {
     std::string file;
     bool isFollowed;  // by a packet of another file
   };
-  /// A file of RtXmit that could neither be moved nor given back.
+  /// A file of RtXmit that could not be moved to the sent folder.
   struct Stuck {
     Priority p;
     std::string file;
+    milliseconds returnAt;  // monotonic
   };
 
   bool IsBusy();
