@@ -56,12 +56,16 @@ class VirtualDatagrams : public Datagrams {
   void Activate() override { isActive = true; }
   void Deactivate() override { isActive = false; }
   bool IsActive() const override { return isActive; }
-  void Send(std::string_view bytes) override { sent.emplace_back(bytes); }
+  void Send(std::string_view bytes) override {
+    if (sendFails) throw Failure(failure_number::kDeviceError, "Device I/O error");
+    sent.emplace_back(bytes);
+  }
 
   std::string address;
   std::int32_t port = 0;
   std::string configuration;
   bool isActive = false;
+  bool sendFails = false;
   std::vector<std::string> sent;
 };
 

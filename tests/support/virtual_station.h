@@ -46,6 +46,10 @@ class FaultyFiles : public ForwardingFiles {
     if (lockFault) lockFault(p);
     real_.TestExclusive(p);
   }
+  std::size_t ReadBlock(const std::string& p, std::int64_t o, std::span<char> b) override {
+    if (readFault) readFault(p, o);
+    return real_.ReadBlock(p, o, b);
+  }
   void WriteAll(const std::string& p, std::string_view c) override {
     if (writeFault) writeFault(p);
     real_.WriteAll(p, c);
@@ -59,6 +63,7 @@ class FaultyFiles : public ForwardingFiles {
   std::function<int(const std::string& source, const std::string& destination)> copyFault;
   /// Throw to fail.
   std::function<void(const std::string&path)> deleteFault, lockFault, writeFault;
+  std::function<void(const std::string& path, std::int64_t offset)> readFault;
 };
 
 class VirtualStation {
