@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <deque>
 #include <filesystem>
+#include <fmt/format.h>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <random>
@@ -179,6 +180,7 @@ void ExpectNothingLost(const Scenario& scenario, const std::string& what) {
 TEST(PowerFailure, AtAnyChangeOfTheFileSystemLosesNothingAndLeavesNothingBehind) {
   const int changes = Scenario().Live();
   ASSERT_GT(changes, 100);
+  fmt::print("{} changes of the file system\n", changes);
   for (const auto kind : {Kind::kPowerFailsAfter, Kind::kPowerFailsAmidst}) {
     for (int at = 1; at <= changes; ++at) {
       Scenario scenario;
