@@ -110,7 +110,12 @@ std::vector<std::string> Compression::AddListedFiles(ArchiveWriter& archive, std
 
 void Compression::QueueArchive(const std::string& name) {
   const Priority p(std::clamp(LeadingInteger(parts_.setup.BlockPriority.Get()), 1, kPriorityCount));
-  parts_.pending.Add(p, name);
+  try {
+    parts_.pending.Add(p, name);
+  } catch (const Failure&) {
+    TryStep([&] { parts_.files.Delete(InTransmitFolder(name)); });
+    throw;  // the files stay where they are
+  }
   parts_.mainWindow.PriorityList[p].Append(name);
 }
 

@@ -135,12 +135,20 @@ void PendingFiles::ClearTransmitFolder() {
 
 void PendingFiles::Add(Priority p, const std::string& name) {
   if (!hasLinks_) return;
-  RunStep(parts_.reporting, kCategory, [&] {
-    auto link = FirstFreeName(
-        name, [&](const std::string& n) { return parts_.files.Exists(FolderOf(p) + "/" + n); });
-    parts_.files.Link(parts_.values.TransmitFolder() + "/" + name, FolderOf(p) + "/" + link);
-    links_[p][name].push_back(std::move(link));
-  });
+  auto link = FirstFreeName(
+      name, [&](const std::string& n) { return parts_.files.Exists(FolderOf(p) + "/" + n); });
+  parts_.files.Link(parts_.values.TransmitFolder() + "/" + name, FolderOf(p) + "/" + link);
+  links_[p][name].push_back(std::move(link));
+}
+
+void PendingFiles::Replace(Priority p, const std::string& replaced, const std::string& name) {
+  const auto links = links_[p].find(replaced);
+  if (links == links_[p].end()) return Add(p, name);
+  const std::string old = links->second.back();
+  Add(p, name);
+  std::erase(links->second, old);
+  if (links->second.empty()) links_[p].erase(links);
+  Remove(p, old);
 }
 
 void PendingFiles::Retire(Priority p, const std::string& name) {

@@ -38,11 +38,14 @@ class PendingFiles {
   /// only the newest comes back; what is past the purge age does not.
   void HandBack();
 
-  /// The file `name` in RtXmit gets an entry in the queue of `p`.
+  /// The file `name` in RtXmit gets an entry in the queue of `p`. Throws Failure when it cannot be
+  /// recorded: it must not be queued then, or the next start would clear it away.
   void Add(Priority p, const std::string& name);
+  /// The same for a file that takes the place of the waiting entry `replaced`, whose record goes.
+  void Replace(Priority p, const std::string& replaced, const std::string& name);
   /// The entry that was on the air is retired: the oldest of this name.
   void Retire(Priority p, const std::string& name);
-  /// An entry that waits is replaced or removed: the newest of this name.
+  /// An entry that waits is removed: the newest of this name.
   void Drop(Priority p, const std::string& name);
   /// The entry of `name` could not start: the file goes back from RtXmit to the holding folder of
   /// `p` and through the intake again. Of a product that is overwritten it takes the place of one

@@ -65,8 +65,10 @@ bool QueueIntake::Queue(Priority p, const std::string& source) {
   if (position) DiscardReplaced(p, *position, name);
   std::optional<std::string> placedAs;
   RunRetried(file, [&] { placedAs = Place(p, source, name); });
-  if (placedAs) Enter(p, position, *placedAs);
-  return placedAs.has_value();
+  if (!placedAs) return false;
+  if (RunRetried(file, [&] { Enter(p, position, *placedAs); })) return true;
+  TryStep([&] { parts_.files.Delete(InTransmitFolder(*placedAs)); });
+  return false;
 }
 
 /// The folder's order is none of age, and the last one taken is the one that stays.
@@ -131,8 +133,7 @@ std::optional<std::string> QueueIntake::Place(Priority p, const std::string& sou
 void QueueIntake::Enter(Priority p, std::optional<std::size_t> position, const std::string& name) {
   auto& queue = parts_.mainWindow.PriorityList[p];
   if (position) {
-    parts_.pending.Drop(p, queue[*position]);
-    parts_.pending.Add(p, name);
+    parts_.pending.Replace(p, queue[*position], name);
     queue.Replace(*position, name);
   } else {
     parts_.pending.Add(p, name);
