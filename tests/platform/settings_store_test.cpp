@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,6 +21,15 @@ class SettingsStoreTest : public testing::Test {
   }
   TempFolder folder_;
 };
+
+TEST_F(SettingsStoreTest, IsOpenToTheGroupWhenTheProgramIs) {
+  const auto before = umask(S_IWOTH);
+  Open();
+  umask(before);
+  struct stat status {};
+  ASSERT_EQ(stat((folder_ / "KvRegistry.db").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0664);
+}
 
 TEST_F(SettingsStoreTest, ReadsBackWhatWasStoredByAnotherOpening) {
   EXPECT_EQ(Open()->ReadSetting(kSettings, "ComBaud", "1200"), "1200");
