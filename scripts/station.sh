@@ -56,7 +56,7 @@ start_monitor() {
 
 # start_program STATION LOG: leaves its process id in `program`.
 start_program() {
-  setsid "$1/ostrel" >"$2" 2>&1 3<&- &
+  setsid "$1/ostrel" >"$2" 2>&1 3<&- 4<&- &
   program=$!
 }
 
@@ -69,6 +69,26 @@ show_products() {
       *" received, "* | *" pause: "* | *DAMAGED* | *" missing "* | *" not whole"* | *" noise: "*)
         echo "$line"
         ;;
+    esac
+  done
+}
+
+# schedule_soon STATION: a sample product goes out once more, in the next minute but one of every day.
+schedule_soon() {
+  case $1 in
+    *' '*) return ;; # an entry has no room for such a path
+  esac
+  printf '%s %s/samples/products/TORDMXIA.TXT %s/KvData/RtPri1/TORDMXIA.TXT\r\n' \
+    "$(date -d '+2 minutes' +%H:%M)" "$PWD" "$1" >"$1/RtSched.txt"
+}
+
+# show_log: prints what the station did besides sending files since the last call. Its log is open on
+# descriptor 4.
+show_log() {
+  local line
+  while read -t 0.02 -r line <&4; do
+    case $line in
+      *" CW ID "* | *" Schedule "* | *" checkSched "* | *" Port "*) echo "${line%$'\r'}" ;;
     esac
   done
 }
