@@ -6,12 +6,16 @@
 #include <cstdint>
 #include <exception>
 #include <string>
+#include <utility>
 
 namespace ostrel {
 
 /// The numbers that the station's own logic tests or that its adapters map the system's errors to.
 /// Any other error keeps the system's own number.
 namespace failure_number {
+inline constexpr std::int32_t kInvalidArgument = 5;
+inline constexpr std::int32_t kOverflow = 6;
+inline constexpr std::int32_t kTypeMismatch = 13;
 inline constexpr std::int32_t kFileNotFound = 53;
 inline constexpr std::int32_t kDeviceError = 57;
 inline constexpr std::int32_t kDiskFull = 61;
@@ -19,7 +23,7 @@ inline constexpr std::int32_t kDeviceUnavailable = 68;
 inline constexpr std::int32_t kPermissionDenied = 70;
 inline constexpr std::int32_t kPathAccess = 75;
 inline constexpr std::int32_t kPathNotFound = 76;
-inline constexpr std::int32_t kTypeMismatch = 13;
+inline constexpr std::int32_t kInvalidProperty = 380;
 }  // namespace failure_number
 
 /// The name under which the program reports its own failures, and its title in message boxes.
@@ -27,6 +31,7 @@ inline constexpr const char* kProgramName = "Ostrel";
 
 class Failure : public std::exception {
  public:
+  /// `source` is the component that fails.
   Failure(std::int32_t number, std::string text, std::string source = kProgramName)
       : number_(number), text_(std::move(text)), source_(std::move(source)) {}
 

@@ -68,7 +68,8 @@ void SettingsIo::LoadProgramValues() {
   auto& values = parts_.values;
   values.ingestPath = WithSeparator(next());
   const auto engine = StrictInteger(next());
-  if (engine < INT16_MIN || engine > INT16_MAX) throw Failure(6, "Overflow");
+  if (engine < INT16_MIN || engine > INT16_MAX)
+    throw Failure(failure_number::kOverflow, "Overflow");
   values.engine = static_cast<std::int16_t>(engine);
   values.logSize = LeadingInteger(next());
   values.unZipFiles = StrictBoolean(next());

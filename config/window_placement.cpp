@@ -24,7 +24,8 @@ constexpr PlacementValue kPlacementValues[] = {
 constexpr const char* kStateKey = "MainState";
 
 WindowState StateOf(int number) {
-  if (number < 0 || number > 2) throw Failure(380, "Invalid property value");
+  if (number < 0 || number > 2)
+    throw Failure(failure_number::kInvalidProperty, "Invalid property value");
   return static_cast<WindowState>(number);
 }
 

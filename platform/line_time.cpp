@@ -11,13 +11,11 @@
 namespace ostrel {
 namespace {
 
-constexpr std::int32_t kBadArgument = 5;
-
 constexpr std::array kRates = {110,  300,   600,   1200,  2400,   4800,
                                9600, 19200, 38400, 57600, 115200, 230400};
 
 [[noreturn]] void Refuse(std::string_view text) {
-  throw Failure(kBadArgument, "Invalid port settings: " + std::string(text));
+  throw Failure(failure_number::kInvalidArgument, "Invalid port settings: " + std::string(text));
 }
 
 /// Takes the text up to the next comma off `rest`.

@@ -8,7 +8,6 @@
 namespace ostrel {
 namespace {
 
-constexpr std::int32_t kInvalidArgument = 5;
 constexpr std::int32_t kHighestPort = 65535;
 constexpr std::string_view kTypeOfServiceKey = "QOSFlags=";
 
@@ -31,10 +30,10 @@ void UdpChannel::SetConfiguration(std::string_view text) {
 
 void UdpChannel::Activate() {
   if (address_.protocol() != QAbstractSocket::IPv4Protocol) {
-    throw Failure(kInvalidArgument, "The packet host has no IPv4 address");
+    throw Failure(failure_number::kInvalidArgument, "The packet host has no IPv4 address");
   }
   if (port_ < 1 || port_ > kHighestPort) {
-    throw Failure(kInvalidArgument, "The packet host's port is not 1 to 65535");
+    throw Failure(failure_number::kInvalidArgument, "The packet host's port is not 1 to 65535");
   }
   // Qt allows broadcasts on every datagram socket that it makes.
   auto socket = std::make_unique<QUdpSocket>();

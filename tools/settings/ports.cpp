@@ -83,7 +83,8 @@ int PortNumber(const std::string& port) {
   for (int number = 1; number <= kPortCount; ++number) {
     if (name == fmt::format("COM{}", number)) return number;
   }
-  throw Failure(5, fmt::format("{} is no port. The ports are COM1 to COM8.", port));
+  throw Failure(failure_number::kInvalidArgument,
+                fmt::format("{} is no port. The ports are COM1 to COM8.", port));
 }
 
 }  // namespace

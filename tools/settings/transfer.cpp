@@ -17,7 +17,8 @@ constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 /// Throws Failure 13 for text that is not in the encoding `from`.
 std::string Convert(std::string_view text, const char* from, const char* to) {
   const auto converter = iconv_open(to, from);
-  if (converter == iconv_t(-1)) throw Failure(5, "The system cannot convert text.");
+  if (converter == iconv_t(-1))
+    throw Failure(failure_number::kInvalidArgument, "The system cannot convert text.");
   std::string result(text.size() * 4 + 4, '\0');
   auto* in = const_cast<char*>(text.data());  // iconv does not write there
   auto inLeft = text.size();

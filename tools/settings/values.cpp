@@ -26,13 +26,14 @@ SettingRow RowOf(const std::string& key, const std::string& programFolder) {
     return ToUpper(candidate.key) == ToUpper(key);
   });
   if (row == rows.end())
-    throw Failure(5, fmt::format("There is no setting {}. \"list\" shows them all.", key));
+    throw Failure(failure_number::kInvalidArgument,
+                  fmt::format("There is no setting {}. \"list\" shows them all.", key));
   return *row;
 }
 
 void CheckRange(const std::string& value, int first, int last) {
   const auto number = StrictInteger(value);
-  if (number < first || number > last) throw Failure(6, "Overflow");
+  if (number < first || number > last) throw Failure(failure_number::kOverflow, "Overflow");
 }
 
 /// The values that would stop the next start-up are refused here.
@@ -44,7 +45,8 @@ void CheckValue(const SettingRow& row, const std::string& value) {
     if (row.key == "UnZipFiles" || row.key == "PacketHost") StrictBoolean(value);
     if (row.section == Section::kScreen) StrictNumber(value);
   } catch (const Failure&) {
-    throw Failure(13, fmt::format("{} cannot be \"{}\".", row.key, value));
+    throw Failure(failure_number::kTypeMismatch,
+                  fmt::format("{} cannot be \"{}\".", row.key, value));
   }
 }
 
