@@ -6,6 +6,7 @@
 #include <map>
 
 #include "app/station.h"
+#include "base/failure.h"
 #include "base/names.h"
 #include "base/text.h"
 #include "platform/linux/linux_files.h"
@@ -29,8 +30,14 @@ class Run {
 
   Measures Measure(milliseconds length) {
     Prepare(length);
-    if (!station_.Start() || !machine_.dialogs.messages.empty())
-      throw Failure(5, "The station does not start: " + machine_.dialogs.messages.back().text);
+    if (!station_.Start() || !machine_.dialogs.messages.empty()) {
+      throw Failure(failure_number::kInvalidArgument,
+                    "The station does not start: " + machine_.dialogs.messages.back().text);
+    }
+    if (machine_.line.openings.empty()) {
+      throw Failure(failure_number::kInvalidArgument,
+                    "The station has no port to send on: " + station_.setup().lblCommMesg.Get());
+    }
     machine_.loop.RunFor(length);
     Finish(length);
     station_.Stop();

@@ -1,7 +1,6 @@
 // Runs a whole station in virtual time over a list of arrivals and measures how it keeps up.
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "base/priority.h"
@@ -36,7 +35,8 @@ struct Measures {
   std::vector<DepthSample> depths;  // every five minutes
 };
 
-/// `length` is the time simulated. Throws Failure when the station does not start.
+/// `length` is the time simulated. Throws Failure when the station does not start
+/// or opens no port.
 Measures Simulate(const StationCopy& station, const std::vector<Arrival>& arrivals,
                   milliseconds length);
 
