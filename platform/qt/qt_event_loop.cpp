@@ -8,7 +8,7 @@ namespace ostrel {
 
 void QtEventLoop::ProcessPendingEvents() {
   QCoreApplication::processEvents();
-  if (StopIsRequested() && !shuttingDown_) throw StopRequested{};
+  if (stop_.EndsWaits()) throw StopRequested{};
 }
 
 void QtEventLoop::RequestStop() {
@@ -20,7 +20,6 @@ bool QtEventLoop::StopIsRequested() const {
 }
 
 void QtEventLoop::BeginShutdown() {
-  shuttingDown_ = true;
   stop_.BeginShutdown();
 }
 

@@ -19,7 +19,6 @@ class QtEventLoop : public EventLoop {
 
  private:
   StopSignal& stop_;
-  bool shuttingDown_ = false;
 };
 
 }  // namespace ostrel

@@ -19,12 +19,12 @@ LocalTime VirtualClock::ToLocal(UtcTime utc) const {
 }
 
 void VirtualClock::Sleep(milliseconds duration) {
-  if (MustStop()) throw StopRequested();
+  if (EndsWaits()) throw StopRequested();
   const auto end = monotonic_ + duration;
   while (monotonic_ < end) {
     const auto next = world_.empty() ? end : std::clamp(world_.begin()->first, monotonic_, end);
     Advance(next - monotonic_);
-    if (MustStop()) throw StopRequested();
+    if (EndsWaits()) throw StopRequested();
     if (next == end) return;
   }
 }

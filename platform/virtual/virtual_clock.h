@@ -39,10 +39,11 @@ class VirtualClock : public Clock {
 
   bool stopRequested = false;
   bool shutdownBegun = false;
+  /// True when a wait must end: requested, and the shutdown not yet begun.
+  bool EndsWaits() const { return stopRequested && !shutdownBegun; }
 
  private:
   seconds OffsetAt(UtcTime utc) const;
-  bool MustStop() const { return stopRequested && !shutdownBegun; }
 
   UtcTime utc_;
   milliseconds monotonic_{0};

@@ -26,7 +26,7 @@ void VirtualTimer::Fire() {
 void VirtualLoop::ProcessPendingEvents() {
   while (RunOperatorAction()) {
   }
-  if (clock_.stopRequested && !clock_.shutdownBegun) throw StopRequested();
+  if (clock_.EndsWaits()) throw StopRequested();
 }
 
 bool VirtualLoop::RunOperatorAction() {
