@@ -1,6 +1,7 @@
 #include "config/lifecycle.h"
 
 #include <fmt/format.h>
+#include <functional>
 
 #include "base/numbers.h"
 #include "config/version.h"
@@ -106,10 +107,6 @@ void Lifecycle::StartPurge() {
   purge_->StartPurge();
 }
 
-void Lifecycle::RunShutdownStep(const std::function<void()>& step) {
-  RunStep(parts_.reporting, "Shutdown", step);
-}
-
 void Lifecycle::ShutDown() {
   auto& platform = parts_.platform;
   platform.events.BeginShutdown();
@@ -128,7 +125,7 @@ void Lifecycle::ShutDown() {
       [&] { SavePlacement(); },
       [&] { platform.dialogs.EndProgram(); },
   };
-  for (const auto& step : steps) RunShutdownStep(step);
+  for (const auto& step : steps) RunStep(parts_.reporting, "Shutdown", step);
 }
 
 void Lifecycle::SavePlacement() {

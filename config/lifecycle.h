@@ -2,7 +2,6 @@
 // releases the transmitter.
 #pragma once
 
-#include <memory>
 #include <optional>
 
 #include "base/reporting.h"
@@ -47,7 +46,6 @@ class Lifecycle {
   void ShowStartFigures();
   void StartPurge();
   void SavePlacement();
-  void RunShutdownStep(const std::function<void()>& step);
 
   Parts parts_;
   std::optional<FilePurge> purge_;
