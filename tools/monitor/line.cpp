@@ -49,9 +49,9 @@ void MakeRaw(int fd, std::optional<int> baud) {
 
 }  // namespace
 
-Descriptor::Descriptor(Descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+OpenFile::OpenFile(OpenFile&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
 
-Descriptor::~Descriptor() {
+OpenFile::~OpenFile() {
   if (fd_ >= 0) close(fd_);
 }
 
@@ -75,7 +75,7 @@ LineLink::~LineLink() {
 }
 
 PseudoTerminal MakePseudoTerminal() {
-  Descriptor receiver(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
+  OpenFile receiver(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
   if (receiver.Get() < 0 || grantpt(receiver.Get()) != 0 || unlockpt(receiver.Get()) != 0) {
     Fail("cannot make a pseudo-terminal");
   }
@@ -85,15 +85,15 @@ PseudoTerminal MakePseudoTerminal() {
   return {std::move(receiver), name.data()};
 }
 
-Descriptor OpenLine(const std::string& path, std::optional<int> baud) {
-  Descriptor line(open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
+OpenFile OpenLine(const std::string& path, std::optional<int> baud) {
+  OpenFile line(open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
   if (line.Get() < 0) Fail(fmt::format("cannot open {}", path));
   if (isatty(line.Get()) != 0) MakeRaw(line.Get(), baud);
   return line;
 }
 
-Descriptor OpenDatagramPort(int port) {
-  Descriptor host(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+OpenFile OpenDatagramPort(int port) {
+  OpenFile host(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   const int yes = 1;
   setsockopt(host.Get(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
   sockaddr_in address{};
@@ -106,7 +106,7 @@ Descriptor OpenDatagramPort(int port) {
   return host;
 }
 
-LineState ReadLine(const Descriptor& line, std::span<char> buffer, std::size_t& size) {
+LineState ReadLine(const OpenFile& line, std::span<char> buffer, std::size_t& size) {
   const ssize_t count = read(line.Get(), buffer.data(), buffer.size());
   size = count > 0 ? static_cast<std::size_t>(count) : 0;
   if (count > 0) return LineState::kData;

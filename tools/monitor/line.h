@@ -9,12 +9,12 @@
 
 namespace ostrel {
 
-/// A descriptor that is closed at the end.
-class Descriptor {
+/// An open file, terminal or socket, closed when its owner goes.
+class OpenFile {
  public:
-  explicit Descriptor(int fd) : fd_(fd) {}
-  Descriptor(Descriptor&& other) noexcept;
-  ~Descriptor();
+  explicit OpenFile(int fd) : fd_(fd) {}
+  OpenFile(OpenFile&& other) noexcept;
+  ~OpenFile();
   int Get() const { return fd_; }
 
  private:
@@ -40,21 +40,23 @@ class LineLink {
 /// A new pseudo-terminal in raw mode: the end that receives, and the name of the end that is sent
 /// to.
 struct PseudoTerminal {
-  Descriptor receiver;
+  OpenFile receiver;
   std::string senderName;
 };
 PseudoTerminal MakePseudoTerminal();
 
 /// Opens a device or file for reading, non-blocking; a serial device gets raw mode and, if
 /// given, `baud` with 8 data bits and no parity. Throws std::runtime_error.
-Descriptor OpenLine(const std::string& path, std::optional<int> baud);
+OpenFile OpenLine(const std::string& path, std::optional<int> baud);
 
 /// A socket that hears datagrams for `port` on every IPv4 address of this machine, broadcasts
 /// included. Throws std::system_error.
-Descriptor OpenDatagramPort(int port);
+OpenFile OpenDatagramPort(int port);
 
-/// Reads what is there. 0 bytes for now is not the end: `kNothing`.
+/// What a reading found. Nothing at the moment is not the end.
 enum class LineState { kData, kNothing, kEnd };
-LineState ReadLine(const Descriptor& line, std::span<char> buffer, std::size_t& size);
+/// Reads what is there into `buffer` without waiting; `size` tells how much. Throws
+/// std::system_error when the line fails.
+LineState ReadLine(const OpenFile& line, std::span<char> buffer, std::size_t& size);
 
 }  // namespace ostrel

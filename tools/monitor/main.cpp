@@ -32,25 +32,25 @@ struct Options {
 
 // SIGINT, SIGTERM and SIGHUP as something to poll for, so that none is missed and none cuts a line
 // of the display.
-Descriptor OpenStopSignals() {
+OpenFile OpenStopSignals() {
   sigset_t stops;
   sigemptyset(&stops);
   for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&stops, number);
   sigprocmask(SIG_BLOCK, &stops, nullptr);
-  return Descriptor(signalfd(-1, &stops, SFD_CLOEXEC));
+  return OpenFile(signalfd(-1, &stops, SFD_CLOEXEC));
 }
 
 // Waits for the stop signals and the source in turn until one of them, or the silence, ends it.
 class Listener {
  public:
-  Listener(const Descriptor& stop, std::optional<int> idleSeconds)
+  Listener(const OpenFile& stop, std::optional<int> idleSeconds)
       : stop_(stop), idleSeconds_(idleSeconds) {}
 
   /// The source was heard just now; the silence is counted from here.
   void Heard() { lastHeard_ = Clock::now(); }
 
   /// False when it is time to end. Returns early when `source` has something to read.
-  bool Wait(const Descriptor* source, milliseconds longest) const {
+  bool Wait(const OpenFile* source, milliseconds longest) const {
     std::array<pollfd, 2> fds{{{stop_.Get(), POLLIN, 0}, {source ? source->Get() : -1, POLLIN, 0}}};
     poll(fds.data(), fds.size(), static_cast<int>(longest.count()));
     if ((fds[0].revents & POLLIN) != 0 || IsIdle()) return false;
@@ -68,12 +68,12 @@ class Listener {
            Clock::now() - *lastHeard_ >= std::chrono::seconds(*idleSeconds_);
   }
 
-  const Descriptor& stop_;
+  const OpenFile& stop_;
   std::optional<int> idleSeconds_;
   std::optional<Clock::time_point> lastHeard_;
 };
 
-void ListenToLine(const Descriptor& line, std::optional<int> baud, Listener& listener,
+void ListenToLine(const OpenFile& line, std::optional<int> baud, Listener& listener,
                   Receiver& receiver) {
   StreamDecoder decoder;
   LinePacer pacer(baud, Clock::now());
@@ -96,7 +96,7 @@ void ListenToLine(const Descriptor& line, std::optional<int> baud, Listener& lis
   receiver.Take(decoder.Finish());
 }
 
-void ListenToDatagrams(const Descriptor& socket, Listener& listener, Receiver& receiver) {
+void ListenToDatagrams(const OpenFile& socket, Listener& listener, Receiver& receiver) {
   std::array<char, 4096> buffer{};
   while (listener.Wait(&socket, Listener::kLongWait)) {
     std::size_t size = 0;
@@ -121,7 +121,7 @@ void ListenToNewLine(const Options& options, Listener& listener, Receiver& recei
 }
 
 int Run(const Options& options) {
-  const Descriptor stop = OpenStopSignals();
+  const OpenFile stop = OpenStopSignals();
   ProductStore store(options.folder);
   Receiver receiver(store);
   Listener listener(stop, options.idleSeconds);
