@@ -4,8 +4,6 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
-#include <string>
 #include <vector>
 
 #include "base/priority.h"

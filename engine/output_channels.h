@@ -3,7 +3,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "base/reporting.h"
 #include "platform/clock.h"

@@ -1,7 +1,5 @@
 #include "ident/morse_identification.h"
 
-#include <fmt/format.h>
-
 #include "base/numbers.h"
 #include "base/scope_guard.h"
 #include "base/text.h"

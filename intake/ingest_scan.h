@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "base/reporting.h"
 #include "intake/file_copy.h"

@@ -2,6 +2,7 @@
 // it. The lists are those of the setup dialog; an edit is in force for the next file.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <string_view>

@@ -1,6 +1,7 @@
 // Zip archives: what is received in one, and what is sent in one.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 

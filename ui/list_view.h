@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QListView>
+#include <vector>
 
 #include "state/list_field.h"
 

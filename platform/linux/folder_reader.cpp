@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <dirent.h>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/stat.h>
 
 #include "platform/linux/descriptor.h"

@@ -1,6 +1,5 @@
 #include "platform/virtual/virtual_line.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "base/failure.h"

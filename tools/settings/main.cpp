@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fmt/format.h>
+#include <functional>
 #include <sys/stat.h>
 
 #include "base/failure.h"
@@ -61,8 +62,8 @@ int main(int argc, char** argv) {
       ->required();
 
   CLI11_PARSE(app, argc, argv);
-  umask(
-      S_IWOTH);  // what is written here stays open to the station's group, as the station's own is
+  // What is written here stays open to the station's group, as the station's own is.
+  umask(S_IWOTH);
   try {
     ostrel::StationFolder station(std::filesystem::weakly_canonical(folder).string());
     command(station);
