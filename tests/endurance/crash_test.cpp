@@ -6,7 +6,6 @@
 #include <fmt/format.h>
 #include <random>
 #include <signal.h>
-#include <sys/wait.h>
 
 #include "config/settings_table.h"
 #include "platform/linux/sqlite_settings_store.h"
@@ -19,16 +18,80 @@ namespace {
 
 class CrashTest {
  public:
-  CrashTest(int kills, unsigned seed);
+  CrashTest(int kills, unsigned seed) : kills_(kills), random_(seed) {
+    station_.LinkLine(line_);
+    for (const auto& [list, keyword] :
+         {std::pair{0, "TOR*"}, {2, "SND*"}, {4, "OVR*"}, {10, "BLK*"}, {12, "TORC* | C=2"}})
+      station_.Rule(list, keyword);
+  }
+
   /// Returns true when nothing was lost.
-  bool Run();
+  bool Run() {
+    for (int i = 0; i < kills_; ++i) LiveAndDie();
+    const bool cameOut = ComesOutInTheEnd();
+    const auto left = LeftBehind(station_.Path("KvData"));
+    const bool opens = DatabaseOpens();
+    fmt::print(
+        "{} kills, {} files dropped, {} products received; missing: {}; foreign: {}; left behind: "
+        "{}; database: {}\n",
+        kills_, dropped_, delivery_.received(), delivery_.Missing(),
+        fmt::join(delivery_.foreign(), " "), fmt::join(left, " "), opens ? "opens" : "DAMAGED");
+    return cameOut && delivery_.foreign().empty() && opens;
+  }
 
  private:
-  void LiveAndDie();
-  void DropSome();
+  void LiveAndDie() {
+    constexpr int kShortest = 20, kLongest = 2000;  // ms
+    station_.Start();
+    for (int left = Between(kShortest, kLongest); left > 0;) {
+      const int nap = std::min(left, Between(1, 500));
+      poll(nullptr, 0, nap);
+      Listen();
+      left -= nap;
+      if (Between(0, 1) == 0) DropSome();
+    }
+    station_.Signal(SIGKILL);
+    station_.WaitForEnd(10s);
+    Listen();
+  }
+
+  /// One file of a random kind: plain, with copies, compressed, overwritten by newer ones, for the
+  /// next block, or an archive of two.
+  void DropSome() {
+    const int number = ++dropped_;
+    const auto content = SampleText(static_cast<std::size_t>(Between(100, 2500)), number);
+    static constexpr const char* kKinds[] = {"TOR", "TORC", "SND", "OVR", "BLK", "PACK"};
+    const std::string kind = kKinds[Between(0, 5)];
+    const bool isRepeated = kind == "OVR";
+    const auto name = fmt::format("{}{}.TXT", kind, isRepeated ? number % 3 : number);
+    delivery_.Expect(content, isRepeated ? name : "");
+    if (kind != "PACK") return station_.Drop(name, content);
+    const auto other = SampleText(300, 1'000'000 + number);
+    delivery_.Expect(other);
+    station_.Drop(fmt::format("PACK{}.ZIS", number),
+                  MakeArchive({{fmt::format("TORA{}.TXT", number), content},
+                               {fmt::format("SNDB{}.TXT", number), other}}));
+  }
+
   void Listen() { delivery_.Hear(line_.Read(false)); }
-  bool ComesOutInTheEnd();
-  bool DatabaseOpens();
+
+  bool ComesOutInTheEnd() {
+    station_.Start();
+    const bool allOut = WaitUntil(60s + kills_ * 4s, [this] {
+      Listen();
+      return delivery_.IsComplete() && LeftBehind(station_.Path("KvData")).empty();
+    });
+    station_.Signal(SIGTERM);
+    return station_.WaitForEnd(20s) == 0 && allOut;
+  }
+
+  bool DatabaseOpens() {
+    const auto store = SqliteSettingsStores(station_.Path("KvRegistry.db")).Open();
+    store->SetRootKey(kHkeyLocalMachine);
+    return store->ReadSetting(KeyPath(Section::kSettings), "ComBaud", "") == "115200" &&
+           store->WriteSetting(KeyPath(Section::kSettings), "ComBaud", "9600");
+  }
+
   int Between(int low, int high) { return std::uniform_int_distribution<>(low, high)(random_); }
 
   int kills_;
@@ -42,85 +105,6 @@ class CrashTest {
   Delivery delivery_;
   int dropped_ = 0;
 };
-
-CrashTest::CrashTest(int kills, unsigned seed) : kills_(kills), random_(seed) {
-  station_.LinkLine(line_);
-  station_.Rule(0, "TOR*");
-  station_.Rule(2, "SND*");
-  station_.Rule(4, "OVR*");
-  station_.Rule(10, "BLK*");
-  station_.Rule(12, "TORC* | C=2");
-}
-
-/// One file of a random kind: plain, with copies, compressed, overwritten by newer ones, for the
-/// next block, or an archive of two.
-void CrashTest::DropSome() {
-  const int number = ++dropped_;
-  const auto content = SampleText(static_cast<std::size_t>(Between(100, 2500)), number);
-  static constexpr const char* kKinds[] = {"TOR", "TORC", "SND", "OVR", "BLK", "PACK"};
-  const std::string kind = kKinds[Between(0, 5)];
-  if (kind == "OVR") {
-    const auto name = fmt::format("OVR{}.TXT", number % 3);
-    delivery_.Expect(content, name);
-    return station_.Drop(name, content);
-  }
-  delivery_.Expect(content);
-  const auto name = fmt::format("{}{}.TXT", kind, number);
-  if (kind != "PACK") return station_.Drop(name, content);
-  const auto other = SampleText(300, 1'000'000 + number);
-  delivery_.Expect(other);
-  station_.Drop(fmt::format("PACK{}.ZIS", number),
-                MakeArchive({{fmt::format("TORA{}.TXT", number), content},
-                             {fmt::format("SNDB{}.TXT", number), other}}));
-}
-
-void CrashTest::LiveAndDie() {
-  constexpr int kShortest = 20, kLongest = 2000;  // ms
-  station_.Start();
-  for (int left = Between(kShortest, kLongest); left > 0;) {
-    const int nap = std::min(left, Between(1, 500));
-    poll(nullptr, 0, nap);
-    Listen();
-    left -= nap;
-    if (Between(0, 1) == 0) DropSome();
-  }
-  station_.Signal(SIGKILL);
-  station_.WaitForEnd(10s);
-  Listen();
-}
-
-bool CrashTest::ComesOutInTheEnd() {
-  station_.Start();
-  const bool allOut = WaitUntil(60s + kills_ * 4s, [this] {
-    Listen();
-    return delivery_.IsComplete() && LeftBehind(station_.Path("KvData")).empty();
-  });
-  station_.Signal(SIGTERM);
-  const auto status = station_.WaitForEnd(20s);
-  const bool endedWell = status && WIFEXITED(*status) && WEXITSTATUS(*status) == 0;
-  if (!endedWell) fmt::print("the last run did not end in order\n");
-  return allOut && endedWell;
-}
-
-bool CrashTest::DatabaseOpens() {
-  const auto store = SqliteSettingsStores(station_.Path("KvRegistry.db")).Open();
-  store->SetRootKey(kHkeyLocalMachine);
-  return store->ReadSetting(KeyPath(Section::kSettings), "ComBaud", "") == "115200" &&
-         store->WriteSetting(KeyPath(Section::kSettings), "ComBaud", "9600");
-}
-
-bool CrashTest::Run() {
-  for (int i = 0; i < kills_; ++i) LiveAndDie();
-  const bool cameOut = ComesOutInTheEnd();
-  const auto left = LeftBehind(station_.Path("KvData"));
-  const bool opens = DatabaseOpens();
-  fmt::print(
-      "{} kills, {} files dropped, {} products received; missing: {}; foreign: {}; left "
-      "behind: {}; database: {}\n",
-      kills_, dropped_, delivery_.received(), delivery_.IsComplete() ? "none" : delivery_.Missing(),
-      fmt::join(delivery_.foreign(), " "), fmt::join(left, " "), opens ? "opens" : "DAMAGED");
-  return cameOut && delivery_.foreign().empty() && opens;
-}
 
 }  // namespace
 }  // namespace ostrel

@@ -12,58 +12,46 @@
 namespace ostrel {
 namespace {
 
+using Record = std::vector<Keying>;
+
 /// How a state is entered and known.
 struct State {
   const char* name;
   RealStation::Settings settings;
   std::chrono::seconds secondAtStart;  // of the station's clock; -1 for any
-  bool (*isReached)(const std::string& heard, const std::vector<Keying>& record);
+  bool (*isReached)(const std::string& heard, const Record& record);
 };
 
-bool WasKeyed(const std::vector<Keying>& record) {
-  return std::any_of(record.begin(), record.end(),
-                     [](const Keying& k) { return k.event == "set" && k.line1 && k.line2; });
+bool WasKeyed(const std::string&, const Record& record) {
+  return std::ranges::any_of(
+      record, [](const Keying& k) { return k.event == "set" && k.line1 && k.line2; });
+}
+bool HasSent(const std::string& heard, const Record&) {
+  return heard.size() > 3000;
+}
+bool IsInThePauseText(const std::string& heard, const Record&) {
+  return heard.find("Transmit Timeout") != std::string::npos;
+}
+bool IsPausing(const std::string& heard, const Record& record) {
+  return WasKeyed(heard, record) && !record.back().line1 && record.back().line2;
+}
+bool IsInAMorseElement(const std::string&, const Record& record) {
+  const auto isDrop = [](const Keying& k) { return k.event == "set" && !k.line1 && !k.line2; };
+  return std::ranges::count_if(record, isDrop) > 4 && record.back().line1 && record.back().line2;
 }
 
-const State kTransmitting = {
-    "Transmitting", {}, -1s, [](const std::string& heard, const std::vector<Keying>&) {
-      return heard.size() > 3000;
-    }};
+const State kTransmitting = {"Transmitting", {}, -1s, HasSent};
+// A packet is on the line for seconds when the pause falls due.
 const State kDraining = {
-    // A packet is on the line for seconds when the pause falls due.
-    "Draining",
-    {{"ComBaud", "4800"}, {"TxUpTime", "0.5"}},
-    56s,
-    [](const std::string& heard, const std::vector<Keying>&) {
-      return heard.find("Transmit Timeout") != std::string::npos;
-    }};
-const State kPausing = {"Pausing",
-                        {{"TxUpTime", "0.5"}, {"TxDownTime", "5"}},
-                        56s,
-                        [](const std::string&, const std::vector<Keying>& record) {
-                          return WasKeyed(record) && !record.back().line1 && record.back().line2;
-                        }};
+    "Draining", {{"ComBaud", "4800"}, {"TxUpTime", "0.5"}}, 56s, IsInThePauseText};
+const State kPausing = {"Pausing", {{"TxUpTime", "0.5"}, {"TxDownTime", "5"}}, 56s, IsPausing};
 const State kIdentifying = {"InAMorseElement",
                             {{"CWIDTime", "1"}, {"CWIDText", "OOOOOOOOOOOOOOOO"}, {"CWSpeed", "1"}},
                             27s,
-                            [](const std::string&, const std::vector<Keying>& record) {
-                              const auto drops =
-                                  std::count_if(record.begin(), record.end(), [](const Keying& k) {
-                                    return k.event == "set" && !k.line1 && !k.line2;
-                                  });
-                              return drops > 4 && record.back().line1 && record.back().line2;
-                            }};
-const State kOpening = {
-    "Opening",
-    {{"TxDelay", "30000"}},
-    -1s,
-    [](const std::string&, const std::vector<Keying>& record) { return WasKeyed(record); }};
-const State kInAMessage = {
-    // No packet host can be opened at this port: start-up says so in a box and waits.
-    "WithAMessageOpen",
-    {{"UdpPort", "0"}},
-    -1s,
-    [](const std::string& heard, const std::vector<Keying>&) { return heard.size() > 3000; }};
+                            IsInAMorseElement};
+const State kOpening = {"Opening", {{"TxDelay", "30000"}}, -1s, WasKeyed};
+// No packet host can be opened at this port: start-up says so in a box and waits.
+const State kInAMessage = {"WithAMessageOpen", {{"UdpPort", "0"}}, -1s, HasSent};
 
 class KeyingStates : public testing::Test {
  protected:
@@ -73,13 +61,11 @@ class KeyingStates : public testing::Test {
     station_->LinkLine(line_);
     station_->Rule(0, "TOR*");
     station_->Start(state.secondAtStart < 0s ? 0s : AheadTo(state.secondAtStart));
-    ASSERT_TRUE(WaitUntil(60s,
-                          [&] {
-                            Listen(line_);
-                            return state.isReached(heard_, station_->KeyingRecord());
-                          }))
-        << state.name << "\n"
-        << station_->Log();
+    const auto isReached = [&] {
+      Listen(line_);
+      return state.isReached(heard_, station_->KeyingRecord());
+    };
+    ASSERT_TRUE(WaitUntil(60s, isReached)) << station_->Log();
   }
   void Listen(PseudoTerminal& line) {
     const auto bytes = line.Read(false);
@@ -97,12 +83,10 @@ class KeyingStates : public testing::Test {
   /// When both lines were last seen to fall.
   std::optional<std::chrono::microseconds> Down() {
     const auto record = station_->KeyingRecord();
-    if (record.empty() || record.back().line1 || record.back().line2) return std::nullopt;
-    auto first = record.rbegin();
-    while (std::next(first) != record.rend() && !std::next(first)->line1 &&
-           !std::next(first)->line2)
-      ++first;
-    return first->at;
+    const auto isUp = [](const Keying& k) { return k.line1 || k.line2; };
+    const auto lastUp = std::find_if(record.rbegin(), record.rend(), isUp);
+    if (lastUp == record.rbegin()) return std::nullopt;
+    return std::prev(lastUp)->at;
   }
   int CountInLog(const std::string& text) {
     const auto log = station_->Log();
@@ -132,7 +116,7 @@ TEST_P(KeyingAtTheEnd, DropsBothLinesWithinASecond) {
   const auto status = station_->WaitForEnd(20s);
   ASSERT_TRUE(status);
   if (signal == SIGTERM) {
-    EXPECT_TRUE(WIFEXITED(*status) && WEXITSTATUS(*status) == 0) << *status;
+    EXPECT_EQ(*status, 0);
     const auto down = Down();
     ASSERT_TRUE(down);
     fmt::print("lines down after {} us\n", (*down - asked).count());
@@ -170,12 +154,11 @@ TEST_P(KeyingWithoutDevice, BurnsNoQueueAndGoesOnWhenTheDeviceIsBack) {
   poll(nullptr, 0, 1000);  // the time in which a queue would burn
   PseudoTerminal replugged;
   station_->LinkLine(replugged);
-  EXPECT_TRUE(WaitUntil(90s,
-                        [&] {
-                          Listen(replugged);
-                          return delivery_.IsComplete();
-                        }))
-      << delivery_.Missing() << station_->Log();
+  const auto isComplete = [&] {
+    Listen(replugged);
+    return delivery_.IsComplete();
+  };
+  EXPECT_TRUE(WaitUntil(90s, isComplete)) << delivery_.Missing() << station_->Log();
   EXPECT_EQ(delivery_.foreign(), std::vector<std::string>{});
   EXPECT_EQ(CountInLog("has vanished"), 1);
   EXPECT_EQ(CountInLog("is back"), 1);

@@ -46,11 +46,52 @@ struct Life {
 
 class Scenario {
  public:
-  Scenario();
+  Scenario() {
+    fs::create_directories(folder_ / "KvData/RxFiles");
+    Lay("FillFile.txt", SampleText(20 * 1024, 99));
+    const std::pair<int, const char*> rules[] = {
+        {0, "TOR*"}, {2, "SND*"}, {4, "OVR*"}, {10, "BLK*"}, {11, "DIS*"}, {12, "TOR1.TXT | C=2"}};
+    for (const auto& [list, keyword] : rules) Lay(fmt::format("RtList{}.txt", list), keyword);
+    const auto store = SqliteSettingsStores(folder_ / "KvRegistry.db").Open();
+    store->SetRootKey(kHkeyLocalMachine);
+    const std::pair<const char*, const char*> settings[] = {
+        {"ComBaud", "115200"}, {"CWIDTime", "0"},         {"UnZipFiles", "1"},
+        {"CompressPri2", "1"}, {"OverWrite4", "1"},       {"CompressNbrFiles", "2"},
+        {"LogProgram", "1"},   {"CompressBlockPri", "7"}, {"TxDelay", "0"}};
+    for (const auto& [key, value] : settings)
+      store->WriteSetting(KeyPath(Section::kSettings), key, value);
+
+    Product(0s, "TOR1.TXT", SampleText(1500, 1));
+    Product(0s, "SND1.TXT", SampleText(4000, 2));
+    Product(0s, "SND2.TXT", Noise(700));
+    Product(0s, "OVRA.TXT", SampleText(1800, 3), "OVRA");
+    Product(0s, "OVRB.TXT", SampleText(9000, 4), "OVRB");
+    Product(0s, "BLK1.TXT", SampleText(800, 5));
+    Product(0s, "BLK2.TXT", SampleText(900, 6));
+    Arrive(0s, "DIS1.TXT", SampleText(100, 7));
+    const std::map<std::string, std::string> members = {{"TOR2.TXT", SampleText(600, 8)},
+                                                        {"SND3.TXT", SampleText(1100, 9)}};
+    for (const auto& [name, content] : members) delivery_.Expect(content);
+    Arrive(0s, "PACK.ZIS", MakeArchive(members));
+    Product(1500ms, "OVRA.TXT", SampleText(1900, 10), "OVRA");
+    Product(2500ms, "OVRB.TXT", SampleText(2100, 11), "OVRB");
+  }
 
   /// Lives until everything has come and is tidy, the power fails, or the time is up. Returns the
   /// number of changes made to the file system.
-  int Live(const Trouble& trouble = {});
+  int Live(const Trouble& trouble = {}) {
+    Life life(folder_.path(), now_, trouble);
+    heard_ = 0;
+    try {
+      EXPECT_TRUE(life.station->Start());
+      changesOfStart_ = life.files.changes();
+      Run(life);
+    } catch (const PowerFailure&) {
+    }
+    Hear(life);
+    now_ = life.machine.clock.UtcNow() + 1s;
+    return life.files.changes();
+  }
   bool IsDone() const { return delivery_.IsComplete() && arrivals_.empty(); }
 
   const Delivery& delivery() const { return delivery_; }
@@ -68,7 +109,9 @@ class Scenario {
     std::string name;
     std::string content;
   };
-  void Lay(const std::string& name, const std::string& content);
+  void Lay(const std::string& name, const std::string& content) {
+    std::ofstream(folder_ / name, std::ios::binary) << content;
+  }
   void Arrive(milliseconds after, const std::string& name, const std::string& content) {
     arrivals_.push_back({kStart + after, name, content});
   }
@@ -78,9 +121,28 @@ class Scenario {
     delivery_.Expect(content, title);
     Arrive(after, name, content);
   }
-  void Deliver(const Arrival& arrival);
-  void Run(Life& life);
-  void Hear(Life& life);
+  void Run(Life& life) {
+    constexpr auto kLongest = 60s;
+    const auto end = life.machine.clock.UtcNow() + kLongest;
+    while (life.machine.clock.UtcNow() < end) {
+      while (!arrivals_.empty() && arrivals_.front().at <= life.machine.clock.UtcNow()) {
+        Lay("arriving", arrivals_.front().content);
+        fs::rename(folder_ / "arriving", folder_ / ("KvData/RxFiles/" + arrivals_.front().name));
+        arrivals_.pop_front();
+      }
+      life.machine.loop.RunFor(500ms);
+      Hear(life);
+      if (IsDone() && LeftOver().empty()) return;
+    }
+  }
+  /// What was still in the transmitter's buffer has not been heard.
+  void Hear(Life& life) {
+    const std::string_view carried = life.machine.line.carried;
+    const auto sent = carried.size() - std::min(carried.size(), life.machine.line.BytesWaiting());
+    if (sent <= heard_) return;
+    delivery_.Hear(carried.substr(heard_, sent - heard_));
+    heard_ = sent;
+  }
 
   // In memory: the walk writes a hundred thousand files.
   TempFolder folder_{fs::exists("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path()};
@@ -91,90 +153,15 @@ class Scenario {
   int changesOfStart_ = 0;
 };
 
-Scenario::Scenario() {
-  fs::create_directories(folder_ / "KvData/RxFiles");
-  Lay("FillFile.txt", SampleText(20 * 1024, 99));
-  Lay("RtList0.txt", "TOR*\r\n");
-  Lay("RtList2.txt", "SND*\r\n");
-  Lay("RtList4.txt", "OVR*\r\n");
-  Lay("RtList10.txt", "BLK*\r\n");
-  Lay("RtList11.txt", "DIS*\r\n");
-  Lay("RtList12.txt", "TOR1.TXT | C=2\r\n");
-  const auto store = SqliteSettingsStores(folder_ / "KvRegistry.db").Open();
-  store->SetRootKey(kHkeyLocalMachine);
-  const std::pair<const char*, const char*> settings[] = {
-      {"ComBaud", "115200"}, {"CWIDTime", "0"},         {"UnZipFiles", "1"},
-      {"CompressPri2", "1"}, {"OverWrite4", "1"},       {"CompressNbrFiles", "2"},
-      {"LogProgram", "1"},   {"CompressBlockPri", "7"}, {"TxDelay", "0"}};
-  for (const auto& [key, value] : settings)
-    store->WriteSetting(KeyPath(Section::kSettings), key, value);
-
-  Product(0s, "TOR1.TXT", SampleText(1500, 1));
-  Product(0s, "SND1.TXT", SampleText(4000, 2));
-  Product(0s, "SND2.TXT", Noise(700));
-  Product(0s, "OVRA.TXT", SampleText(1800, 3), "OVRA");
-  Product(0s, "OVRB.TXT", SampleText(9000, 4), "OVRB");
-  Product(0s, "BLK1.TXT", SampleText(800, 5));
-  Product(0s, "BLK2.TXT", SampleText(900, 6));
-  Arrive(0s, "DIS1.TXT", SampleText(100, 7));
-  const std::map<std::string, std::string> members = {{"TOR2.TXT", SampleText(600, 8)},
-                                                      {"SND3.TXT", SampleText(1100, 9)}};
-  for (const auto& [name, content] : members) delivery_.Expect(content);
-  Arrive(0s, "PACK.ZIS", MakeArchive(members));
-  Product(1500ms, "OVRA.TXT", SampleText(1900, 10), "OVRA");
-  Product(2500ms, "OVRB.TXT", SampleText(2100, 11), "OVRB");
-}
-
-void Scenario::Lay(const std::string& name, const std::string& content) {
-  std::ofstream(folder_ / name, std::ios::binary) << content;
-}
-
-void Scenario::Deliver(const Arrival& arrival) {
-  const auto path = folder_ / ("KvData/RxFiles/" + arrival.name);
-  Lay("arriving", arrival.content);
-  fs::rename(folder_ / "arriving", path);
-}
-
-int Scenario::Live(const Trouble& trouble) {
-  Life life(folder_.path(), now_, trouble);
-  heard_ = 0;
-  try {
-    EXPECT_TRUE(life.station->Start());
-    changesOfStart_ = life.files.changes();
-    Run(life);
-  } catch (const PowerFailure&) {
-  }
-  Hear(life);
-  now_ = life.machine.clock.UtcNow() + 1s;
-  return life.files.changes();
-}
-
-void Scenario::Run(Life& life) {
-  constexpr auto kLongest = 60s;
-  const auto end = life.machine.clock.UtcNow() + kLongest;
-  while (life.machine.clock.UtcNow() < end) {
-    while (!arrivals_.empty() && arrivals_.front().at <= life.machine.clock.UtcNow()) {
-      Deliver(arrivals_.front());
-      arrivals_.pop_front();
-    }
-    life.machine.loop.RunFor(500ms);
-    Hear(life);
-    if (IsDone() && LeftOver().empty()) return;
-  }
-}
-
-/// What was still in the transmitter's buffer has not been heard.
-void Scenario::Hear(Life& life) {
-  const std::string_view carried = life.machine.line.carried;
-  const auto sent = carried.size() - std::min(carried.size(), life.machine.line.BytesWaiting());
-  if (sent <= heard_) return;
-  delivery_.Hear(carried.substr(heard_, sent - heard_));
-  heard_ = sent;
-}
-
 void ExpectNothingLost(const Scenario& scenario, const std::string& what) {
   EXPECT_TRUE(scenario.IsDone()) << what << ": missing " << scenario.delivery().Missing();
   EXPECT_EQ(scenario.delivery().foreign(), std::vector<std::string>{}) << what;
+}
+
+void ExpectNothingLostOrLeft(const Scenario& scenario, int at) {
+  const auto what = fmt::format("change {}", at);
+  ExpectNothingLost(scenario, what);
+  EXPECT_EQ(scenario.LeftOver(), std::vector<std::string>{}) << what;
 }
 
 TEST(PowerFailure, AtAnyChangeOfTheFileSystemLosesNothingAndLeavesNothingBehind) {
@@ -186,9 +173,7 @@ TEST(PowerFailure, AtAnyChangeOfTheFileSystemLosesNothingAndLeavesNothingBehind)
       Scenario scenario;
       scenario.Live({kind, at, {}, 0, 0});
       scenario.Live();
-      const auto what = "change " + std::to_string(at);
-      ExpectNothingLost(scenario, what);
-      EXPECT_EQ(scenario.LeftOver(), std::vector<std::string>{}) << what;
+      ExpectNothingLostOrLeft(scenario, at);
     }
   }
 }
@@ -204,9 +189,7 @@ TEST(PowerFailure, InTheMidstOfTheHandBackLosesNothingEither) {
     scenario.Live(first);
     scenario.Live({at % 2 == 0 ? Kind::kPowerFailsAfter : Kind::kPowerFailsAmidst, at, {}, 0, 0});
     scenario.Live();
-    const auto what = "change " + std::to_string(at);
-    ExpectNothingLost(scenario, what);
-    EXPECT_EQ(scenario.LeftOver(), std::vector<std::string>{}) << what;
+    ExpectNothingLostOrLeft(scenario, at);
   }
 }
 
@@ -227,8 +210,8 @@ TEST(RefusedChange, HoldsUpAtMostWhatItTouchesUntilItIsOver) {
       scenario.Live({Kind::kRefused, at, lasting, fault.copyCode, fault.failure});
       // A start-up that meets trouble says so and waits for the operator to start it again.
       if (at <= trial.changesOfStart()) scenario.Live();
-      ExpectNothingLost(scenario, std::string(fault.name) + " at change " + std::to_string(at) +
-                                      " for " + std::to_string(lasting.count()) + " ms");
+      ExpectNothingLost(scenario,
+                        fmt::format("{} at change {} for {} ms", fault.name, at, lasting.count()));
     }
   }
 }
