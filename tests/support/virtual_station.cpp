@@ -20,6 +20,7 @@ fs::path FastestFolder() {
 }
 
 constexpr const char* kMorseTable = OSTREL_MORSE_TABLE;
+constexpr const char* kFillName = "FILLFILE.TXT";
 
 }  // namespace
 
@@ -49,6 +50,11 @@ void VirtualStation::Restart() {
   Start();
 }
 
+void VirtualStation::StartBusy() {
+  Start();
+  Hold(1, "BUSY.TXT", SampleText(60'000));
+}
+
 void VirtualStation::Rule(std::size_t list, const std::string& keyword) {
   std::ofstream(Path("RtList" + std::to_string(list) + ".txt"), std::ios::app) << keyword << "\r\n";
 }
@@ -57,6 +63,10 @@ void VirtualStation::Set(const std::string& key, const std::string& value, Secti
   const auto store = stores.Open();
   store->SetRootKey(kHkeyLocalMachine);
   ASSERT_TRUE(store->WriteSetting(KeyPath(section), key, value));
+}
+
+void VirtualStation::Set(const std::map<std::string, std::string>& settings) {
+  for (const auto& [key, value] : settings) Set(key, value);
 }
 
 std::string VirtualStation::Get(const std::string& key, Section section) {
@@ -69,6 +79,16 @@ void VirtualStation::Drop(const std::string& name, const std::string& content) {
   WriteFile(Path("KvData/RxFiles/" + name), content);
 }
 
+void VirtualStation::Hold(int priority, const std::string& name, const std::string& content) {
+  WriteFile(Holding(priority, name), content);
+  Run(kCyclePeriod);
+}
+
+Lines VirtualStation::Queue(int priority) {
+  const auto& queue = window().PriorityList[Priority(priority)];
+  return {queue.begin(), queue.end()};
+}
+
 void VirtualStation::WriteFile(const std::string& path, const std::string& content) {
   std::ofstream(path, std::ios::binary) << content;
   realFiles.SetLastWriteTime(path, machine.clock.UtcNow());
@@ -79,22 +99,18 @@ std::string VirtualStation::ReadFile(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::vector<std::string> VirtualStation::Names(const std::string& name) {
+Lines VirtualStation::Names(const std::string& name) {
   auto names = realFiles.ListFiles(Path(name));
   std::sort(names.begin(), names.end());
   return names;
 }
 
-std::vector<StreamEvent> VirtualStation::Events() {
+std::vector<ReceivedPacket> VirtualStation::Packets() {
   StreamDecoder decoder;
   auto events = decoder.Feed(machine.line.carried);
   for (auto& event : decoder.Finish()) events.push_back(std::move(event));
-  return events;
-}
-
-std::vector<ReceivedPacket> VirtualStation::Packets() {
   std::vector<ReceivedPacket> packets;
-  for (auto& event : Events()) {
+  for (auto& event : events) {
     if (auto* packet = std::get_if<ReceivedPacket>(&event)) packets.push_back(std::move(*packet));
     EXPECT_FALSE(std::holds_alternative<DamagedPacket>(event));
     EXPECT_FALSE(std::holds_alternative<Noise>(event));
@@ -102,29 +118,46 @@ std::vector<ReceivedPacket> VirtualStation::Packets() {
   return packets;
 }
 
+Lines VirtualStation::Blocks() {
+  Lines blocks;
+  for (const auto& packet : Packets()) {
+    if (packet.name != kFillName)
+      blocks.push_back(fmt::format("{} {}/{}", packet.name, packet.block, packet.count));
+  }
+  return blocks;
+}
+
 std::vector<ReceivedProduct> VirtualStation::Products() {
   ProductAssembler assembler;
   std::vector<ReceivedProduct> products;
   for (const auto& packet : Packets()) {
     auto outcome = assembler.Accept(packet);
-    if (outcome.product) products.push_back(std::move(*outcome.product));
+    if (outcome.product && packet.name != kFillName)
+      products.push_back(std::move(*outcome.product));
   }
   return products;
 }
 
-std::vector<std::string> VirtualStation::Log() {
-  std::vector<std::string> lines;
+Lines VirtualStation::Log() {
+  Lines lines;
   ForEachLine(ReadFile(Path("RtLog.txt")),
               [&](std::string_view line) { lines.emplace_back(line); });
   return lines;
 }
 
-std::vector<std::string> VirtualStation::LogOf(const std::string& category) {
+Lines VirtualStation::LogOf(const std::string& category) {
   constexpr std::size_t kStamp = 18;
   auto lines = Log();
   std::erase_if(lines, [&](const std::string& line) {
     return line.substr(std::min(kStamp, line.size())).rfind(category + " ", 0) != 0;
   });
+  return lines;
+}
+
+Lines VirtualStation::Messages(const std::string& category) {
+  constexpr std::size_t kStampAndCategory = 31;
+  auto lines = category.empty() ? Log() : LogOf(category);
+  for (auto& line : lines) line = line.substr(std::min(kStampAndCategory, line.size()));
   return lines;
 }
 

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <fmt/format.h>
 #include <functional>
 #include <map>
 #include <memory>
@@ -24,6 +25,7 @@
 namespace ostrel {
 
 using namespace std::chrono_literals;
+using Lines = std::vector<std::string>;
 
 /// 18 November 2026, 12:00:00 UTC.
 inline constexpr UtcTime kNoon =
@@ -54,10 +56,6 @@ class FaultyFiles : public ForwardingFiles {
     if (writeFault) writeFault(p);
     real_.WriteAll(p, c);
   }
-  void Append(const std::string& p, std::string_view c) override {
-    if (writeFault) writeFault(p);
-    real_.Append(p, c);
-  }
 
   /// Returns a copy code, 0 to let the copy happen.
   std::function<int(const std::string& source, const std::string& destination)> copyFault;
@@ -66,6 +64,11 @@ class FaultyFiles : public ForwardingFiles {
   std::function<void(const std::string& path, std::int64_t offset)> readFault;
 };
 
+/// Given to `copyFault`, it keeps all that is routed in the holding folders.
+inline int RefuseQueueing(const std::string&, const std::string& destination) {
+  return destination.find("/RtXmit/") != std::string::npos ? copy_code::kDiskFull : 0;
+}
+
 class VirtualStation {
  public:
   explicit VirtualStation(UtcTime start = kNoon,
@@ -73,6 +76,8 @@ class VirtualStation {
 
   /// Start-up; rules, settings and files have been laid before. Asserts that it came up.
   void Start();
+  /// Starts and puts the first priority on the air for minutes, so that all else waits.
+  void StartBusy();
   void Run(milliseconds duration) { machine.loop.RunFor(duration); }
   /// Ends the station, if it runs, and makes another one over the same folder and store.
   void Restart();
@@ -80,6 +85,7 @@ class VirtualStation {
   // Before Start
   void Rule(std::size_t list, const std::string& keyword);
   void Set(const std::string& key, const std::string& value, Section section = Section::kSettings);
+  void Set(const std::map<std::string, std::string>& settings);
   std::string Get(const std::string& key, Section section = Section::kSettings);
 
   /// A product as the ingest program drops it.
@@ -87,17 +93,30 @@ class VirtualStation {
   void WriteFile(const std::string& path, const std::string& content);
   std::string ReadFile(const std::string& path);
   /// The names in a folder below the program folder, sorted; hidden ones left out.
-  std::vector<std::string> Names(const std::string& folder);
+  Lines Names(const std::string& folder);
   std::string Path(const std::string& name) const { return folder.path() + "/" + name; }
+  std::string InTransmitFolder(const std::string& name) const {
+    return Path("KvData/RtXmit/" + name);
+  }
+  std::string Holding(int priority, const std::string& name) const {
+    return Path(fmt::format("KvData/RtPri{}/{}", priority, name));
+  }
+  /// Lays a file into a holding folder; it is taken before this returns.
+  void Hold(int priority, const std::string& name, const std::string& content);
+  Lines Queue(int priority);
 
   /// What a receiver made of the line so far.
-  std::vector<StreamEvent> Events();
   std::vector<ReceivedPacket> Packets();
+  /// The packets as "name block/count", fill files aside.
+  Lines Blocks();
+  /// Fill files aside.
   std::vector<ReceivedProduct> Products();
   /// The log's lines, without their ends.
-  std::vector<std::string> Log();
+  Lines Log();
   /// Lines whose message follows the category `category`.
-  std::vector<std::string> LogOf(const std::string& category);
+  Lines LogOf(const std::string& category);
+  /// The same without stamp and category; of all categories when there is none.
+  Lines Messages(const std::string& category = "");
 
   Setup& setup() { return station->setup(); }
   MainWindow& window() { return station->mainWindow(); }
