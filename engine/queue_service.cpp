@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <fmt/format.h>
 
-#include "base/names.h"
-
 namespace ostrel {
 
 namespace {
@@ -52,7 +50,8 @@ void QueueService::StartFile(Priority p) {
   parts_.mainWindow.lblSending[p].Set(fmt::format("Sending {}: 1", file));
   currentFile_[p] = file;
   parts_.engine.nextBlock[p] = 1;
-  isHeldBack_[p] = !MoveToSentFolder(p, file) && parts_.files.Exists(InTransmitFolder(file));
+  isHeldBack_[p] =
+      !MoveToSentFolder(p, file) && parts_.files.Exists(parts_.values.InTransmitFolder(file));
   if (isHeldBack_[p]) stuck_.push_back({p, file, parts_.clock.Monotonic() + kReturnWait});
   ++parts_.engine.FilesSent[p];
   auto& maximum = parts_.engine.MaximumCount[p];
@@ -60,7 +59,7 @@ void QueueService::StartFile(Priority p) {
 }
 
 bool QueueService::MoveToSentFolder(Priority p, const std::string& file) {
-  const auto waiting = InTransmitFolder(file);
+  const auto waiting = parts_.values.InTransmitFolder(file);
   if (IsChecked(parts_.setup.LogIt)) {
     TryStep([&] {
       const auto written = parts_.clock.ToLocal(parts_.files.LastWriteTime(waiting));
@@ -68,8 +67,9 @@ bool QueueService::MoveToSentFolder(Priority p, const std::string& file) {
           "Sending", fmt::format("{}  - {} - {}", file, p.number(), FormatLogStamp(written)));
     });
   }
-  const bool copied = TryStep([&] { parts_.copy.CopyFile(waiting, InSentFolder(file)); });
-  TryStep([&] { SetFileWriteTime(InSentFolder(file), parts_.clock.Now()); });
+  const bool copied =
+      TryStep([&] { parts_.copy.CopyFile(waiting, parts_.values.InSentFolder(file)); });
+  TryStep([&] { SetFileWriteTime(parts_.values.InSentFolder(file), parts_.clock.Now()); });
   if (copied) TryStep([&] { parts_.files.Delete(waiting); });
   return copied;
 }
@@ -77,7 +77,7 @@ bool QueueService::MoveToSentFolder(Priority p, const std::string& file) {
 /// The entry is retired on its first turn, since there is nothing to serve; the file itself, the
 /// only copy there is, takes the way through the intake again. True when it does, or is gone.
 bool QueueService::ReturnToHoldingFolder(const Stuck& stuck) {
-  if (parts_.files.Exists(InTransmitFolder(stuck.file)))
+  if (parts_.files.Exists(parts_.values.InTransmitFolder(stuck.file)))
     return TryStep([&] { parts_.pending.Return(stuck.p, stuck.file); });
   parts_.pending.Retire(stuck.p, stuck.file);
   return true;
@@ -85,7 +85,7 @@ bool QueueService::ReturnToHoldingFolder(const Stuck& stuck) {
 
 void QueueService::ServeFile(Priority p) {
   const int n = parts_.engine.nextBlock[p];
-  const auto path = InSentFolder(currentFile_[p]);
+  const auto path = parts_.values.InSentFolder(currentFile_[p]);
   if (isHeldBack_[p]) parts_.builder.LogMissing(path);
   const long long count = isHeldBack_[p] ? 0 : parts_.builder.MakePacket(path, n);
   parts_.engine.nextBlock[p] = n + 1;
@@ -117,14 +117,6 @@ void QueueService::InsertFillFile() {
 void QueueService::SetFileWriteTime(const std::string& path, LocalTime time) {
   const auto utc = LocalToUtc(time, parts_.clock.UtcOffset());
   parts_.files.SetLastWriteTime(path, UtcTime(utc.time_since_epoch()));
-}
-
-std::string QueueService::InTransmitFolder(const std::string& file) const {
-  return parts_.values.TransmitFolder() + "/" + file;
-}
-
-std::string QueueService::InSentFolder(const std::string& file) const {
-  return parts_.values.SentFolder() + "/" + file;
 }
 
 }  // namespace ostrel

@@ -57,8 +57,6 @@ class QueueService {
   void RetireFile(Priority p);
   void InsertFillFile();
   void SetFileWriteTime(const std::string& path, LocalTime time);
-  std::string InTransmitFolder(const std::string& file) const;
-  std::string InSentFolder(const std::string& file) const;
 
   Parts parts_;
   PerPriority<std::string> currentFile_;

@@ -34,7 +34,7 @@ std::optional<std::string> Compression::CompressFile(const std::string& source,
       return;
     }
     const auto uncompressed = SizeOrZero(source);
-    const auto compressed = SizeOrZero(InTransmitFolder(archive));
+    const auto compressed = SizeOrZero(parts_.values.InTransmitFolder(archive));
     if (compressed <= uncompressed) {
       Count(compressed, uncompressed);
       placedAs = archive;
@@ -42,14 +42,14 @@ std::optional<std::string> Compression::CompressFile(const std::string& source,
     }
     Count(uncompressed, uncompressed);
     RunStep(parts_.reporting, kFileProcedure,
-            [&] { parts_.files.Delete(InTransmitFolder(archive)); });
+            [&] { parts_.files.Delete(parts_.values.InTransmitFolder(archive)); });
     placedAs = PlaceUncompressed(source, name);
   });
   return placedAs;
 }
 
 bool Compression::MakeArchive(const std::string& source, const std::string& archiveName) {
-  auto created = parts_.archives.Create(InTransmitFolder(archiveName));
+  auto created = parts_.archives.Create(parts_.values.InTransmitFolder(archiveName));
   if (created.error != 0) {
     parts_.reporting.WriteLog(kFileProcedure, CreateError(created.error));
     return false;
@@ -62,7 +62,7 @@ bool Compression::MakeArchive(const std::string& source, const std::string& arch
 
 std::string Compression::PlaceUncompressed(const std::string& source, const std::string& name) {
   auto freeName = FreeTransmitName(name);
-  parts_.copy.CopyFile(source, InTransmitFolder(freeName));
+  parts_.copy.CopyFile(source, parts_.values.InTransmitFolder(freeName));
   return freeName;
 }
 
@@ -82,7 +82,7 @@ void Compression::RefreshCompressList() {
 void Compression::CompressBlock() {
   RunStep(parts_.reporting, kBlockProcedure, [this] {
     const auto name = FreeTransmitName(BlockName(parts_.clock.Now()));
-    auto created = parts_.archives.Create(InTransmitFolder(name));
+    auto created = parts_.archives.Create(parts_.values.InTransmitFolder(name));
     if (created.error != 0) {
       parts_.reporting.WriteLog(kBlockProcedure, CreateError(created.error));
       return;
@@ -91,7 +91,7 @@ void Compression::CompressBlock() {
     const auto archived = AddListedFiles(*created.writer, uncompressed);
     created.writer->Close();  // a failure ends here: all files stay, nothing is queued
     QueueArchive(name);
-    Count(SizeOrZero(InTransmitFolder(name)), uncompressed);
+    Count(SizeOrZero(parts_.values.InTransmitFolder(name)), uncompressed);
     DeleteArchived(archived);
   });
 }
@@ -113,7 +113,7 @@ void Compression::QueueArchive(const std::string& name) {
   try {
     parts_.pending.Add(p, name);
   } catch (const Failure&) {
-    TryStep([&] { parts_.files.Delete(InTransmitFolder(name)); });
+    TryStep([&] { parts_.files.Delete(parts_.values.InTransmitFolder(name)); });
     throw;  // the files stay where they are
   }
   parts_.mainWindow.PriorityList[p].Append(name);
@@ -143,13 +143,9 @@ std::int64_t Compression::SizeOrZero(const std::string& path) {
   return size;
 }
 
-std::string Compression::InTransmitFolder(const std::string& name) const {
-  return JoinPath(parts_.values.TransmitFolder(), name);
-}
-
 std::string Compression::FreeTransmitName(std::string name) {
   return FirstFreeName(std::move(name), [this](const std::string& candidate) {
-    return parts_.files.Exists(InTransmitFolder(candidate));
+    return parts_.files.Exists(parts_.values.InTransmitFolder(candidate));
   });
 }
 

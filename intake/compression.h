@@ -53,7 +53,6 @@ class Compression {
   void DeleteArchived(const std::vector<std::string>& names);
   void Count(std::int64_t compressed, std::int64_t uncompressed);
   std::int64_t SizeOrZero(const std::string& path);
-  std::string InTransmitFolder(const std::string& name) const;
   std::string FreeTransmitName(std::string name);
   std::string BlockFolder() const { return parts_.values.HoldingFolder(kCompressFolder); }
 

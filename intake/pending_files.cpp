@@ -110,7 +110,7 @@ void PendingFiles::Return(Priority p, const std::string& name) {
       if (StripExtension(other) == StripExtension(name)) DiscardReturned(p, other);
     }
   }
-  MoveBack(p, parts_.values.TransmitFolder() + "/" + name, name);
+  MoveBack(p, parts_.values.InTransmitFolder(name), name);
   Retire(p, name);
 }
 
@@ -129,7 +129,7 @@ void PendingFiles::Taken(Priority p, const std::string& name) {
 void PendingFiles::ClearTransmitFolder() {
   RunStep(parts_.reporting, kCategory, [&] {
     for (const auto& name : parts_.files.ListFiles(parts_.values.TransmitFolder()))
-      parts_.files.Delete(parts_.values.TransmitFolder() + "/" + name);
+      parts_.files.Delete(parts_.values.InTransmitFolder(name));
   });
 }
 
@@ -137,7 +137,7 @@ void PendingFiles::Add(Priority p, const std::string& name) {
   if (!hasLinks_) return;
   auto link = FirstFreeName(
       name, [&](const std::string& n) { return parts_.files.Exists(FolderOf(p) + "/" + n); });
-  parts_.files.Link(parts_.values.TransmitFolder() + "/" + name, FolderOf(p) + "/" + link);
+  parts_.files.Link(parts_.values.InTransmitFolder(name), FolderOf(p) + "/" + link);
   links_[p][name].push_back(std::move(link));
 }
 

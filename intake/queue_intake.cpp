@@ -67,7 +67,7 @@ bool QueueIntake::Queue(Priority p, const std::string& source) {
   RunRetried(file, [&] { placedAs = Place(p, source, name); });
   if (!placedAs) return false;
   if (RunRetried(file, [&] { Enter(p, position, *placedAs); })) return true;
-  TryStep([&] { parts_.files.Delete(InTransmitFolder(*placedAs)); });
+  TryStep([&] { parts_.files.Delete(parts_.values.InTransmitFolder(*placedAs)); });
   return false;
 }
 
@@ -111,7 +111,7 @@ std::optional<std::size_t> QueueIntake::PositionToReplace(Priority p,
 
 void QueueIntake::DiscardReplaced(Priority p, std::size_t position, const std::string& name) {
   const auto& replaced = parts_.mainWindow.PriorityList[p][position];
-  TryStep([&] { parts_.files.Delete(InTransmitFolder(replaced)); });
+  TryStep([&] { parts_.files.Delete(parts_.values.InTransmitFolder(replaced)); });
   parts_.reporting.WriteLog(fmt::format("Priority {}", p.number()),
                             fmt::format("Overwrite {}, newer file received", StripDupSuffix(name)));
 }
@@ -124,9 +124,9 @@ std::optional<std::string> QueueIntake::Place(Priority p, const std::string& sou
   if (IsChecked(parts_.setup.chkSendComp[p]) && !isBackAsArchive)
     return parts_.compression.CompressFile(source, name);
   auto freeName = FirstFreeName(name, [this](const std::string& candidate) {
-    return parts_.files.Exists(InTransmitFolder(candidate));
+    return parts_.files.Exists(parts_.values.InTransmitFolder(candidate));
   });
-  parts_.copy.CopyFile(source, InTransmitFolder(freeName));
+  parts_.copy.CopyFile(source, parts_.values.InTransmitFolder(freeName));
   return freeName;
 }
 
@@ -147,14 +147,10 @@ void QueueIntake::RemoveQueued(Priority p, std::vector<std::size_t> selected) {
   for (const auto position : selected) {
     if (position >= queue.size()) continue;
     if (position == 0 && parts_.mainWindow.lblSending[p].Get().starts_with("Send")) return;
-    TryStep([&] { parts_.files.Delete(InTransmitFolder(queue[position])); });
+    TryStep([&] { parts_.files.Delete(parts_.values.InTransmitFolder(queue[position])); });
     parts_.pending.Drop(p, queue[position]);
     queue.Remove(position);
   }
-}
-
-std::string QueueIntake::InTransmitFolder(const std::string& name) const {
-  return JoinPath(parts_.values.TransmitFolder(), name);
 }
 
 }  // namespace ostrel

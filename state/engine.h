@@ -58,6 +58,11 @@ struct ProgramValues {
   }
   std::string TransmitFolder() const { return dataRoot + "/RtXmit"; }
   std::string SentFolder() const { return dataRoot + "/RtSent"; }
+  /// The path of the file `name` in the one folder or the other.
+  std::string InTransmitFolder(const std::string& name) const {
+    return TransmitFolder() + "/" + name;
+  }
+  std::string InSentFolder(const std::string& name) const { return SentFolder() + "/" + name; }
 };
 
 inline constexpr int kCompressFolder = 11;
