@@ -39,14 +39,16 @@ class Compression {
   /// it waits; nothing when it could not be placed at all, which has been reported.
   std::optional<std::string> CompressFile(const std::string& source, const std::string& name);
 
+  /// Copies `source` into RtXmit as it is, under `name` or the next free one, and returns the name
+  /// it got. Throws Failure.
+  std::string PlaceUncompressed(const std::string& source, const std::string& name);
+
   /// Reads the list of files that await block compression from their folder.
   void RefreshCompressList();
   /// Packs all listed files into one archive, queues it and deletes what is in it.
   void CompressBlock();
 
  private:
-  /// Copies `source` into RtXmit under a free name. Throws Failure.
-  std::string PlaceUncompressed(const std::string& source, const std::string& name);
   bool MakeArchive(const std::string& source, const std::string& archiveName);
   std::vector<std::string> AddListedFiles(ArchiveWriter& archive, std::int64_t& bytes);
   void QueueArchive(const std::string& name);

@@ -123,11 +123,7 @@ std::optional<std::string> QueueIntake::Place(Priority p, const std::string& sou
       parts_.pending.IsHandedBack(p, std::string(FileNameOf(source))) && IsArchive(name);
   if (IsChecked(parts_.setup.chkSendComp[p]) && !isBackAsArchive)
     return parts_.compression.CompressFile(source, name);
-  auto freeName = FirstFreeName(name, [this](const std::string& candidate) {
-    return parts_.files.Exists(parts_.values.InTransmitFolder(candidate));
-  });
-  parts_.copy.CopyFile(source, parts_.values.InTransmitFolder(freeName));
-  return freeName;
+  return parts_.compression.PlaceUncompressed(source, name);
 }
 
 void QueueIntake::Enter(Priority p, std::optional<std::size_t> position, const std::string& name) {

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "intake/compression.h"
-#include "intake/file_copy.h"
 #include "intake/pending_files.h"
 #include "intake/placed_files.h"
 
@@ -18,7 +17,6 @@ class QueueIntake {
   struct Parts {
     Files& files;
     Clock& clock;
-    FileCopy& copy;
     Compression& compression;
     PendingFiles& pending;
     Reporting& reporting;
