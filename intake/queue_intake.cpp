@@ -102,8 +102,7 @@ std::optional<std::size_t> QueueIntake::PositionToReplace(Priority p,
                                                           const std::string& name) const {
   if (!IsChecked(parts_.setup.chkOverWrite[p])) return std::nullopt;
   const auto& queue = parts_.mainWindow.PriorityList[p];
-  const bool isIdle = parts_.mainWindow.lblSending[p].Get().starts_with('P');
-  for (std::size_t i = isIdle ? 0 : 1; i < queue.size(); ++i) {
+  for (std::size_t i = parts_.mainWindow.IsIdle(p) ? 0 : 1; i < queue.size(); ++i) {
     if (StripExtension(queue[i]) == StripExtension(name)) return i;
   }
   return std::nullopt;
@@ -142,7 +141,7 @@ void QueueIntake::RemoveQueued(Priority p, std::vector<std::size_t> selected) {
   std::sort(selected.rbegin(), selected.rend());
   for (const auto position : selected) {
     if (position >= queue.size()) continue;
-    if (position == 0 && parts_.mainWindow.lblSending[p].Get().starts_with("Send")) return;
+    if (position == 0 && !parts_.mainWindow.IsIdle(p)) return;
     TryStep([&] { parts_.files.Delete(parts_.values.InTransmitFolder(queue[position])); });
     parts_.pending.Drop(p, queue[position]);
     queue.Remove(position);
