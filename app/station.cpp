@@ -52,8 +52,8 @@ Station::Station(const Platform& platform)
                  compression_, morse_, output_}),
       lifecycle_({platform_, log_, settings_, output_, pending_, ingest_, mainWindow_, setup_,
                   engine_, values_}),
-      operator_({platform_, activity_, mainWindow_, setup_, engine_, values_, morse_, schedule_,
-                 rules_, intake_, output_, settings_, transfer_, ingest_}) {
+      operator_({platform_, activity_, setup_, engine_, values_, morse_, schedule_, rules_, intake_,
+                 output_, settings_, transfer_, ingest_}) {
   platform_.cycleTimer.OnTick([this] { activity_.Run([this] { cycle_.Tick(); }); });
   HangRulesOnFields();
 }

@@ -10,7 +10,6 @@
 #include "config/activity.h"
 #include "platform/platform.h"
 #include "state/engine.h"
-#include "state/main_window.h"
 #include "state/setup.h"
 
 namespace ostrel {
@@ -36,7 +35,6 @@ class Operator {
   struct Parts {
     Platform& platform;
     Activity& activity;
-    MainWindow& mainWindow;
     Setup& setup;
     Engine& engine;
     ProgramValues& values;
