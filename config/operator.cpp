@@ -7,6 +7,7 @@
 #include "base/numbers.h"
 #include "base/reporting.h"
 #include "config/ingest_programs.h"
+#include "config/program_log.h"
 #include "config/settings_io.h"
 #include "config/settings_transfer.h"
 #include "engine/output_channels.h"
@@ -39,7 +40,7 @@ void Operator::SendMorseId() {
 
 void Operator::ViewLogfile() {
   parts_.activity.Run([this] {
-    const auto path = parts_.values.programFolder + "/RtLog.txt";
+    const auto path = LogPath(parts_.values.programFolder);
     bool started = false;
     TryStep([&] { started = parts_.platform.desktop.OpenText(path); });
     if (started) return;

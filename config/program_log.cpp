@@ -17,6 +17,10 @@ constexpr const char* kMainWindow = "frmMain";
 
 }  // namespace
 
+std::string LogPath(const std::string& programFolder) {
+  return programFolder + "/RtLog.txt";
+}
+
 std::string LogLine(LocalTime time, std::string_view category, std::string_view message) {
   const auto width = std::max(kCategoryWidth, category.size());
   return fmt::format("{} {} {}{}", FormatLogStamp(time), PadOrCut(category, width), message,

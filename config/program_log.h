@@ -15,6 +15,12 @@
 
 namespace ostrel {
 
+/// Where the log of the station in `programFolder` lies.
+std::string LogPath(const std::string& programFolder);
+
+/// One line of the log, its end included.
+std::string LogLine(LocalTime time, std::string_view category, std::string_view message);
+
 class ProgramLog : public Reporting {
  public:
   struct Parts {
@@ -32,9 +38,8 @@ class ProgramLog : public Reporting {
   void ReportError(const Failure& failure, std::string_view procedure,
                    std::string_view additional) override;
 
-  std::string Path() const { return parts_.values.programFolder + "/RtLog.txt"; }
-
  private:
+  std::string Path() const { return LogPath(parts_.values.programFolder); }
   void RotateWhenTooLarge();
   std::string ReportText(const Failure& failure, std::string_view procedure,
                          std::string_view additional) const;
@@ -44,8 +49,5 @@ class ProgramLog : public Reporting {
   Parts parts_;
   int retries_ = 0;
 };
-
-/// One line of the log, its end included.
-std::string LogLine(LocalTime time, std::string_view category, std::string_view message);
 
 }  // namespace ostrel

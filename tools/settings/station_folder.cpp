@@ -18,7 +18,7 @@ std::unique_ptr<SettingsStore> StationFolder::OpenStore() {
 }
 
 void StationFolder::WriteLog(std::string_view category, std::string_view message) {
-  files_.Append(path_ + "/RtLog.txt", LogLine(clock_.Now(), category, message));
+  files_.Append(LogPath(path_), LogLine(clock_.Now(), category, message));
 }
 
 }  // namespace ostrel
