@@ -4,7 +4,7 @@
 #include <functional>
 
 #include "base/numbers.h"
-#include "config/version.h"
+#include "config/about.h"
 #include "config/window_placement.h"
 
 namespace ostrel {

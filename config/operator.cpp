@@ -6,6 +6,7 @@
 
 #include "base/numbers.h"
 #include "base/reporting.h"
+#include "config/about.h"
 #include "config/ingest_programs.h"
 #include "config/program_log.h"
 #include "config/settings_io.h"

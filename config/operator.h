@@ -101,8 +101,4 @@ class Operator {
   Parts parts_;
 };
 
-/// Where the station's makers are found.
-inline constexpr const char* kWebSite = "https://www.corvain.example/";
-inline constexpr const char* kSupportAddress = "support@corvain.example";
-
 }  // namespace ostrel

@@ -3,8 +3,7 @@
 #include <fmt/format.h>
 
 #include "base/text.h"
-#include "config/operator.h"
-#include "config/version.h"
+#include "config/about.h"
 
 namespace ostrel {
 

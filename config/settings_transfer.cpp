@@ -1,6 +1,7 @@
 #include "config/settings_transfer.h"
 
 #include "base/reporting.h"
+#include "config/about.h"
 
 namespace ostrel {
 

@@ -10,9 +10,6 @@
 
 namespace ostrel {
 
-/// The main window's caption, which titles these messages.
-inline constexpr const char* kMainCaption = "EMWIN ReTransmission Engine - By Corvain";
-
 class SettingsTransfer {
  public:
   SettingsTransfer(Desktop& desktop, Dialogs& dialogs, Files& files,

@@ -5,7 +5,7 @@
 #include <QPushButton>
 
 #include "base/failure.h"
-#include "config/version.h"
+#include "config/about.h"
 #include "ui/looks.h"
 
 namespace ostrel::ui {

@@ -4,6 +4,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 
+#include "config/about.h"
 #include "ui/about_box.h"
 #include "ui/activity_light.h"
 #include "ui/bindings.h"
@@ -46,7 +47,7 @@ QColor ColorOf(Shade shade) {
 MainWindow::MainWindow(ostrel::MainWindow& state, const Engine& engine, Operator& operators)
     : state_(state), engine_(engine), operators_(operators), client_(new QWidget(this)) {
   setObjectName("frmMain");
-  setWindowTitle("EMWIN ReTransmission Engine - By Corvain");
+  setWindowTitle(kMainCaption);
   setContextMenuPolicy(Qt::NoContextMenu);
   client_->setFont(MainFont());
   setCentralWidget(client_);
