@@ -1,9 +1,9 @@
 #include "ident/schedule.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 
 #include "base/text.h"
-#include "intake/routing_rules.h"
 
 namespace ostrel {
 
@@ -112,7 +112,7 @@ bool Schedule::AddEntry() {
 
 void Schedule::RemoveEntries(const std::vector<std::size_t>& selected) {
   if (selected.empty()) return;
-  RemovePositions(parts_.setup.lstSchedule, selected);
+  parts_.setup.lstSchedule.RemoveEach(selected);
   SaveSchedule();
 }
 

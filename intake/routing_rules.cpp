@@ -127,7 +127,7 @@ void RoutingRules::RemoveSelectedKeywords(std::size_t index,
                                           const std::vector<std::size_t>& selected) {
   if (selected.empty()) return;
   unread_[index] = false;
-  RemovePositions(parts_.setup.SetupPriList[index], selected);
+  parts_.setup.SetupPriList[index].RemoveEach(selected);
 }
 
 void RoutingRules::LoadRuleLists() {
@@ -167,14 +167,6 @@ std::vector<std::string> RoutingRules::SaveRuleLists() {
 
 std::string RoutingRules::PathOf(std::size_t index) const {
   return fmt::format("{}/RtList{}.txt", parts_.programFolder, index);
-}
-
-void RemovePositions(ListField& list, std::vector<std::size_t> selected) {
-  std::sort(selected.begin(), selected.end());
-  selected.erase(std::unique(selected.begin(), selected.end()), selected.end());
-  for (auto position = selected.rbegin(); position != selected.rend(); ++position) {
-    if (*position < list.size()) list.Remove(*position);
-  }
 }
 
 }  // namespace ostrel

@@ -75,8 +75,4 @@ class RoutingRules {
   std::array<bool, kRuleListCount> unread_{};
 };
 
-/// Removes the entries at `selected` (any order, repeats and positions beyond the end ignored),
-/// last to first.
-void RemovePositions(ListField& list, std::vector<std::size_t> selected);
-
 }  // namespace ostrel

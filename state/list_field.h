@@ -36,10 +36,12 @@ class ListField {
     return std::find(begin(), end(), entry) != end();
   }
 
+  /// Adds `entry` behind the last one.
   void Append(std::string entry) {
     entries_.push_back(std::move(entry));
     changed_.Emit({ListChange::Kind::kInserted, entries_.size() - 1});
   }
+  /// Replace and Remove: `position` must be below size().
   void Replace(std::size_t position, std::string entry) {
     entries_[position] = std::move(entry);
     changed_.Emit({ListChange::Kind::kReplaced, position});
@@ -48,6 +50,15 @@ class ListField {
     entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(position));
     changed_.Emit({ListChange::Kind::kRemoved, position});
   }
+  /// Removes the entries at `positions`, in any order; repeats and positions beyond the end are
+  /// ignored.
+  void RemoveEach(std::vector<std::size_t> positions) {
+    std::sort(positions.begin(), positions.end());
+    positions.erase(std::unique(positions.begin(), positions.end()), positions.end());
+    for (auto position = positions.rbegin(); position != positions.rend(); ++position) {
+      if (*position < size()) Remove(*position);
+    }
+  }
   /// Takes over a whole new content; nothing happens when it is what the list holds.
   void Assign(const std::vector<std::string>& entries) {
     if (std::equal(begin(), end(), entries.begin(), entries.end())) return;
@@ -55,6 +66,7 @@ class ListField {
     changed_.Emit({ListChange::Kind::kReset, 0});
   }
 
+  /// `call` gets every change after it happened.
   [[nodiscard]] Subscription OnChange(Signal<const ListChange&>::Call call) {
     return changed_.Subscribe(std::move(call));
   }
