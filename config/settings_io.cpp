@@ -30,6 +30,14 @@ Check CheckedIf(bool on) {
   return on ? Check::kChecked : Check::kUnchecked;
 }
 
+/// The check box state that a stored text names; anything but 0 to 2 is unchecked.
+Check CheckOf(const std::string& text) {
+  if (!IsNumber(text)) return Check::kUnchecked;
+  const double state = LeadingNumber(text);
+  if (state == 1) return Check::kChecked;
+  return state == 2 ? Check::kGrayed : Check::kUnchecked;
+}
+
 std::string TextOf(const SettingField& field) {
   if (const auto* text = std::get_if<Field<std::string>*>(&field)) return (*text)->Get();
   if (const auto* box = std::get_if<Field<Check>*>(&field)) return StateOf((*box)->Get());
@@ -42,13 +50,6 @@ void Fill(const SettingField& field, const std::string& text) {
 }
 
 }  // namespace
-
-Check CheckOf(const std::string& text) {
-  if (!IsNumber(text)) return Check::kUnchecked;
-  const double state = LeadingNumber(text);
-  if (state == 1) return Check::kChecked;
-  return state == 2 ? Check::kGrayed : Check::kUnchecked;
-}
 
 std::unique_ptr<SettingsStore> SettingsIo::OpenStore() {
   auto store = parts_.stores.Open();

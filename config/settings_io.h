@@ -64,7 +64,4 @@ class SettingsIo {
   Parts parts_;
 };
 
-/// The check box state that a stored text names; anything but 0 to 2 is unchecked.
-Check CheckOf(const std::string& text);
-
 }  // namespace ostrel

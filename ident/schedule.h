@@ -45,14 +45,16 @@ class Schedule {
   /// RtSched.txt in the program folder. A file that is missing or cannot be read is an empty
   /// schedule; one that could not be read is not written over until the operator edits the list.
   void LoadSchedule();
-  void SaveSchedule();
 
   /// Enter in `txtSchedule`. Returns false when the entry was refused with a message.
   bool AddEntry();
+  /// Removes the entries at the selected positions.
   void RemoveEntries(const std::vector<std::size_t>& selected);
+  /// Says in a message how an entry is written.
   void ShowHelp();
 
  private:
+  void SaveSchedule();
   void Fire(const ScheduleEntry& entry);
   void LogFailure(const Failure& failure, const ScheduleEntry& entry);
   std::string Path() const { return parts_.programFolder + "/RtSched.txt"; }

@@ -13,11 +13,12 @@ constexpr milliseconds kWait{100};
 constexpr std::int32_t kApplicationErrorBase = -2147221504;  // 0x80040000
 constexpr std::int32_t kCopyErrors = 1000;
 
-}  // namespace
-
+/// The code in decimal, a blank, and the system's text for it, if it has one.
 std::string SystemErrorText(int code) {
   return fmt::format("{} {}", code, CopyCodeText(code));
 }
+
+}  // namespace
 
 void FileCopy::CopyFile(const std::string& source, const std::string& destination) {
   int code = copy_code::kInUse;

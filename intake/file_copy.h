@@ -9,9 +9,6 @@
 
 namespace ostrel {
 
-/// The code in decimal, a blank, and the system's text for it, if it has one.
-std::string SystemErrorText(int code);
-
 class FileCopy {
  public:
   FileCopy(Files& files, Clock& clock) : files_(files), clock_(clock) {}
