@@ -5,6 +5,7 @@
 
 #include "base/numbers.h"
 #include "config/about.h"
+#include "config/settings_table.h"
 #include "config/window_placement.h"
 
 namespace ostrel {
@@ -80,8 +81,7 @@ void Lifecycle::RemoveTemporaries() {
 
 void Lifecycle::PlaceMainWindow() {
   CentreMainWindow(parts_.platform.dialogs);
-  const auto store = parts_.platform.stores.Open();
-  store->SetRootKey(kHkeyLocalMachine);
+  const auto store = OpenAtRoot(parts_.platform.stores);
   RestorePlacement(*store, parts_.platform.dialogs);
 }
 
@@ -129,8 +129,7 @@ void Lifecycle::ShutDown() {
 }
 
 void Lifecycle::SavePlacement() {
-  const auto store = parts_.platform.stores.Open();
-  store->SetRootKey(kHkeyLocalMachine);
+  const auto store = OpenAtRoot(parts_.platform.stores);
   StorePlacement(*store, parts_.platform.dialogs.Placement());
 }
 

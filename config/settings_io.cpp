@@ -51,14 +51,8 @@ void Fill(const SettingField& field, const std::string& text) {
 
 }  // namespace
 
-std::unique_ptr<SettingsStore> SettingsIo::OpenStore() {
-  auto store = parts_.stores.Open();
-  store->SetRootKey(kHkeyLocalMachine);
-  return store;
-}
-
 void SettingsIo::LoadProgramValues() {
-  const auto store = OpenStore();
+  const auto store = OpenAtRoot(parts_.stores);
   const auto rows = StartupSettings(parts_.values.programFolder);
   auto row = rows.begin();
   const auto next = [&] {
@@ -103,7 +97,7 @@ void SettingsIo::ShowProgramValues() {
 }
 
 void SettingsIo::LoadFields() {
-  const auto store = OpenStore();
+  const auto store = OpenAtRoot(parts_.stores);
   for (const auto& row : FieldSettings(parts_.setup, parts_.values.programFolder))
     Fill(row.field, store->ReadSetting(KeyPath(row.section), row.key, row.fallback));
   // Set here as well: an interval that is the field's initial text is no change of it.
@@ -148,7 +142,7 @@ void SettingsIo::TakeProgramValues() {
 }
 
 void SettingsIo::StoreFields(std::vector<std::string>& unsaved) {
-  const auto store = OpenStore();
+  const auto store = OpenAtRoot(parts_.stores);
   const auto write = [&](Section section, const std::string& key, const std::string& text) {
     if (!store->WriteSetting(KeyPath(section), key, text)) unsaved.push_back(key);
   };

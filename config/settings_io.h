@@ -2,7 +2,6 @@
 // out whenever the operator leaves the dialog.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -54,7 +53,6 @@ class SettingsIo {
   SaveOutcome SaveSettings();
 
  private:
-  std::unique_ptr<SettingsStore> OpenStore();
   void ShowProgramValues();
   void LoadFields();
   /// Appends the keys that could not be stored to `unsaved`.

@@ -16,6 +16,12 @@ std::string KeyPath(Section section) {
   return {};
 }
 
+std::unique_ptr<SettingsStore> OpenAtRoot(SettingsStores& stores) {
+  auto store = stores.Open();
+  store->SetRootKey(kHkeyLocalMachine);
+  return store;
+}
+
 std::vector<SettingRow> FieldSettings(Setup& setup, const std::string& programFolder) {
   constexpr auto kOwn = Section::kSettings;
   constexpr auto kShared = Section::kShared;

@@ -1,11 +1,13 @@
 // Every setting of the station, one row each: its key, its section, its default and the field that
-// holds it. Load, save, the settings tool, the manual page and the tests all read this table.
+// holds it. Loading, saving and the settings tool go by this table.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include "platform/settings_store.h"
 #include "state/setup.h"
 
 namespace ostrel {
@@ -14,6 +16,9 @@ enum class Section { kSettings, kScreen, kShared };
 
 /// The key path of a section below the root.
 std::string KeyPath(Section section);
+
+/// Opens a store at the root under which the sections lie. Throws Failure 57.
+std::unique_ptr<SettingsStore> OpenAtRoot(SettingsStores& stores);
 
 /// The tree that an export saves: this program's sections and the family's.
 inline constexpr const char* kFamilyTree = "Software\\Corvain";

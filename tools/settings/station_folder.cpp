@@ -11,12 +11,6 @@ StationFolder::StationFolder(const std::string& folder)
     throw Failure(failure_number::kPathNotFound, "There is no folder " + path_);
 }
 
-std::unique_ptr<SettingsStore> StationFolder::OpenStore() {
-  auto store = stores_.Open();
-  store->SetRootKey(kHkeyLocalMachine);
-  return store;
-}
-
 void StationFolder::WriteLog(std::string_view category, std::string_view message) {
   files_.Append(LogPath(path_), LogLine(clock_.Now(), category, message));
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "config/settings_table.h"
 #include "platform/linux/linux_clock.h"
 #include "platform/linux/linux_files.h"
 #include "platform/linux/sqlite_settings_store.h"
@@ -20,7 +21,7 @@ class StationFolder {
   const std::string& path() const { return path_; }
   Files& files() { return files_; }
   /// The settings store, its root key set.
-  std::unique_ptr<SettingsStore> OpenStore();
+  std::unique_ptr<SettingsStore> OpenStore() { return OpenAtRoot(stores_); }
   /// One line in the station's log.
   void WriteLog(std::string_view category, std::string_view message);
 

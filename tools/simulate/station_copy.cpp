@@ -87,12 +87,11 @@ void StationCopy::CopySettings(const std::string& folder) {
     remarks_.push_back("The station has no settings yet; the defaults count.");
     return;
   }
-  const auto store = SqliteSettingsStores(folder + "/KvRegistry.db").Open();
-  store->SetRootKey(kHkeyLocalMachine);
-  auto values = store->List(kFamilyTree);
+  SqliteSettingsStores original(folder + "/KvRegistry.db");
+  auto values = OpenAtRoot(original)->List(kFamilyTree);
   for (auto& value : values) value.value = Turned(value.value, folder, path_);
-  const auto copy = SqliteSettingsStores(StorePath()).Open();
-  copy->SetRootKey(kHkeyLocalMachine);
+  SqliteSettingsStores stores(StorePath());
+  const auto copy = OpenAtRoot(stores);
   copy->WriteAll(values);
   Set("IngestPath", IngestFolder());
   const auto fillPath = copy->ReadSetting(KeyPath(Section::kSettings), "FillFilePriPath", "");
@@ -103,9 +102,8 @@ void StationCopy::CopySettings(const std::string& folder) {
 }
 
 void StationCopy::Set(const std::string& key, const std::string& value) {
-  const auto store = SqliteSettingsStores(StorePath()).Open();
-  store->SetRootKey(kHkeyLocalMachine);
-  store->WriteSetting(KeyPath(Section::kSettings), key, value);
+  SqliteSettingsStores stores(StorePath());
+  OpenAtRoot(stores)->WriteSetting(KeyPath(Section::kSettings), key, value);
 }
 
 }  // namespace ostrel
