@@ -3,6 +3,7 @@
 
 readonly bin=build/release/bin
 readonly baud=38400
+readonly main_title='EMWIN ReTransmission Engine - By Corvain'
 
 # deliver FILE FOLDER: the file appears in the ingest folder at once and whole.
 deliver() {
@@ -52,6 +53,19 @@ start_monitor() {
   cat "$3" >&2
   echo "The monitor did not make its line." >&2
   return 1
+}
+
+# start_display FOLDER: a display with a window manager for this script alone. Leaves their process ids
+# in `server` and `manager`, and their logs in the folder.
+start_display() {
+  Xvfb -displayfd 5 -screen 0 1280x900x24 5>"$1/display" 2>"$1/server.log" &
+  server=$!
+  until [ -s "$1/display" ]; do sleep 0.1; done
+  DISPLAY=:$(cat "$1/display")
+  export DISPLAY
+  openbox --startup "touch $1/managed" >"$1/manager.log" 2>&1 &
+  manager=$!
+  until [ -e "$1/managed" ]; do sleep 0.1; done
 }
 
 # start_program STATION LOG: leaves its process id in `program`.
