@@ -74,11 +74,10 @@ Label* MainWindow::AddLabel(const char* name, const QRect& place) {
   return label;
 }
 
-QLabel* MainWindow::AddCaption(const char* name, const QRect& place, const char* text) {
+void MainWindow::AddCaption(const char* name, const QRect& place, const char* text) {
   auto* const label = AddLabel<QLabel>(name, place);
   label->setText(text);
   label->setAttribute(Qt::WA_TransparentForMouseEvents);
-  return label;
 }
 
 QLabel* MainWindow::AddFigure(const char* name, const QRect& place, Field<std::string>& field) {

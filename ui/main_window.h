@@ -26,7 +26,7 @@ class MainWindow : public QMainWindow {
  private:
   template <typename Label>
   Label* AddLabel(const char* name, const QRect& place);
-  QLabel* AddCaption(const char* name, const QRect& place, const char* text);
+  void AddCaption(const char* name, const QRect& place, const char* text);
   QLabel* AddFigure(const char* name, const QRect& place, Field<std::string>& field);
   void AddBoxedFigure(const char* name, const QRect& place, Field<std::string>& field);
 

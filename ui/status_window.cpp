@@ -41,11 +41,10 @@ StatusWindow::StatusWindow(const ostrel::MainWindow& state, const Engine& engine
   Refresh();
 }
 
-QLabel* StatusWindow::AddTitle(QGridLayout* grid, int column, const char* name, const char* text) {
+void StatusWindow::AddTitle(QGridLayout* grid, int column, const char* name, const char* text) {
   auto* const title = new QLabel(text, this);
   title->setObjectName(name);
   grid->addWidget(title, 0, column, Qt::AlignHCenter);
-  return title;
 }
 
 QLabel* StatusWindow::AddValue(QGridLayout* grid, int column, Priority p, const char* name) {

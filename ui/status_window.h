@@ -18,7 +18,7 @@ class StatusWindow : public QDialog {
   StatusWindow(const ostrel::MainWindow& state, const Engine& engine, QWidget* parent);
 
  private:
-  QLabel* AddTitle(QGridLayout* grid, int column, const char* name, const char* text);
+  void AddTitle(QGridLayout* grid, int column, const char* name, const char* text);
   QLabel* AddValue(QGridLayout* grid, int column, Priority p, const char* name);
   QWidget* BuildTable();
   void Refresh();
