@@ -35,6 +35,7 @@ class FilePurge {
   void SetPurgeAge(milliseconds age) { next_.age = age; }
   /// Adds what was set to the registered folders.
   void AddPurgeFolder() { folders_.push_back(next_); }
+  /// Looks at the folders now, and from now on every minute.
   void StartPurge();
 
  private:

@@ -23,13 +23,13 @@ inline constexpr milliseconds kCyclePeriod{125};
 struct Engine {
   bool portReady = false;
   bool timingReadout = false;
-  LocalTime TxStart{};
-  std::string PendingPacket;  // empty, or one packet
-  int datagramSequence = 1;   // 1 to 60
-  PerPriority<int> nextBlock;
-  PerPriority<int> FilesSent;
-  PerPriority<int> MaximumCount;
-  int FillsSent = 0;
+  LocalTime TxStart{};            // of the present transmit period, or pause
+  std::string PendingPacket;      // empty, or one packet
+  int datagramSequence = 1;       // 1 to 60
+  PerPriority<int> nextBlock;     // 1 and up, of the file on the air
+  PerPriority<int> FilesSent;     // since midnight
+  PerPriority<int> MaximumCount;  // the longest queue since midnight
+  int FillsSent = 0;              // since midnight
   CompressionTotals compression;
 
   int FilesSentInAll() const {
@@ -65,6 +65,7 @@ struct ProgramValues {
   std::string InSentFolder(const std::string& name) const { return SentFolder() + "/" + name; }
 };
 
+/// The holding folder whose files await block compression.
 inline constexpr int kCompressFolder = 11;
 
 }  // namespace ostrel

@@ -14,6 +14,8 @@ namespace ostrel::ui {
 /// How much a text field has to hold.
 enum class FieldWidth { kNumber, kText, kPath };
 
+/// The makers of a page's elements: each is bound to its field and gets `name` as its object's
+/// name.
 QLineEdit* MakeTextField(QWidget* page, const char* name, Field<std::string>& field,
                          const char* toolTip, FieldWidth width = FieldWidth::kNumber);
 /// A value with a tool tip is one that the mouse steps, and looks it.
@@ -30,7 +32,9 @@ class Form {
   /// Lays out `page`, whose rows are added from the top.
   explicit Form(QWidget* page);
 
+  /// One row: caption, field and unit.
   void AddRow(const char* caption, QWidget* field, const char* unit = "");
+  /// One row that takes the whole width.
   void AddWide(QWidget* widget);
   void AddWide(QLayout* layout);
   void AddGap();

@@ -14,6 +14,7 @@ struct MenuItem {
   std::function<void()> call;
 };
 
+/// Adds a menu to the bar; `name` is its object's name.
 void AddMenu(QMenuBar* bar, const char* caption, const char* name,
              const std::vector<MenuItem>& items);
 

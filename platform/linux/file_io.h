@@ -1,4 +1,5 @@
-// Reading and writing on an open descriptor, to the end, whatever the system does in one call.
+// What the system's file calls leave to their caller: reading and writing on an open descriptor to
+// the end, whatever one call does, and times in the system's form.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +19,9 @@ int WriteFully(int descriptor, std::string_view bytes);
 /// there, or a negative system error.
 std::int64_t ReadFully(int descriptor, std::int64_t offset, std::span<char> buffer);
 
+/// `time` as the system takes it.
 timespec ToTimespec(UtcTime time);
+/// The last-write time, to the millisecond below.
 UtcTime WriteTimeOf(const struct stat& status);
 
 }  // namespace ostrel

@@ -7,9 +7,12 @@
 
 namespace ostrel {
 
+/// How much is read from the system at once: few for the first entry, many for all of them.
 enum class Portion { kFewEntries, kManyEntries };
+/// What the visitor of an entry wants next.
 enum class Reading { kContinue, kEnough };
 
+/// One entry; good only while it is visited.
 struct FolderEntry {
   int folder;          // open descriptor of the folder
   const char* name;    // never "." or ".."
