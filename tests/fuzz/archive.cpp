@@ -1,7 +1,9 @@
 // Received archives: nothing leaves the folder, nothing hidden appears in it, no bound is passed.
 #include <filesystem>
 
+#include "platform/linux/linux_files.h"
 #include "platform/linux/zip_archives.h"
+#include "platform/virtual/virtual_clock.h"
 #include "tests/fuzz/fuzz_support.h"
 #include "tests/support/temp_folder.h"
 

@@ -1,23 +1,23 @@
 // The pattern matcher against a slow one that follows the words of its definition.
+#include <optional>
+
 #include "intake/match_pattern.h"
 #include "tests/fuzz/fuzz_support.h"
 
 namespace ostrel {
 namespace {
 
-bool IsIn(unsigned char c, std::string_view list, bool& isMalformed) {
-  bool found = false;
+/// Nothing for a list that is malformed.
+std::optional<bool> IsIn(unsigned char c, std::string_view list) {
+  bool found = list.starts_with('-') && c == '-';
+  if (list.starts_with('-')) list.remove_prefix(1);
   while (!list.empty()) {
+    const bool isRange = list.size() >= 3 && list[1] == '-';
     const auto low = static_cast<unsigned char>(list[0]);
-    if (list.size() >= 3 && list[1] == '-') {
-      const auto high = static_cast<unsigned char>(list[2]);
-      isMalformed = isMalformed || low > high;
-      found = found || (c >= low && c <= high);
-      list.remove_prefix(3);
-    } else {
-      found = found || c == low;
-      list.remove_prefix(1);
-    }
+    const auto high = isRange ? static_cast<unsigned char>(list[2]) : low;
+    if (low > high) return std::nullopt;
+    found = found || (c >= low && c <= high);
+    list.remove_prefix(isRange ? 3 : 1);
   }
   return found;
 }
@@ -39,13 +39,9 @@ bool MatchSlowly(std::string_view text, std::string_view pattern) {
     auto list = pattern.substr(1, end - 1);
     const bool isNegated = !list.empty() && list[0] == '!';
     if (isNegated) list.remove_prefix(1);
-    bool isMalformed = false;
-    const bool isFirstHyphen = !list.empty() && list[0] == '-';
-    if (isFirstHyphen) list.remove_prefix(1);
-    const bool isMember = IsIn(static_cast<unsigned char>(text[0]), list, isMalformed) ||
-                          (isFirstHyphen && text[0] == '-');
-    if (isMalformed) return false;
-    fits = isMember != isNegated;
+    const auto isMember = IsIn(static_cast<unsigned char>(text[0]), list);
+    if (!isMember) return false;
+    fits = *isMember != isNegated;
     taken = end + 1;
   }
   return fits && MatchSlowly(text.substr(1), pattern.substr(taken));

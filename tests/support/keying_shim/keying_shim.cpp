@@ -142,33 +142,13 @@ struct AtExit {
 
 extern "C" {
 
-#define MODE_OF(flags, last)                      \
-  mode_t mode = 0;                                \
-  if (((flags) & (O_CREAT | __O_TMPFILE)) != 0) { \
-    va_list arguments;                            \
-    va_start(arguments, last);                    \
-    mode = va_arg(arguments, mode_t);             \
-    va_end(arguments);                            \
-  }
-
 int open(const char* path, int flags, ...) {
-  MODE_OF(flags, flags)
+  va_list arguments;
+  va_start(arguments, flags);
+  const bool makes = (flags & (O_CREAT | __O_TMPFILE)) != 0;
+  const mode_t mode = makes ? va_arg(arguments, mode_t) : 0;
+  va_end(arguments);
   return Opened(Real<int (*)(const char*, int, ...)>("open")(path, flags, mode));
-}
-
-int open64(const char* path, int flags, ...) {
-  MODE_OF(flags, flags)
-  return Opened(Real<int (*)(const char*, int, ...)>("open64")(path, flags, mode));
-}
-
-int openat(int folder, const char* path, int flags, ...) {
-  MODE_OF(flags, flags)
-  return Opened(Real<int (*)(int, const char*, int, ...)>("openat")(folder, path, flags, mode));
-}
-
-int openat64(int folder, const char* path, int flags, ...) {
-  MODE_OF(flags, flags)
-  return Opened(Real<int (*)(int, const char*, int, ...)>("openat64")(folder, path, flags, mode));
 }
 
 int close(int descriptor) {
