@@ -10,9 +10,9 @@
 #include "base/names.h"
 #include "base/text.h"
 #include "platform/linux/descriptor.h"
-#include "platform/linux/exclusive_test.h"
 #include "platform/linux/file_io.h"
 #include "platform/linux/folder_reader.h"
+#include "platform/linux/held_alone.h"
 #include "platform/linux/system_error.h"
 #include "platform/linux/temporary_file.h"
 

@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 
 #include "base/names.h"
-#include "platform/linux/exclusive_test.h"
+#include "platform/linux/held_alone.h"
 #include "platform/linux/temporary_file.h"
 #include "platform/virtual/virtual_clock.h"
 #include "tests/support/failure_of.h"

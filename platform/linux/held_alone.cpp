@@ -1,4 +1,4 @@
-#include "platform/linux/exclusive_test.h"
+#include "platform/linux/held_alone.h"
 
 #include <cerrno>
 #include <fcntl.h>
