@@ -1,11 +1,18 @@
-// What the fuzz targets share: the input's parts, and a demand that ends the run.
+// What the fuzz targets share: the input's parts, files in memory, and a demand that ends the run.
 #pragma once
 
 #include <cstdint>
 #include <cstdlib>
 #include <fmt/format.h>
+#include <map>
 #include <string>
 #include <string_view>
+
+#include "base/failure.h"
+#include "base/reporting.h"
+#include "platform/linux/linux_files.h"
+#include "platform/virtual/virtual_clock.h"
+#include "tests/support/forwarding_files.h"
 
 namespace ostrel {
 
@@ -26,5 +33,33 @@ inline void Demand(bool holds, const char* what) {
   fmt::print(stderr, "does not hold: {}\n", what);
   std::abort();
 }
+
+/// Holds whole files by path, and nothing else.
+class FilesInMemory : public ForwardingFiles {
+ public:
+  FilesInMemory() : ForwardingFiles(real_) {}
+
+  bool Exists(const std::string& path) override { return content_.contains(path); }
+  std::string ActualPath(const std::string& path) override { return path; }
+  std::string ReadAll(const std::string& path) override {
+    const auto found = content_.find(path);
+    if (found == content_.end()) throw Failure(failure_number::kFileNotFound, "File not found");
+    return found->second;
+  }
+  void WriteAll(const std::string& path, std::string_view content) override {
+    content_[path] = content;
+  }
+  int Copy(const std::string&, const std::string&) override { return copy_code::kFileNotFound; }
+
+ private:
+  VirtualClock clock_{UtcTime{}};
+  LinuxFiles real_{clock_};
+  std::map<std::string, std::string> content_;
+};
+
+struct SilentReporting : Reporting {
+  void WriteLog(std::string_view, std::string_view) override {}
+  void ReportError(const Failure&, std::string_view, std::string_view) override {}
+};
 
 }  // namespace ostrel
