@@ -30,7 +30,7 @@ void FilePurge::PurgeFolder(const Registration& registration) {
     const auto path = registration.folder + name;
     // A file that goes away under the purge, or cannot be deleted now, is none of its concern.
     TryStep([&] {
-      if (parts_.files.LastWriteTime(path) >= limit) return;
+      if (parts_.files.Status(path).written >= limit) return;
       parts_.files.Delete(path);
       onDeleted_(registration.folder, name);
     });

@@ -58,7 +58,7 @@ void ProgramLog::WriteLog(std::string_view category, std::string_view message) {
 
 void ProgramLog::RotateWhenTooLarge() {
   std::int64_t size = 0;
-  RunRetried([&] { size = parts_.files.Size(Path()); });
+  RunRetried([&] { size = parts_.files.Status(Path()).size; });
   if (size <= parts_.values.logSize) return;
   RunRetried([&] { parts_.files.Rename(Path(), parts_.values.programFolder + "/RtLog.old"); });
 }

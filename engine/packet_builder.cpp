@@ -33,11 +33,11 @@ void PacketBuilder::LogMissing(const std::string& path) {
 }
 
 void PacketBuilder::Build(const std::string& path, long long n, long long& count) {
-  const auto stamp = TimeStamp(path);
-  count = BlockCount(parts_.files.Size(path));
+  const auto status = parts_.files.Status(path);
+  count = BlockCount(status.size);
   if (n > count) return;
 
-  const PacketHeader header{NameField(FileNameOf(path)), n, count, stamp};
+  const PacketHeader header{NameField(FileNameOf(path)), n, count, TimeStamp(status.written)};
   ShowProgress(header);
   Block block{};  // where the file ends inside the block, the rest stays zero
   parts_.files.ReadBlock(path, (n - 1) * static_cast<std::int64_t>(kBlockSize), block);
@@ -48,9 +48,8 @@ void PacketBuilder::Build(const std::string& path, long long n, long long& count
   }
 }
 
-std::string PacketBuilder::TimeStamp(const std::string& path) {
-  const auto written = parts_.clock.ToLocal(parts_.files.LastWriteTime(path));
-  return FormatGeneral(LocalToUtc(written, parts_.clock.UtcOffset()));
+std::string PacketBuilder::TimeStamp(UtcTime written) {
+  return FormatGeneral(LocalToUtc(parts_.clock.ToLocal(written), parts_.clock.UtcOffset()));
 }
 
 void PacketBuilder::ShowProgress(const PacketHeader& header) {

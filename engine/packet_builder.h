@@ -39,7 +39,7 @@ class PacketBuilder {
  private:
   void Build(const std::string& path, long long n, long long& count);
   void ShowProgress(const PacketHeader& header);
-  std::string TimeStamp(const std::string& path);
+  std::string TimeStamp(UtcTime written);
 
   Parts parts_;
 };

@@ -62,7 +62,7 @@ bool QueueService::MoveToSentFolder(Priority p, const std::string& file) {
   const auto waiting = parts_.values.InTransmitFolder(file);
   if (IsChecked(parts_.setup.LogIt)) {
     TryStep([&] {
-      const auto written = parts_.clock.ToLocal(parts_.files.LastWriteTime(waiting));
+      const auto written = parts_.clock.ToLocal(parts_.files.Status(waiting).written);
       parts_.reporting.WriteLog(
           "Sending", fmt::format("{}  - {} - {}", file, p.number(), FormatLogStamp(written)));
     });

@@ -139,7 +139,7 @@ void Compression::Count(std::int64_t compressed, std::int64_t uncompressed) {
 
 std::int64_t Compression::SizeOrZero(const std::string& path) {
   std::int64_t size = 0;
-  TryStep([&] { size = parts_.files.Size(path); });
+  TryStep([&] { size = parts_.files.Status(path).size; });
   return size;
 }
 

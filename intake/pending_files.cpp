@@ -80,11 +80,11 @@ void PendingFiles::HandBack(Priority p) {
 std::vector<PendingFiles::Recorded> PendingFiles::RecordOf(Priority p) {
   std::vector<Recorded> files;
   for (const auto& link : parts_.files.ListFiles(FolderOf(p)))
-    files.push_back({link, parts_.files.LastWriteTime(FolderOf(p) + "/" + link), false});
+    files.push_back({link, parts_.files.Status(FolderOf(p) + "/" + link).written, false});
   for (const auto& name : parts_.files.ListFiles(BackFolderOf(p))) {
     back_[p].insert(name);
     if (parts_.files.Exists(InHoldingFolder(p, name))) {
-      files.push_back({name, parts_.files.LastWriteTime(InHoldingFolder(p, name)), true});
+      files.push_back({name, parts_.files.Status(InHoldingFolder(p, name)).written, true});
     } else {
       Taken(p, name);
     }

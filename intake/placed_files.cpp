@@ -13,14 +13,14 @@ void PlacedFiles::Delete(const std::string& path) {
       marks_.erase(path);
       return;
     }
-    marks_.insert_or_assign(path, MarkOf(path));
+    marks_.insert_or_assign(path, files_.Status(path));
     throw;
   }
 }
 
 bool PlacedFiles::Contains(const std::string& path) {
   const auto mark = marks_.find(path);
-  return mark != marks_.end() && mark->second == MarkOf(path);
+  return mark != marks_.end() && mark->second == files_.Status(path);
 }
 
 }  // namespace ostrel

@@ -20,15 +20,8 @@ class PlacedFiles {
   bool Contains(const std::string& path);
 
  private:
-  struct Mark {
-    std::int64_t size;
-    UtcTime time;
-    friend bool operator==(const Mark&, const Mark&) = default;
-  };
-  Mark MarkOf(const std::string& path) { return {files_.Size(path), files_.LastWriteTime(path)}; }
-
   Files& files_;
-  std::map<std::string, Mark> marks_;
+  std::map<std::string, FileStatus> marks_;
 };
 
 }  // namespace ostrel

@@ -77,7 +77,7 @@ std::string QueueIntake::OldestOfProduct(Priority p, const std::string& file) co
   const auto product = ToUpper(StripExtension(file));
   const auto age = [&](const std::string& name) {
     return std::pair(!parts_.pending.IsHandedBack(p, name),
-                     parts_.files.LastWriteTime(JoinPath(folder, name)));
+                     parts_.files.Status(JoinPath(folder, name)).written);
   };
   auto oldest = std::pair(age(file), file);
   for (const auto& other : parts_.files.ListFiles(folder)) {

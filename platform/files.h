@@ -27,6 +27,12 @@ inline constexpr int kNameTooLong = 206;
 inline constexpr int kDeviceError = 1117;
 }  // namespace copy_code
 
+struct FileStatus {
+  std::int64_t size = 0;  // bytes
+  UtcTime written;        // last-write time
+  friend bool operator==(const FileStatus&, const FileStatus&) = default;
+};
+
 class Files {
  public:
   virtual ~Files() = default;
@@ -44,8 +50,7 @@ class Files {
   /// in ASCII case alone; what does not exist stays as given. Schedule entries are kept in lower
   /// case.
   virtual std::string ActualPath(const std::string& path) = 0;
-  virtual std::int64_t Size(const std::string& path) = 0;
-  virtual UtcTime LastWriteTime(const std::string& path) = 0;
+  virtual FileStatus Status(const std::string& path) = 0;
   /// Sets the last-write time alone.
   virtual void SetLastWriteTime(const std::string& path, UtcTime time) = 0;
 

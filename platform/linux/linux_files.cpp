@@ -118,12 +118,9 @@ std::string LinuxFiles::ActualPath(const std::string& path) {
   return actual;
 }
 
-std::int64_t LinuxFiles::Size(const std::string& path) {
-  return StatusOf(path).st_size;
-}
-
-UtcTime LinuxFiles::LastWriteTime(const std::string& path) {
-  return WriteTimeOf(StatusOf(path));
+FileStatus LinuxFiles::Status(const std::string& path) {
+  const auto status = StatusOf(path);
+  return {status.st_size, WriteTimeOf(status)};
 }
 
 void LinuxFiles::SetLastWriteTime(const std::string& path, UtcTime time) {

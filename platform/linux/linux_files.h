@@ -15,8 +15,7 @@ class LinuxFiles : public Files {
   std::vector<std::string> ListFiles(const std::string& folder) override;
   bool Exists(const std::string& path) override;
   std::string ActualPath(const std::string& path) override;
-  std::int64_t Size(const std::string& path) override;
-  UtcTime LastWriteTime(const std::string& path) override;
+  FileStatus Status(const std::string& path) override;
   void SetLastWriteTime(const std::string& path, UtcTime time) override;
   void TestExclusive(const std::string& path) override;
   int Copy(const std::string& source, const std::string& destination) override;

@@ -54,7 +54,7 @@ void ZipWriter::Add(const std::string& folder, const std::string& name) {
     ArchiveFails(zip_strerror(archive));
   }
   const auto index = static_cast<zip_uint64_t>(added);
-  const auto time = std::chrono::floor<seconds>(files_.LastWriteTime(path)).time_since_epoch();
+  const auto time = std::chrono::floor<seconds>(files_.Status(path).written).time_since_epoch();
   if (zip_set_file_compression(archive, index, ZIP_CM_DEFLATE, kStrongest) != 0 ||
       zip_file_set_mtime(archive, index, time.count(), 0) != 0) {
     ArchiveFails(zip_strerror(archive));

@@ -23,9 +23,9 @@ class HeldFiles : public ForwardingFiles {
     fault("append");
     real_.Append(p, c);
   }
-  std::int64_t Size(const std::string& p) override {
+  FileStatus Status(const std::string& p) override {
     fault("size");
-    return real_.Size(p);
+    return real_.Status(p);
   }
   std::function<void(std::string_view step)> fault = [](std::string_view) {};
 };

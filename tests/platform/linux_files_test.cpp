@@ -71,7 +71,7 @@ TEST_F(LinuxFilesTest, TellsAFileThatSomebodyHoldsOpen) {
 TEST_F(LinuxFilesTest, GoesByLocksAndTheLastWriteWhereThereAreNoLeases) {
   // The system gives no lease on a folder, as it gives none on another owner's file.
   const Descriptor file(open(folder_.path().c_str(), O_RDONLY));
-  const UtcTime written = files_.LastWriteTime(folder_.path());
+  const UtcTime written = files_.Status(folder_.path()).written;
   EXPECT_FALSE(IsHeldAlone(file.Get(), written + 1999ms));
   EXPECT_TRUE(IsHeldAlone(file.Get(), written + 2000ms));
   EXPECT_TRUE(IsHeldAlone(file.Get(), written - 1h));  // a stamp of a clock gone wrong
@@ -88,7 +88,7 @@ TEST_F(LinuxFilesTest, CopiesWholeUnderTheStationsTime) {
   const Descriptor reader(open(longest.c_str(), O_RDONLY));
   EXPECT_EQ(files_.Copy(Path("source"), longest), copy_code::kDone);
   EXPECT_EQ(files_.ReadAll(longest), content);
-  EXPECT_EQ(files_.LastWriteTime(longest), clock_.UtcNow());
+  EXPECT_EQ(files_.Status(longest).written, clock_.UtcNow());
   char old[4] = {};
   EXPECT_EQ(read(reader.Get(), old, 4), 3);  // who was reading sees no half of the new one
   EXPECT_EQ(Entries().size(), 2u);
@@ -119,7 +119,7 @@ TEST_F(LinuxFilesTest, FailsWithTheNumbersThatTheStationKnows) {
   const struct {
     int number;
     std::function<void()> step;
-  } rows[] = {{53, [&] { files_.Size(Path("none")); }},
+  } rows[] = {{53, [&] { files_.Status(Path("none")); }},
               {53, [&] { files_.TestExclusive(Path("none")); }},
               {53, [&] { files_.Rename(Path("none"), Path("folder/x")); }},
               {76, [&] { files_.WriteAll(Path("none/x"), ""); }},

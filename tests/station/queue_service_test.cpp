@@ -49,7 +49,7 @@ TEST_F(QueueServiceTest, TheFillFileGoesInOncePerTurnUntilItIsQueued) {
   // One lies between two packets of 10.2 s: the turns of a fill file do without a second one.
   EXPECT_EQ(static_cast<std::size_t>(engine().FillsSent), station.Packets().size());
   EXPECT_GE(station.Packets().size(), 6U);
-  const auto stamp = station.realFiles.LastWriteTime(station.Path("FillFile.txt"));
+  const auto stamp = station.realFiles.Status(station.Path("FillFile.txt")).written;
   EXPECT_GT(stamp, kNoon + 50s) << "it carries the time of its last insertion";
 }
 

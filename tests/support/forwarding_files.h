@@ -13,8 +13,7 @@ class ForwardingFiles : public Files {
   std::vector<std::string> ListFiles(const std::string& f) override { return real_.ListFiles(f); }
   bool Exists(const std::string& p) override { return real_.Exists(p); }
   std::string ActualPath(const std::string& p) override { return real_.ActualPath(p); }
-  std::int64_t Size(const std::string& p) override { return real_.Size(p); }
-  UtcTime LastWriteTime(const std::string& p) override { return real_.LastWriteTime(p); }
+  FileStatus Status(const std::string& p) override { return real_.Status(p); }
   void SetLastWriteTime(const std::string& p, UtcTime t) override { real_.SetLastWriteTime(p, t); }
   void TestExclusive(const std::string& p) override { real_.TestExclusive(p); }
   int Copy(const std::string& s, const std::string& d) override { return real_.Copy(s, d); }
