@@ -19,21 +19,6 @@ Rows RowsOf(const std::vector<StoredValue>& values) {
   return rows;
 }
 
-TEST(RegistryText, ComesBackAsItWasWritten) {
-  const std::vector<StoredValue> values = {
-      {kOwnPath, "", "the key's own value", false},
-      {kOwnPath, "CWIDText", "a \"quoted\" \\ text = [x] ; \xC3\xA9", false},
-      {kOwnPath, "name \"q\\\"", "", false},
-      {kOwnPath, "Lines", "one\r\ntwo", false},
-      {"Software\\Corvain\\Pellum\\Shared", "Number", "dword:0000000a", true},
-  };
-  const auto text = FormatRegistryText(values);
-  EXPECT_NE(text.find(kOwnKey + "@=\"the key's own value\"\r\n"), std::string::npos) << text;
-  const auto import = ParseRegistryText(text);
-  EXPECT_EQ(RowsOf(import.values), RowsOf(values));
-  EXPECT_TRUE(import.leftOut.empty());
-}
-
 TEST(RegistryText, TakesTheFamilysTreeAndSaysWhatItLeavesOut) {
   const auto import = ParseRegistryText(
       "REGEDIT4\n\n; a remark\n"

@@ -6,12 +6,6 @@
 namespace ostrel {
 namespace {
 
-using Lines = std::vector<std::string>;
-
-Lines Entries(VirtualStation& station) {
-  return {station.setup().lstSchedule.begin(), station.setup().lstSchedule.end()};
-}
-
 TEST(ScheduleEntries, AreCheckedAndStoredInLowerCase) {
   VirtualStation station;
   station.Start();
@@ -34,7 +28,7 @@ TEST(ScheduleEntries, AreCheckedAndStoredInLowerCase) {
   for (const auto* entry :
        {"13:00 /In/File.TXT /Out/A B.txt", "13:00 /IN/file.txt /OUT/a b.txt", "23:59 /only"})
     EXPECT_EQ(enter(entry), "");
-  EXPECT_EQ(Entries(station), (Lines{"13:00 /in/file.txt /out/a b.txt", "23:59 /only"}));
+  EXPECT_EQ(Entries(station.setup().lstSchedule), (Lines{"13:00 /in/file.txt /out/a b.txt", "23:59 /only"}));
   EXPECT_EQ(station.ReadFile(station.Path("RtSched.txt")),
             "13:00 /in/file.txt /out/a b.txt\r\n23:59 /only\r\n");
 }
@@ -44,7 +38,7 @@ TEST(ScheduleEntries, AreLoadedAsTheyStandAndRemovedTogetherWithOneRewrite) {
   station.WriteFile(station.Path("RtSched.txt"),
                     "  01:00 /A /B  \n123456789\r\nno time /c /d\r\n02:00 /e /f\r\n\r\n");
   station.Start();
-  EXPECT_EQ(Entries(station), (Lines{"01:00 /A /B", "no time /c /d", "02:00 /e /f"}));
+  EXPECT_EQ(Entries(station.setup().lstSchedule), (Lines{"01:00 /A /B", "no time /c /d", "02:00 /e /f"}));
 
   int writes = 0;
   station.files.writeFault = [&](const std::string& path) {
@@ -55,7 +49,7 @@ TEST(ScheduleEntries, AreLoadedAsTheyStandAndRemovedTogetherWithOneRewrite) {
   station.station->operators().RemoveScheduleEntries({0, 2});
   EXPECT_EQ(writes, 1);
   station.Restart();
-  EXPECT_EQ(Entries(station), Lines{"no time /c /d"});
+  EXPECT_EQ(Entries(station.setup().lstSchedule), Lines{"no time /c /d"});
 }
 
 }  // namespace

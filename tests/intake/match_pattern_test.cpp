@@ -7,38 +7,31 @@ namespace ostrel {
 namespace {
 
 TEST(MatchPattern, FollowsThePatternLanguage) {
-  const std::pair<const char*, const char*> matching[] = {{"", ""},
-                                                          {"", "*"},
-                                                          {"ZFPSFOCA.TXT", "ZFP*"},
-                                                          {"AXB", "A?B"},
-                                                          {"RR3DMXIA.TXT", "RR#*"},
-                                                          {"XABYABZ", "*AB*ABZ"},
-                                                          {"A.ZI,X", "*.ZI[S,P]*"},
-                                                          {"B5", "[A-C][0-9]"},
-                                                          {"D5", "[!A-C]#"},
-                                                          {"!", "[A!]"},
-                                                          {"-", "[-A]"},
-                                                          {"-", "[A-]"},
-                                                          {"[", "[[]"},
-                                                          {"*", "[*?#]"},
-                                                          {"]", "]"}};
-  for (const auto& [text, pattern] : matching)
-    EXPECT_TRUE(MatchPattern(text, pattern)) << text << " against " << pattern;
-  // The last ones are malformed, and match nothing.
-  const std::pair<const char*, const char*> others[] = {{"ZFPSFOCA.TXT", "zfp*"},
-                                                        {"ZFPSFOCA.TXT", "ZFP"},
-                                                        {"A", ""},
-                                                        {"AB", "A?B"},
-                                                        {"RRSDMXIA.TXT", "RR#*"},
-                                                        {"XABYABZQ", "*AB*ABZ"},
-                                                        {"A.ZIX", "*.ZI[S,P]*"},
-                                                        {"D5", "[A-C][0-9]"},
-                                                        {"X", "[*?#]"},
-                                                        {"[A", "[A"},
-                                                        {"B", "[C-A]"},
-                                                        {"A", "[]"}};
-  for (const auto& [text, pattern] : others)
-    EXPECT_FALSE(MatchPattern(text, pattern)) << text << " against " << pattern;
+  const struct {
+    const char *pattern, *matching, *other;  // null where there is no such text
+  } rows[] = {{"", "", "A"},
+              {"*", "", nullptr},
+              {"ZFP*", "ZFPSFOCA.TXT", "zfpsfoca.txt"},
+              {"A?B", "AXB", "AB"},
+              {"RR#*", "RR3DMXIA.TXT", "RRSDMXIA.TXT"},
+              {"*AB*ABZ", "XABYABZ", "XABYABZQ"},
+              {"*.ZI[S,P]*", "A.ZI,X", "A.ZIX"},
+              {"[A-C][0-9]", "B5", "D5"},
+              {"[!A-C]#", "D5", "B5"},
+              {"[A!]", "!", "B"},
+              {"[-A]", "-", "B"},
+              {"[A-]", "-", "B"},
+              {"[[]", "[", "]"},
+              {"[*?#]", "*", "X"},
+              {"]", "]", "["},
+              // malformed
+              {"[A", nullptr, "[A"},
+              {"[C-A]", nullptr, "B"},
+              {"[]", nullptr, "A"}};
+  for (const auto& [pattern, matching, other] : rows) {
+    EXPECT_TRUE(!matching || MatchPattern(matching, pattern)) << matching << " by " << pattern;
+    EXPECT_FALSE(other && MatchPattern(other, pattern)) << other << " by " << pattern;
+  }
 }
 
 TEST(MatchPattern, AnswersAtOnceWhateverThePattern) {

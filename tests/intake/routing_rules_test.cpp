@@ -1,79 +1,34 @@
 #include "intake/routing_rules.h"
 
-#include <fmt/format.h>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 
 #include "base/text.h"
-#include "platform/linux/linux_files.h"
-#include "platform/virtual/virtual_clock.h"
-#include "platform/virtual/virtual_desk.h"
-#include "tests/support/forwarding_files.h"
-#include "tests/support/temp_folder.h"
+#include "tests/support/virtual_station.h"
 
 namespace ostrel {
 namespace {
 
-using Lines = std::vector<std::string>;
-
-class UnreadableFiles : public ForwardingFiles {
- public:
-  using ForwardingFiles::ForwardingFiles;
-  std::string ReadAll(const std::string& p) override {
-    if (p == unreadable) throw Failure(failure_number::kDeviceError, "Device I/O error");
-    return real_.ReadAll(p);
-  }
-  void WriteAll(const std::string& p, std::string_view c) override {
-    if (p == unwritable) throw Failure(failure_number::kDiskFull, "Disk full");
-    real_.WriteAll(p, c);
-  }
-  std::string unreadable, unwritable;
-};
-
-class RoutingRulesTest : public testing::Test, public Reporting {
+class RoutingRulesTest : public testing::Test {
  protected:
-  void WriteLog(std::string_view, std::string_view) override {}
-  void ReportError(const Failure&, std::string_view procedure,
-                   std::string_view additional) override {
-    reported.push_back(std::string(procedure).append(additional));
-  }
-
   /// Enters `keyword`; returns the refusal's title and text, or nothing.
   std::string Enter(std::size_t list, const std::string& keyword) {
-    dialogs.messages.clear();
+    auto& messages = station.machine.dialogs.messages;
+    messages.clear();
     setup.pri1inbox[list].Set(keyword);
-    rules.AddKeyword(list);
-    if (dialogs.messages.empty()) return "";
-    EXPECT_EQ(dialogs.messages[0].icon, MessageIcon::kExclamation);
-    EXPECT_EQ(setup.pri1inbox[list].Get(), ToUpper(keyword)) << "is left standing";
-    return dialogs.messages[0].title + "|" + dialogs.messages[0].text;
+    station.station->operators().AddKeyword(list);
+    EXPECT_EQ(setup.pri1inbox[list].Get(), messages.empty() ? "" : ToUpper(keyword));
+    return messages.empty() ? "" : messages[0].title + "|" + messages[0].text;
   }
-  Lines Entries(std::size_t list) const {
-    return {setup.SetupPriList[list].begin(), setup.SetupPriList[list].end()};
-  }
-  std::string PathOf(int list) const {
-    return folder.path() + "/RtList" + std::to_string(list) + ".txt";
-  }
-  void Lay(int list, const std::string& text) {
-    std::ofstream(PathOf(list), std::ios::binary) << text;
-  }
-  std::string Content(int list) const {
-    std::ifstream file(PathOf(list), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  std::string PathOf(std::size_t list) { return station.Path(fmt::format("RtList{}.txt", list)); }
+  std::string Content(std::size_t list) { return station.ReadFile(PathOf(list)); }
+  Lines ListOf(std::size_t list) { return Entries(setup.SetupPriList[list]); }
 
-  TempFolder folder;
-  VirtualClock clock{UtcTime{}};
-  LinuxFiles realFiles{clock};
-  UnreadableFiles files{realFiles};
-  VirtualDialogs dialogs;
-  ostrel::Setup setup;
-  Lines reported;
-  RoutingRules rules{{files, dialogs, *this, setup, folder.path()}};
+  VirtualStation station;
+  ostrel::Setup& setup = station.setup();
 };
 
 TEST_F(RoutingRulesTest, AKeywordIsRefusedForTheFirstThingWrongWithIt) {
+  station.Start();
   const std::string wildcards =
       "Not enough information...|You have entered too many wildcard characters. \r\n"
       "Please be more specific.";
@@ -86,14 +41,12 @@ TEST_F(RoutingRulesTest, AKeywordIsRefusedForTheFirstThingWrongWithIt) {
       {"ab*", ""},        {"zfp.txt", ""},        {"[!ab]*", ""},
       {"??x", wildcards}, {"A", wildcards},       {"?..?", letters},
       {"A1*#", letters},  {"\xC4\xD6X", letters}, {"..xx", periods}};
-  for (const auto& [keyword, refusal] : cases) {
-    EXPECT_EQ(Enter(3, keyword), refusal) << keyword;
-    EXPECT_EQ(setup.pri1inbox[3].Get().empty(), refusal.empty()) << keyword;
-  }
-  EXPECT_EQ(Entries(3), (Lines{"AB*", "ZFP.TXT", "[!AB]*"}));
+  for (const auto& [keyword, refusal] : cases) EXPECT_EQ(Enter(3, keyword), refusal) << keyword;
+  EXPECT_EQ(ListOf(3), (Lines{"AB*", "ZFP.TXT", "[!AB]*"}));
 }
 
 TEST_F(RoutingRulesTest, AKeywordStandsOnceInAllListsButCopies) {
+  station.Start();
   const std::pair<std::size_t, const char*> tabs[] = {{0, "Priority 1"},
                                                       {9, "Priority 10"},
                                                       {kCompressList, "Compress"},
@@ -107,16 +60,15 @@ TEST_F(RoutingRulesTest, AKeywordStandsOnceInAllListsButCopies) {
     setup.lblCopies.Set(" 3 ");
     EXPECT_EQ(Enter(kCopiesList, keyword), "") << "the copies list is compared with none";
   }
-  rules.RemoveSelectedKeywords(kCopiesList, {});
-  EXPECT_EQ(Entries(kCopiesList).size(), 4U);
-  rules.RemoveSelectedKeywords(kCopiesList, {3, 0, 1});
-  EXPECT_EQ(Entries(kCopiesList), Lines{"ZFP10* | C=3"});
+  station.station->operators().RemoveKeywords(kCopiesList, {});
+  EXPECT_EQ(ListOf(kCopiesList).size(), 4U);
+  station.station->operators().RemoveKeywords(kCopiesList, {3, 0, 1});
+  EXPECT_EQ(ListOf(kCopiesList), Lines{"ZFP10* | C=3"});
 }
 
-TEST_F(RoutingRulesTest, ACopiesEntryIsAKeywordAndACount) {
+TEST(CopiesEntry, IsAKeywordAndACount) {
   const struct {
-    const char* entry;
-    const char* keyword;
+    const char *entry, *keyword;
     int count;
   } cases[] = {{"ZFP* |C=12 OR SO", "ZFP*", 12},
                {"C=4ZFP* | C=3", "C=4ZFP*", 4},
@@ -129,33 +81,41 @@ TEST_F(RoutingRulesTest, ACopiesEntryIsAKeywordAndACount) {
 }
 
 TEST_F(RoutingRulesTest, TheListFilesAreReadForgivinglyAndWrittenPlainly) {
-  Lay(0, "  zfp* \r\n\r\n    \r\nA.B.C\nlast");
-  Lay(2, "LOST*\r\n");
-  Lay(12, "zfp* | c=3\r\nNO COUNT |\r\nNOBAR C=2\r\n  AFD* |C=2\r\n");
-  files.unreadable = PathOf(2);
-  rules.LoadRuleLists();
-  EXPECT_EQ(Entries(0), (Lines{"ZFP*", "A.B.C", "LAST"})) << "loaded keywords are not checked";
-  EXPECT_EQ(Entries(kCopiesList), (Lines{"ZFP* | C=3", "AFD* |C=2"}));
-  EXPECT_EQ(Entries(1), Lines{}) << "a missing file is an empty list";
-  EXPECT_EQ(reported, Lines{"LoadRuleLists File Name: " + PathOf(2)});
+  station.WriteFile(PathOf(0), "  zfp* \r\n\r\n    \r\nA.B.C\nlast");
+  station.WriteFile(PathOf(2), "LOST*\r\n");
+  station.WriteFile(PathOf(12), "zfp* | c=3\r\nNO COUNT |\r\nNOBAR C=2\r\n  AFD* |C=2\r\n");
+  station.files.readFault = [&](const std::string& path, std::int64_t) {
+    if (path == PathOf(2)) throw Failure(failure_number::kDeviceError, "Device I/O error");
+  };
+  station.files.writeFault = [&](const std::string& path) {
+    if (path == PathOf(5)) throw Failure(failure_number::kDiskFull, "Disk full");
+  };
+  station.Start();
+  EXPECT_EQ(ListOf(0), (Lines{"ZFP*", "A.B.C", "LAST"})) << "loaded keywords are not checked";
+  EXPECT_EQ(ListOf(kCopiesList), (Lines{"ZFP* | C=3", "AFD* |C=2"}));
+  EXPECT_EQ(ListOf(1), Lines{}) << "a missing file is an empty list";
 
-  files.unwritable = PathOf(5);
-  EXPECT_EQ(rules.SaveRuleLists(), Lines{"RtList5.txt"});
+  station.station->operators().LeaveSetup();
+  EXPECT_EQ(station.machine.dialogs.messages.at(0).text,
+            "These settings could not be saved: RtList5.txt.");
   EXPECT_EQ(Content(0), "ZFP*\r\nA.B.C\r\nLAST\r\n");
   EXPECT_EQ(Content(2), "LOST*\r\n") << "what could not be read is not written over";
-  EXPECT_FALSE(files.Exists(PathOf(5)));
-  EXPECT_EQ(reported.back(), "SaveRuleLists File Name: " + PathOf(5));
+  const auto failures = station.LogOf("LoadRuleLists"), others = station.LogOf("SaveRuleLists");
+  ASSERT_EQ(failures.size() + others.size(), 2U);
+  EXPECT_TRUE(failures[0].ends_with("LoadRuleLists  File Name: " + PathOf(2))) << failures[0];
+  EXPECT_TRUE(others[0].ends_with("SaveRuleLists  File Name: " + PathOf(5))) << others[0];
 
   Enter(2, "new*");
-  rules.SaveRuleLists();
+  station.station->operators().LeaveSetup();
   EXPECT_EQ(Content(2), "NEW*\r\n") << "until the operator has edited the list";
 }
 
 // An operator who typed the lists that come with the program would meet no refusal and end up with
 // the same files.
 TEST_F(RoutingRulesTest, TheListsOfANewStationAreWhatAnOperatorCouldHaveEntered) {
+  station.Start();
   const auto starter = [&](std::size_t list) {
-    return files.ReadAll(fmt::format(OSTREL_SOURCE_DIR "/packaging/station/RtList{}.txt", list));
+    return station.ReadFile(fmt::format(OSTREL_SOURCE_DIR "/packaging/station/RtList{}.txt", list));
   };
   for (std::size_t list = 0; list < kRuleListCount; ++list) {
     ForEachLine(starter(list), [&](std::string_view line) {
@@ -164,9 +124,9 @@ TEST_F(RoutingRulesTest, TheListsOfANewStationAreWhatAnOperatorCouldHaveEntered)
       EXPECT_EQ(Enter(list, list == kCopiesList ? copies.keyword : std::string(line)), "") << line;
     });
   }
-  rules.SaveRuleLists();
+  station.station->operators().LeaveSetup();
   for (std::size_t list = 0; list < kRuleListCount; ++list)
-    EXPECT_EQ(Content(static_cast<int>(list)), starter(list)) << list;
+    EXPECT_EQ(Content(list), starter(list)) << list;
 }
 
 }  // namespace

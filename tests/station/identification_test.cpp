@@ -51,24 +51,6 @@ TEST(Identification, KeysTheWorkedExampleToTheMillisecond) {
   EXPECT_EQ(station.LogOf("CW ID"), Lines{"11/18/26 12:00:32 CW ID         Sent - DE E"});
 }
 
-TEST(Identification, NoPauseBeginsWhileItKeys) {
-  VirtualStation station;
-  station.Set({{"CWIDTime", "2"}, {"CWIDText", "DE EMWIN TEST DE EMWIN TEST DE EMWIN TEST"}});
-  // It keys beyond the minute at which the pause is due.
-  station.Set({{"CWSpeed", "0"}, {"TxUpTime", "1"}, {"ComBaud", "38400"}});
-  station.Start();
-  Lines pauses;
-  station.machine.line.onWrite = [&](std::string_view bytes) {
-    EXPECT_NE(station.window().lblActivefile.Get(), "Station ID");
-    if (bytes != "Transmit Timeout") return;
-    EXPECT_TRUE(station.machine.line.KeyLine1());
-    pauses.push_back(FormatLogStamp(station.machine.clock.Now()).substr(9));
-  };
-  station.Run(10min);
-  ASSERT_GE(pauses.size(), 2U);
-  EXPECT_GT(pauses[0], "12:02:10") << "due in the middle of the text, it waited";
-}
-
 TEST(Identification, AFailureGivesEverythingBackAndBeginsTheCountdownAgain) {
   VirtualStation station;
   station.Set({{"CWIDTime", "1"}, {"ComBaud", "38400"}});

@@ -62,19 +62,6 @@ TEST(PendingFiles, OfAProductThatIsOverwrittenOnlyTheNewestComesBack) {
   }
 }
 
-TEST(PendingFiles, AnArchiveThatComesBackIsNotZippedAgain) {
-  KilledStation station;
-  station.Set("CompressPri3", "1");
-  station.StartBusy();
-  station.Hold(4, "C.TXT", SampleText(9000));
-  const auto archive = station.ReadFile(station.InTransmitFolder("C.ZIP"));
-  station.KillAndStart();
-  EXPECT_EQ(station.Held(4), (Contents{{"C.ZIP", archive}}));
-  station.Run(kCyclePeriod);
-  EXPECT_EQ(station.Queue(4), Lines{"C.ZIP"});
-  EXPECT_EQ(station.ReadFile(station.InTransmitFolder("C.ZIP")), archive);
-}
-
 TEST(PendingFiles, WhatIsPastThePurgeAgeStaysAway) {
   for (const auto& [hours, down, comesBack] :
        {std::tuple{"1.5", 89min, true}, {"1.5", 91min, false}, {"0", 60'000min, true}}) {

@@ -35,18 +35,6 @@ TEST(QueueIntake, ANewerFileReplacesTheOneOfItsProductThatWaits) {
   }
 }
 
-TEST(QueueIntake, ACompressedFileIsReplacedByTheNameItWasReceivedUnder) {
-  VirtualStation station;
-  station.Set({{"OverWrite2", "1"}, {"CompressPri2", "1"}});
-  station.StartBusy();
-  station.Hold(3, "A.TXT", SampleText(9000));
-  station.Hold(3, "B.TXT", SampleText(9000));
-  station.Hold(3, "A.TXT", "short");
-  EXPECT_EQ(station.Queue(3), (Lines{"A.TXT", "B.ZIP"})) << "too short for an archive";
-  station.Hold(3, "A.TXT", SampleText(8000));
-  EXPECT_EQ(station.Queue(3), (Lines{"A.ZIP", "B.ZIP"}));
-}
-
 TEST(QueueIntake, TwentyRetriesServeAllPrioritiesOfACall) {
   VirtualStation station;
   station.StartBusy();

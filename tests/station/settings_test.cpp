@@ -47,22 +47,5 @@ TEST(Settings, EveryKeyMakesTheRoundThroughSaveStopAndStart) {
   EXPECT_EQ(values.engine, 2);
 }
 
-TEST(Settings, OddStoredValuesAreReadAsFarAsTheyGo) {
-  VirtualStation station;
-  station.Set({{"Engine", "3"}, {"LogSize", "big"}, {"PacketHost", "TRUE"}, {"UnZipFiles", "-1"}});
-  station.Set({{"IngestPath", ""}, {"CompressNbrFiles", ""}, {"LogProgram", "yes"}});
-  station.Set("OverWrite3", "2");
-  station.Start();
-  const auto& values = station.station->values();
-  EXPECT_EQ(values.logSize, 0);
-  EXPECT_TRUE(values.packetHost && values.unZipFiles && values.ingestPath.empty());
-  EXPECT_EQ(station.setup().CompFiles.Get(), "20");
-  EXPECT_EQ(station.setup().LogIt.Get(), Check::kUnchecked);
-  EXPECT_EQ(station.setup().chkOverWrite[Priority(4)].Get(), Check::kGrayed);
-  EXPECT_EQ(Save(station), SaveOutcome::kHide);
-  EXPECT_EQ(station.Get("Engine"), "0");
-  EXPECT_EQ(station.Get("LogSize"), "50000");
-}
-
 }  // namespace
 }  // namespace ostrel

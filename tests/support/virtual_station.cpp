@@ -85,8 +85,7 @@ void VirtualStation::Hold(int priority, const std::string& name, const std::stri
 }
 
 Lines VirtualStation::Queue(int priority) {
-  const auto& queue = window().PriorityList[Priority(priority)];
-  return {queue.begin(), queue.end()};
+  return Entries(window().PriorityList[Priority(priority)]);
 }
 
 void VirtualStation::WriteFile(const std::string& path, const std::string& content) {

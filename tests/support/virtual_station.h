@@ -52,6 +52,10 @@ class FaultyFiles : public ForwardingFiles {
     if (readFault) readFault(p, o);
     return real_.ReadBlock(p, o, b);
   }
+  std::string ReadAll(const std::string& p) override {
+    if (readFault) readFault(p, 0);
+    return real_.ReadAll(p);
+  }
   void WriteAll(const std::string& p, std::string_view c) override {
     if (writeFault) writeFault(p);
     real_.WriteAll(p, c);
@@ -63,6 +67,10 @@ class FaultyFiles : public ForwardingFiles {
   std::function<void(const std::string&path)> deleteFault, lockFault, writeFault;
   std::function<void(const std::string& path, std::int64_t offset)> readFault;
 };
+
+inline Lines Entries(const ListField& list) {
+  return {list.begin(), list.end()};
+}
 
 /// Given to `copyFault`, it keeps all that is routed in the holding folders.
 inline int RefuseQueueing(const std::string&, const std::string& destination) {
