@@ -8,62 +8,40 @@
 #include <stdexcept>
 #include <stdlib.h>
 #include <string>
-#include <unistd.h>
+
+#include "platform/linux/descriptor.h"
 
 namespace ostrel {
 
 class PseudoTerminal {
  public:
-  PseudoTerminal() : descriptor_(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {
-    if (descriptor_ < 0 || grantpt(descriptor_) != 0 || unlockpt(descriptor_) != 0) {
-      throw std::runtime_error("no pseudo-terminal");
-    }
-    device_ = ptsname(descriptor_);
+  PseudoTerminal() {
+    if (unlockpt(descriptor()) != 0) throw std::runtime_error("no pseudo-terminal");
   }
-  ~PseudoTerminal() { Pull(); }
-  PseudoTerminal(const PseudoTerminal&) = delete;
-  PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
-  int descriptor() const { return descriptor_; }
-  const std::string& device() const { return device_; }
-
+  int descriptor() const { return ours_.Get(); }
   /// The device vanishes.
-  void Pull() {
-    if (descriptor_ >= 0) close(descriptor_);
-    descriptor_ = -1;
-  }
-
+  void Pull() { ours_.Reset(); }
   /// Makes `link` point here, in place of whatever it was.
   void LinkAt(const std::string& link) const {
     std::filesystem::remove(link);
-    std::filesystem::create_symlink(device_, link);
+    std::filesystem::create_symlink(ptsname(descriptor()), link);
   }
-
-  /// What has arrived; waits for the first byte, up to five seconds, when `wait` is set.
-  std::string Read(bool wait = true) {
-    pollfd ready = {descriptor_, POLLIN, 0};
-    if (wait) poll(&ready, 1, 5000);
+  /// What has arrived; waits until that is `least` bytes or none has come for five seconds.
+  std::string Read(std::size_t least = 0) {
     std::string bytes;
     std::array<char, 4096> buffer;
-    for (ssize_t count; (count = read(descriptor_, buffer.data(), buffer.size())) > 0;) {
-      bytes.append(buffer.data(), static_cast<std::size_t>(count));
-    }
-    return bytes;
-  }
-  /// Reads on until `count` bytes are there or none has come for five seconds.
-  std::string ReadBytes(std::size_t count) {
-    std::string bytes;
-    while (bytes.size() < count) {
-      const std::string more = Read();
-      if (more.empty()) break;
-      bytes += more;
-    }
+    pollfd ready = {descriptor(), POLLIN, 0};
+    do {
+      for (ssize_t count; (count = read(descriptor(), buffer.data(), buffer.size())) > 0;) {
+        bytes.append(buffer.data(), static_cast<std::size_t>(count));
+      }
+    } while (bytes.size() < least && poll(&ready, 1, 5000) > 0 && (ready.revents & POLLIN) != 0);
     return bytes;
   }
 
  private:
-  int descriptor_;
-  std::string device_;
+  Descriptor ours_{posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)};
 };
 
 }  // namespace ostrel
