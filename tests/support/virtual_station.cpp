@@ -33,6 +33,7 @@ VirtualStation::VirtualStation(UtcTime start, std::vector<ZoneRule> zone)
 }
 
 void VirtualStation::MakeStation() {
+  station.reset();
   station = std::make_unique<Station>(machine.For(folder.path(), files, archives, stores));
 }
 
@@ -45,7 +46,6 @@ void VirtualStation::Restart() {
   if (!machine.dialogs.hasEnded) station->Stop();
   machine.clock.stopRequested = machine.clock.shutdownBegun = false;
   machine.dialogs.hasEnded = false;
-  station.reset();
   MakeStation();
   Start();
 }

@@ -81,6 +81,7 @@ class VirtualStation {
  public:
   explicit VirtualStation(UtcTime start = kNoon,
                           std::vector<ZoneRule> zone = {{UtcTime{}, std::chrono::seconds(0)}});
+  virtual ~VirtualStation() = default;
 
   /// Start-up; rules, settings and files have been laid before. Asserts that it came up.
   void Start();
@@ -137,8 +138,9 @@ class VirtualStation {
   SqliteSettingsStores stores{folder.path() + "/KvRegistry.db"};
   std::unique_ptr<Station> station;
 
- private:
-  void MakeStation();
+ protected:
+  /// In the place of the one before, if there is one.
+  virtual void MakeStation();
 };
 
 /// A product's text of `length` bytes that tells itself from any other.

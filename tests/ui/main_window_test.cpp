@@ -23,7 +23,7 @@ TEST(MainWindow, ElementsStandAtTheirPlacesUnderTheirNames) {
 
 TEST(MainWindow, TheStationsFiguresAndColoursShow) {
   WindowedStation ostrel;
-  auto& state = ostrel.station->mainWindow();
+  auto& state = ostrel.window();
   auto* const file = ostrel.Find<QLabel>("lblActivefile");
   state.lblActivefileBackColor.Set(Shade::kRed);
   state.lblActivefile.Set("Station ID");
@@ -46,7 +46,7 @@ TEST(MainWindow, AFastSecondClickSwitchesTheTimingReadoutOffAgain) {
 
 TEST(MainWindow, DeleteTakesTheSelectedEntriesOutOfTheirQueueOnly) {
   WindowedStation ostrel;
-  auto& queues = ostrel.station->mainWindow().PriorityList;
+  auto& queues = ostrel.window().PriorityList;
   for (const char* const name : {"A.TXT", "B.TXT", "C.TXT", "D.TXT"}) {
     queues[Priority(2)].Append(name);
     queues[Priority(3)].Append(name);
@@ -61,7 +61,7 @@ TEST(MainWindow, DeleteTakesTheSelectedEntriesOutOfTheirQueueOnly) {
 
 TEST(MainWindow, TenThousandEntriesFollowTheirQueueByPosition) {
   WindowedStation ostrel;
-  auto& queue = ostrel.station->mainWindow().PriorityList[Priority(1)];
+  auto& queue = ostrel.window().PriorityList[Priority(1)];
   auto* const view = ostrel.Find<ui::ListView>("PriorityList(0)");
   QSignalSpy reset(view->model(), &QAbstractItemModel::modelReset);
   for (int i = 0; i < 10000; ++i) queue.Append("FILE" + std::to_string(i) + ".TXT");
@@ -82,7 +82,7 @@ TEST(MainWindow, TenThousandEntriesFollowTheirQueueByPosition) {
 
 TEST(MainWindow, TheStatusWindowShowsTheQueuesAtOnceAndIsOnlyOne) {
   WindowedStation ostrel;
-  ostrel.station->mainWindow().PriorityList[Priority(10)].Append("A.TXT");
+  ostrel.window().PriorityList[Priority(10)].Append("A.TXT");
   ostrel.station->engine().MaximumCount[Priority(10)] = 7;
   ostrel.Find<QAction>("mnuStatus")->trigger();
   ostrel.Find<QAction>("mnuStatus")->trigger();
@@ -94,14 +94,12 @@ TEST(MainWindow, TheStatusWindowShowsTheQueuesAtOnceAndIsOnlyOne) {
 
 TEST(MainWindow, TheErrorWindowStampsTheLatestMessage) {
   WindowedStation ostrel;
-  ui::WindowDialogs dialogs(ostrel.machine.clock);
-  dialogs.Attach(*ostrel.mainWindow, *ostrel.setup);
-  dialogs.ShowErrorWindow("first\r\nline");
+  ostrel.dialogs.ShowErrorWindow("first\r\nline");
   ostrel.machine.clock.Advance(std::chrono::seconds(5));
-  dialogs.ShowErrorWindow("second");
+  ostrel.dialogs.ShowErrorWindow("second");
   auto* const display = ostrel.Find<QPlainTextEdit>("txtDisplay");
   EXPECT_EQ(display->toPlainText(), "11/18/2026 12:00:05\nsecond");
-  dialogs.CloseErrorWindow();
+  ostrel.dialogs.CloseErrorWindow();
   EXPECT_FALSE(display->isVisible());
 }
 
@@ -110,7 +108,7 @@ TEST(MainWindow, TheCloseBoxEndsTheStationAndTheNextWindowComesBackWhereItStood)
   ostrel.mainWindow->setGeometry(120, 90, 600, 500);
   const QPoint place = ostrel.mainWindow->pos();
   EXPECT_FALSE(ostrel.mainWindow->close());
-  EXPECT_TRUE(ostrel.HasEnded());
+  EXPECT_TRUE(ostrel.machine.dialogs.hasEnded);
   EXPECT_FALSE(ostrel.machine.cycleTimer.IsRunning());
   ostrel.Restart();
   EXPECT_EQ(ostrel.mainWindow->pos(), place);

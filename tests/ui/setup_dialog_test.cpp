@@ -12,10 +12,6 @@ constexpr int kFirstPriorityTab = 2;
 constexpr int kSystemTab = 12;
 constexpr int kScheduleTab = 16;
 
-std::vector<std::string> Entries(const ListField& list) {
-  return {list.begin(), list.end()};
-}
-
 TEST(SetupDialog, ValueLabelsStepByTheButtonAndTheSpeedOfAnyHand) {
   WindowedStation ostrel;
   enum Hand { kLeft, kRight, kFast };
@@ -32,7 +28,7 @@ TEST(SetupDialog, ValueLabelsStepByTheButtonAndTheSpeedOfAnyHand) {
                                              {"lblCopies", "9", kFast, "3"},
                                              {"CompFiles", "0", kRight, "0"},
                                              {"BlockPriority", "10", kLeft, "1"}}) {
-    auto& setup = ostrel.station->setup();
+    auto& setup = ostrel.setup();
     for (auto* const field : {&setup.lblOutPort, &setup.lblOutBaud, &setup.lblOutStop,
                               &setup.lblCopies, &setup.CompFiles, &setup.BlockPriority})
       field->Set(from);
@@ -50,7 +46,7 @@ TEST(SetupDialog, PatternsAreAddedRefusedAndRemoved) {
     ostrel.Type("pri1inbox(0)", pattern);
     return ostrel.MessagesOf([&] { QTest::keyClick(field, Qt::Key_Return); });
   };
-  auto& list = ostrel.station->setup().SetupPriList[0];
+  auto& list = ostrel.setup().SetupPriList[0];
   list.Assign({});
   for (const char* const pattern : {"zfp*", "sa?us", "tor*.txt"}) {
     EXPECT_TRUE(enter(pattern).empty()) << pattern;
@@ -60,13 +56,13 @@ TEST(SetupDialog, PatternsAreAddedRefusedAndRemoved) {
   ASSERT_EQ(seen.size(), 1U);
   EXPECT_EQ(seen[0].title, "Duplicate Keyword...");
   EXPECT_EQ(field->text(), "SA?US");
-  EXPECT_TRUE(ostrel.setup->isVisible());
+  EXPECT_TRUE(ostrel.setupDialog->isVisible());
   EXPECT_EQ(Entries(list), (std::vector<std::string>{"ZFP*", "SA?US", "TOR*.TXT"}));
 
   ostrel.Select("SetupPriList(0)", {0, 2});
   ostrel.Click("removepri1button(0)");
   EXPECT_EQ(Entries(list), std::vector<std::string>{"SA?US"});
-  EXPECT_EQ(ostrel.setup->focusWidget(), field);
+  EXPECT_EQ(ostrel.setupDialog->focusWidget(), field);
   ostrel.Select("SetupPriList(0)", {0});
   QTest::keyClick(ostrel.Find<QWidget>("SetupPriList(0)"), Qt::Key_Delete);
   EXPECT_TRUE(list.empty());
@@ -77,12 +73,12 @@ TEST(SetupDialog, EachTabPutsTheFocusWhereTypingBegins) {
   ostrel.ShowSetup(kPortTab);
   auto* const tabs = ostrel.Find<QTabWidget>("SSTab1");
   for (int tab = kPortTab + 1; tab <= kScheduleTab; ++tab) {
-    QTest::keyClick(ostrel.setup->focusWidget(), Qt::Key_Tab, Qt::ControlModifier);
+    QTest::keyClick(ostrel.setupDialog->focusWidget(), Qt::Key_Tab, Qt::ControlModifier);
     ASSERT_EQ(tabs->currentIndex(), tab);
     const bool hasNoList = tab == kSystemTab || tab == kScheduleTab;
     const int list = tab < kSystemTab ? tab - 2 : tab - 3;
     const auto expected = hasNoList ? QString("Blank") : QString("pri1inbox(%1)").arg(list);
-    EXPECT_EQ(ostrel.setup->focusWidget()->objectName(), expected);
+    EXPECT_EQ(ostrel.setupDialog->focusWidget()->objectName(), expected);
   }
 }
 
@@ -91,8 +87,8 @@ TEST(SetupDialog, EveryFieldOfATabIsReachedWithTheTabKey) {
   ostrel.ShowSetup(kSystemTab);
   QStringList visited;
   for (int i = 0; i < 20; ++i) {
-    QTest::keyClick(ostrel.setup->focusWidget(), Qt::Key_Tab);
-    visited << ostrel.setup->focusWidget()->objectName();
+    QTest::keyClick(ostrel.setupDialog->focusWidget(), Qt::Key_Tab);
+    visited << ostrel.setupDialog->focusWidget()->objectName();
   }
   for (const char* const name : {"Diddle", "txtIngestPath", "chkBrask", "LogIt", "chkPacketHost"})
     EXPECT_TRUE(visited.contains(name)) << name;
@@ -103,7 +99,7 @@ TEST(SetupDialog, GoingToTheMainWindowButNotToAnotherProgramStoresEverything) {
   ostrel.ShowSetup(0);
   ostrel.Type("CWidenty", "W1AW");
   ostrel.Click("lblOutBaud");
-  ostrel.station->setup().SetupPriList[0].Assign({"ZFP*"});
+  ostrel.setup().SetupPriList[0].Assign({"ZFP*"});
   const bool overwritten = ostrel.Find<QCheckBox>("chkOverWrite(0)")->isChecked();
   ostrel.Find<QTabWidget>("SSTab1")->setCurrentIndex(kFirstPriorityTab);
   ostrel.Click("chkOverWrite(0)");
@@ -113,13 +109,13 @@ TEST(SetupDialog, GoingToTheMainWindowButNotToAnotherProgramStoresEverything) {
   EXPECT_FALSE(ostrel.Find<QCheckBox>("chkBrask")->isChecked());
 
   emit qGuiApp->focusWindowChanged(nullptr);
-  EXPECT_TRUE(ostrel.setup->isVisible());
+  EXPECT_TRUE(ostrel.setupDialog->isVisible());
   ostrel.Activate(ostrel.mainWindow.get());
-  EXPECT_FALSE(ostrel.setup->isVisible());
+  EXPECT_FALSE(ostrel.setupDialog->isVisible());
   ostrel.Restart();
   EXPECT_EQ(ostrel.Find<QLineEdit>("CWidenty")->text(), "W1AW");
   EXPECT_EQ(ostrel.Find<QLabel>("lblOutBaud")->text(), "2400");
-  EXPECT_EQ(Entries(ostrel.station->setup().SetupPriList[0]), std::vector<std::string>{"ZFP*"});
+  EXPECT_EQ(Entries(ostrel.setup().SetupPriList[0]), std::vector<std::string>{"ZFP*"});
   EXPECT_NE(ostrel.Find<QCheckBox>("chkOverWrite(0)")->isChecked(), overwritten);
   EXPECT_TRUE(ostrel.Find<QCheckBox>("chkByteBlaster")->isChecked());
 }
@@ -129,15 +125,15 @@ TEST(SetupDialog, ALogSizeThatIsNoNumberKeepsTheDialog) {
   ostrel.ShowSetup(kSystemTab);
   ostrel.Type("txtLogSize", "much");
   ostrel.Find<QTabWidget>("SSTab1")->setCurrentIndex(0);
-  const auto seen = ostrel.MessagesOf([&] { ostrel.setup->close(); });
+  const auto seen = ostrel.MessagesOf([&] { ostrel.setupDialog->close(); });
   ASSERT_EQ(seen.size(), 1U);
   EXPECT_EQ(seen[0].text, "Log file size must be numeric.");
-  EXPECT_TRUE(ostrel.setup->isVisible());
-  EXPECT_EQ(ostrel.setup->focusWidget()->objectName(), "txtLogSize");
+  EXPECT_TRUE(ostrel.setupDialog->isVisible());
+  EXPECT_EQ(ostrel.setupDialog->focusWidget()->objectName(), "txtLogSize");
 
   ostrel.Type("txtLogSize", "100");
   EXPECT_TRUE(ostrel.MessagesOf([&] { ostrel.Find<QAction>("exitmenu")->trigger(); }).empty());
-  EXPECT_FALSE(ostrel.setup->isVisible());
+  EXPECT_FALSE(ostrel.setupDialog->isVisible());
   EXPECT_EQ(ostrel.Find<QLineEdit>("txtLogSize")->text(), "50000");
 }
 
@@ -152,11 +148,11 @@ TEST(SetupDialog, ScheduleEntriesAreAddedRefusedEditedAndRemoved) {
   EXPECT_TRUE(enter("13:00 /A/X.TXT /b/x.txt").empty());
   EXPECT_TRUE(enter("13:30 /a/y.txt /b/y.txt").empty());
   EXPECT_EQ(enter("25:00 /a /b").at(0).title, "Schedule Time");
-  EXPECT_EQ(ostrel.setup->focusWidget(), field);
+  EXPECT_EQ(ostrel.setupDialog->focusWidget(), field);
   ostrel.Select("lstSchedule", {0});
   EXPECT_EQ(field->text(), "13:00 /a/x.txt /b/x.txt");
   ostrel.Click("cmdRemove");
-  EXPECT_EQ(Entries(ostrel.station->setup().lstSchedule),
+  EXPECT_EQ(Entries(ostrel.setup().lstSchedule),
             std::vector<std::string>{"13:30 /a/y.txt /b/y.txt"});
   EXPECT_EQ(ostrel.MessagesOf([&] { ostrel.Click("cmdFormat"); }).at(0).title,
             "Help with formatting...");
@@ -164,7 +160,7 @@ TEST(SetupDialog, ScheduleEntriesAreAddedRefusedEditedAndRemoved) {
 
 TEST(SetupDialog, BytesThatAreNoTextAreNotChangedByBeingShown) {
   WindowedStation ostrel;
-  auto& field = ostrel.station->setup().Diddle;
+  auto& field = ostrel.setup().Diddle;
   field.Set("/fill/\xe9.txt");
   EXPECT_EQ(field.Get(), "/fill/\xe9.txt");
 }

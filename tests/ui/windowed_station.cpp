@@ -2,44 +2,30 @@
 
 #include <QMessageBox>
 #include <QTimer>
-#include <filesystem>
-
-#include "tests/support/virtual_station.h"
 
 namespace ostrel {
 
-WindowedStation::WindowedStation()
-    : machine(kNoon),
-      files_(machine.clock),
-      archives_(files_),
-      stores_(folder / "KvRegistry.db"),
-      dialogs_(machine.clock) {
+WindowedStation::WindowedStation() {
+  WindowedStation::MakeStation();
   Start();
 }
 
-void WindowedStation::Start() {
-  station = std::make_unique<Station>(Platform{folder.path(), machine.clock, machine.loop,
-                                               machine.cycleTimer, machine.purgeTimer, machine.line,
-                                               machine.datagrams, files_, archives_, stores_,
-                                               dialogs_, machine.desktop, machine.instance});
-  mainWindow = std::make_unique<ui::MainWindow>(station->mainWindow(), station->engine(),
-                                                station->operators());
-  setup = new ui::SetupDialog(station->setup(), station->operators(), mainWindow.get());
-  dialogs_.Attach(*mainWindow, *setup);
-  if (!station->Start()) throw std::runtime_error("the station did not start");
-}
-
-void WindowedStation::Restart() {
-  station->Stop();
+void WindowedStation::MakeStation() {
   mainWindow.reset();
   station.reset();
-  machine.clock.stopRequested = machine.clock.shutdownBegun = false;
-  Start();
+  station = std::make_unique<Station>(Platform{folder.path(), machine.clock, machine.loop,
+                                               machine.cycleTimer, machine.purgeTimer, machine.line,
+                                               machine.datagrams, files, archives, stores, dialogs,
+                                               machine.desktop, machine.instance});
+  mainWindow = std::make_unique<ui::MainWindow>(window(), station->engine(), station->operators());
+  setupDialog = new ui::SetupDialog(setup(), station->operators(), mainWindow.get());
+  dialogs.Attach(*mainWindow, *setupDialog);
 }
 
 void WindowedStation::ShowSetup(int tab) {
   Find<QAction>("mnuSetup")->trigger();
-  if (!QTest::qWaitForWindowActive(setup)) throw std::runtime_error("the dialog did not show");
+  if (!QTest::qWaitForWindowActive(setupDialog))
+    throw std::runtime_error("the dialog did not show");
   Find<QTabWidget>("SSTab1")->setCurrentIndex(tab);
 }
 
@@ -55,6 +41,11 @@ void WindowedStation::Type(const QString& field, const QString& text) {
   edit->setFocus();
   edit->selectAll();
   QTest::keyClicks(edit, text);
+}
+
+std::vector<SeenMessage> WindowedStation::Enter(const QString& field, const QString& text) {
+  Type(field, text);
+  return MessagesOf([&] { QTest::keyClick(Find<QWidget>(field), Qt::Key_Return); });
 }
 
 void WindowedStation::Click(const QString& label, Qt::MouseButton button) {

@@ -5,15 +5,8 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QTest>
-#include <functional>
-#include <memory>
 
-#include "app/station.h"
-#include "platform/linux/linux_files.h"
-#include "platform/linux/sqlite_settings_store.h"
-#include "platform/linux/zip_archives.h"
-#include "platform/virtual/virtual_machine.h"
-#include "tests/support/temp_folder.h"
+#include "tests/support/virtual_station.h"
 #include "ui/list_view.h"
 #include "ui/main_window.h"
 #include "ui/setup_dialog.h"
@@ -27,12 +20,10 @@ struct SeenMessage {
   QString text;
 };
 
-class WindowedStation {
+/// Runs from the beginning.
+class WindowedStation : public VirtualStation {
  public:
   WindowedStation();
-
-  /// Ends the station and starts another one over the same folder.
-  void Restart();
 
   /// The element of that name, in whichever window; a failure of the test when there is none.
   template <typename T>
@@ -48,6 +39,8 @@ class WindowedStation {
   /// The operator goes to another window of the program.
   void Activate(QWidget* window);
   void Type(const QString& field, const QString& text);
+  /// Types and presses Enter; what the program said to it.
+  std::vector<SeenMessage> Enter(const QString& field, const QString& text);
   void Click(const QString& label, Qt::MouseButton button = Qt::LeftButton);
   /// So fast that the toolkit takes it for a double click.
   void ClickTwice(const QString& label);
@@ -56,28 +49,20 @@ class WindowedStation {
   /// What `action` made the program say, each box answered by its own default.
   std::vector<SeenMessage> MessagesOf(const std::function<void()>& action);
 
-  bool HasEnded() const { return dialogs_.hasEnded; }
-
-  TempFolder folder;
-  VirtualMachine machine;
-  std::unique_ptr<Station> station;
-  std::unique_ptr<ui::MainWindow> mainWindow;
-  ui::SetupDialog* setup = nullptr;
-
- private:
   /// The windows stay for the next look, where the program would end with them.
   struct KeptDialogs : ui::WindowDialogs {
-    using WindowDialogs::WindowDialogs;
-    void EndProgram() override { hasEnded = true; }
-    bool hasEnded = false;
+    explicit KeptDialogs(VirtualMachine& machine)
+        : WindowDialogs(machine.clock), unseen(machine.dialogs) {}
+    void EndProgram() override { unseen.EndProgram(); }
+    VirtualDialogs& unseen;
   };
 
-  void Start();
+  KeptDialogs dialogs{machine};
+  std::unique_ptr<ui::MainWindow> mainWindow;
+  ui::SetupDialog* setupDialog = nullptr;
 
-  LinuxFiles files_;
-  ZipArchives archives_;
-  SqliteSettingsStores stores_;
-  KeptDialogs dialogs_;
+ private:
+  void MakeStation() override;
 };
 
 }  // namespace ostrel
