@@ -17,38 +17,33 @@ Lines Words(const std::string& text) {
 }
 
 TEST(IngestScan, AHeldFileIsReportedAtEveryFortyFirstFailureInARow) {
-  enum Scan { kHeld = 70, kNoAccess = 75, kBroken = 57, kFree = 0 };
-  const struct {
-    std::vector<std::pair<int, Scan>> scans;
-    std::size_t heldReports, otherReports;
-  } cases[] = {{{{40, kHeld}}, 0, 0},
-               {{{81, kNoAccess}}, 1, 0},
-               {{{82, kNoAccess}}, 2, 0},
-               {{{40, kHeld}, {1, kFree}, {40, kHeld}}, 0, 0},
-               {{{50, kBroken}, {1, kHeld}}, 1, 50}};
-  for (const auto& [scans, heldReports, otherReports] : cases) {
-    VirtualStation station;
-    station.Rule(0, "AA*");
-    station.Start();
-    auto now = kFree;
-    station.files.lockFault = [&](const std::string&) {
-      if (now != kFree) throw Failure(now, "Trouble");
-    };
-    for (const auto& [count, scan] : scans) {
-      now = scan;
-      station.Drop("aa.txt", "text");
-      station.Run(count * kCyclePeriod);
-    }
-    const auto path = station.Path(kIngest) + "/aa.txt";
-    const auto log = station.ReadFile(station.Path("RtLog.txt"));
-    EXPECT_EQ(station.LogOf("CheckForNewFiles").size(), heldReports + otherReports);
-    const auto held = fmt::format(
-        "Error # {}, Trouble, occurred at reference (unspecified), in "
-        "Ostrel.frmMain.CheckForNewFiles A file in the ingest directory is locked and cannot be "
-        "processed. \r\n File Name: {}\r\nCorrect this problem and restart Ostrel. \r\n",
-        static_cast<int>(now), path);
-    EXPECT_EQ(log.find(held) != std::string::npos, heldReports > 0);
-  }
+  enum { kFree = 0, kBroken = 57, kHeld = 70, kNoAccess = 75 };
+  VirtualStation station;
+  station.Rule(0, "AA*");
+  station.Start();
+  int trouble = kFree;
+  station.files.lockFault = [&](const std::string&) {
+    if (trouble != kFree) throw Failure(trouble, "Trouble");
+  };
+  const auto reportsAfter = [&](int scans, int each) {
+    trouble = each;
+    station.Drop("aa.txt", "text");
+    station.Run(scans * kCyclePeriod);
+    return station.LogOf("CheckForNewFiles").size();
+  };
+  EXPECT_EQ(reportsAfter(40, kHeld), 0U);
+  EXPECT_EQ(reportsAfter(1, kFree), 0U);
+  EXPECT_EQ(reportsAfter(40, kNoAccess), 0U);
+  EXPECT_EQ(reportsAfter(1, kNoAccess), 1U);
+  EXPECT_EQ(reportsAfter(41, kHeld), 2U);
+  EXPECT_EQ(reportsAfter(50, kBroken), 52U) << "any other failure is reported each time";
+  EXPECT_EQ(reportsAfter(1, kHeld), 53U) << "and counts";
+  const auto held = fmt::format(
+      "Error # 75, Trouble, occurred at reference (unspecified), in "
+      "Ostrel.frmMain.CheckForNewFiles A file in the ingest directory is locked and cannot be "
+      "processed. \r\n File Name: {}/aa.txt\r\nCorrect this problem and restart Ostrel. \r\n",
+      station.Path(kIngest));
+  EXPECT_NE(station.ReadFile(station.Path("RtLog.txt")).find(held), std::string::npos);
 }
 
 TEST(IngestScan, TheNameAloneDecidesWhereAFileGoes) {
