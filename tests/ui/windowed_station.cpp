@@ -29,13 +29,6 @@ void WindowedStation::ShowSetup(int tab) {
   Find<QTabWidget>("SSTab1")->setCurrentIndex(tab);
 }
 
-void WindowedStation::Activate(QWidget* window) {
-  window->activateWindow();
-  if (!QTest::qWaitFor([&] { return QApplication::activeWindow() == window; })) {
-    throw std::runtime_error("the window stays behind");
-  }
-}
-
 void WindowedStation::Type(const QString& field, const QString& text) {
   auto* const edit = Find<QLineEdit>(field);
   edit->setFocus();
@@ -43,20 +36,13 @@ void WindowedStation::Type(const QString& field, const QString& text) {
   QTest::keyClicks(edit, text);
 }
 
-std::vector<SeenMessage> WindowedStation::Enter(const QString& field, const QString& text) {
+QStringList WindowedStation::Enter(const QString& field, const QString& text) {
   Type(field, text);
   return MessagesOf([&] { QTest::keyClick(Find<QWidget>(field), Qt::Key_Return); });
 }
 
-void WindowedStation::Click(const QString& label, Qt::MouseButton button) {
-  QTest::mouseClick(Find<QWidget>(label), button);
-}
-
-void WindowedStation::ClickTwice(const QString& label) {
-  auto* const element = Find<QWidget>(label);
-  QTest::mouseClick(element, Qt::LeftButton);
-  QTest::mouseDClick(element, Qt::LeftButton);  // what the second press of a fast pair arrives as
-  QTest::mouseRelease(element, Qt::LeftButton);
+void WindowedStation::Click(const QString& element) {
+  QTest::mouseClick(Find<QWidget>(element), Qt::LeftButton);
 }
 
 void WindowedStation::Select(const QString& list, std::initializer_list<int> rows) {
@@ -70,13 +56,13 @@ void WindowedStation::Select(const QString& list, std::initializer_list<int> row
   }
 }
 
-std::vector<SeenMessage> WindowedStation::MessagesOf(const std::function<void()>& action) {
-  std::vector<SeenMessage> seen;
+QStringList WindowedStation::MessagesOf(const std::function<void()>& action) {
+  QStringList seen;
   QTimer operatorAtScreen;
   QObject::connect(&operatorAtScreen, &QTimer::timeout, &operatorAtScreen, [&] {
     auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     if (box == nullptr) return;
-    seen.push_back({box->windowTitle(), box->text()});
+    seen << box->text();
     QTest::keyClick(box, Qt::Key_Return);
   });
   operatorAtScreen.start(0);

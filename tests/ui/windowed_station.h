@@ -14,12 +14,6 @@
 
 namespace ostrel {
 
-/// A message box as the operator saw it.
-struct SeenMessage {
-  QString title;
-  QString text;
-};
-
 /// Runs from the beginning.
 class WindowedStation : public VirtualStation {
  public:
@@ -36,18 +30,14 @@ class WindowedStation : public VirtualStation {
 
   /// Shows the dialog on a tab, and waits until it is active.
   void ShowSetup(int tab);
-  /// The operator goes to another window of the program.
-  void Activate(QWidget* window);
   void Type(const QString& field, const QString& text);
   /// Types and presses Enter; what the program said to it.
-  std::vector<SeenMessage> Enter(const QString& field, const QString& text);
-  void Click(const QString& label, Qt::MouseButton button = Qt::LeftButton);
-  /// So fast that the toolkit takes it for a double click.
-  void ClickTwice(const QString& label);
+  QStringList Enter(const QString& field, const QString& text);
+  void Click(const QString& element);
   /// Selects these positions, the first by a click and the others with Ctrl.
   void Select(const QString& list, std::initializer_list<int> rows);
   /// What `action` made the program say, each box answered by its own default.
-  std::vector<SeenMessage> MessagesOf(const std::function<void()>& action);
+  QStringList MessagesOf(const std::function<void()>& action);
 
   /// The windows stay for the next look, where the program would end with them.
   struct KeptDialogs : ui::WindowDialogs {

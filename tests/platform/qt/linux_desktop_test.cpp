@@ -13,16 +13,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The search path holds nothing but `folder`, and no window system is to be seen.
+/// Programs are looked for in `folder_` first, and no window system is to be seen.
 class LinuxDesktopTest : public testing::Test {
  protected:
-  LinuxDesktopTest() : path_(qgetenv("PATH")), display_(qgetenv("DISPLAY")) {
+  LinuxDesktopTest() {
     qputenv("PATH", QByteArray::fromStdString(folder_.path()) + ":/usr/bin:/bin");
     qunsetenv("DISPLAY");
-  }
-  ~LinuxDesktopTest() override {
-    qputenv("PATH", path_);
-    if (!display_.isEmpty()) qputenv("DISPLAY", display_);
   }
   void WriteScript(const std::string& name, const std::string& text) {
     std::ofstream(folder_ / name) << "#!/bin/sh\n" << text << "\n";
@@ -30,8 +26,6 @@ class LinuxDesktopTest : public testing::Test {
   }
 
   TempFolder folder_;
-  QByteArray path_;
-  QByteArray display_;
   LinuxDesktop desktop_;
 };
 
