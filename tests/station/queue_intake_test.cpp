@@ -35,6 +35,25 @@ TEST(QueueIntake, ANewerFileReplacesTheOneOfItsProductThatWaits) {
   }
 }
 
+TEST(QueueIntake, AFileThatComesBackLateReplacesNoNewerOne) {
+  VirtualStation station;
+  station.Set("OverWrite2", "1");
+  station.Start();
+  station.files.copyFault = [](const std::string&, const std::string& destination) {
+    return destination.ends_with("/RtSent/A.TXT") ? copy_code::kDiskFull : 0;
+  };
+  station.Hold(3, "A.TXT", "old");
+  station.Run(10s);
+  EXPECT_EQ(station.Names("KvData/RtXmit"), Lines{"A.TXT"}) << "it cannot be sent";
+  station.files.copyFault = nullptr;
+  station.Hold(1, "BUSY.TXT", SampleText(60'000));
+  station.Hold(3, "A.TXT", "newer");
+  station.Run(5min);
+  EXPECT_EQ(station.Queue(3), Lines{"A.TXT.1"});
+  EXPECT_EQ(station.ReadFile(station.InTransmitFolder("A.TXT.1")), "newer");
+  EXPECT_EQ(station.Names("KvData/RtPri3"), Lines{});
+}
+
 TEST(QueueIntake, TwentyRetriesServeAllPrioritiesOfACall) {
   VirtualStation station;
   station.StartBusy();
