@@ -3,15 +3,10 @@
 //
 //   crash_test [KILLS [SEED]]
 #include <cstdio>
-#include <fmt/format.h>
 #include <random>
 #include <signal.h>
 
-#include "config/settings_table.h"
-#include "platform/linux/sqlite_settings_store.h"
-#include "tests/endurance/delivery.h"
 #include "tests/endurance/real_station.h"
-#include "tests/support/virtual_station.h"
 
 namespace ostrel {
 namespace {
@@ -19,7 +14,6 @@ namespace {
 class CrashTest {
  public:
   CrashTest(int kills, unsigned seed) : kills_(kills), random_(seed) {
-    station_.LinkLine(line_);
     for (const auto& [list, keyword] :
          {std::pair{0, "TOR*"}, {2, "SND*"}, {4, "OVR*"}, {10, "BLK*"}, {12, "TORC* | C=2"}})
       station_.Rule(list, keyword);
@@ -29,14 +23,15 @@ class CrashTest {
   bool Run() {
     for (int i = 0; i < kills_; ++i) LiveAndDie();
     const bool cameOut = ComesOutInTheEnd();
-    const auto left = LeftBehind(station_.Path("KvData"));
     const bool opens = DatabaseOpens();
+    const auto& delivery = station_.delivery;
     fmt::print(
         "{} kills, {} files dropped, {} products received; missing: {}; foreign: {}; left behind: "
         "{}; database: {}\n",
-        kills_, dropped_, delivery_.received(), delivery_.Missing(),
-        fmt::join(delivery_.foreign(), " "), fmt::join(left, " "), opens ? "opens" : "DAMAGED");
-    return cameOut && delivery_.foreign().empty() && opens;
+        kills_, dropped_, delivery.received, fmt::join(delivery.Missing(), ", "),
+        fmt::join(delivery.foreign, " "), fmt::join(LeftBehind(station_.Path("KvData")), " "),
+        opens ? "opens" : "DAMAGED");
+    return cameOut && delivery.foreign.empty() && opens;
   }
 
  private:
@@ -45,14 +40,11 @@ class CrashTest {
     station_.Start();
     for (int left = Between(kShortest, kLongest); left > 0;) {
       const int nap = std::min(left, Between(1, 500));
-      poll(nullptr, 0, nap);
-      Listen();
+      station_.ListenUntil(milliseconds(nap), [] { return false; });
       left -= nap;
       if (Between(0, 1) == 0) DropSome();
     }
-    station_.Signal(SIGKILL);
-    station_.WaitForEnd(10s);
-    Listen();
+    station_.End(SIGKILL);
   }
 
   /// One file of a random kind: plain, with copies, compressed, overwritten by newer ones, for the
@@ -62,32 +54,26 @@ class CrashTest {
     const auto content = SampleText(static_cast<std::size_t>(Between(100, 2500)), number);
     static constexpr const char* kKinds[] = {"TOR", "TORC", "SND", "OVR", "BLK", "PACK"};
     const std::string kind = kKinds[Between(0, 5)];
-    const bool isRepeated = kind == "OVR";
-    const auto name = fmt::format("{}{}.TXT", kind, isRepeated ? number % 3 : number);
-    delivery_.Expect(content, isRepeated ? name : "");
+    const auto name = fmt::format("{}{}.TXT", kind, kind == "OVR" ? number % 3 : number);
+    station_.delivery.Expect(content, name);
     if (kind != "PACK") return station_.Drop(name, content);
     const auto other = SampleText(300, 1'000'000 + number);
-    delivery_.Expect(other);
+    station_.delivery.Expect(other);
     station_.Drop(fmt::format("PACK{}.ZIS", number),
                   MakeArchive({{fmt::format("TORA{}.TXT", number), content},
                                {fmt::format("SNDB{}.TXT", number), other}}));
   }
 
-  void Listen() { delivery_.Hear(line_.Read(false)); }
-
   bool ComesOutInTheEnd() {
     station_.Start();
-    const bool allOut = WaitUntil(60s + kills_ * 4s, [this] {
-      Listen();
-      return delivery_.IsComplete() && LeftBehind(station_.Path("KvData")).empty();
+    const bool allOut = station_.ListenUntil(60s + kills_ * 4s, [this] {
+      return station_.delivery.Missing().empty() && LeftBehind(station_.Path("KvData")).empty();
     });
-    station_.Signal(SIGTERM);
-    return station_.WaitForEnd(20s) == 0 && allOut;
+    return station_.End(SIGTERM) == 0 && allOut;
   }
 
   bool DatabaseOpens() {
-    const auto store = SqliteSettingsStores(station_.Path("KvRegistry.db")).Open();
-    store->SetRootKey(kHkeyLocalMachine);
+    const auto store = station_.OpenSettings();
     return store->ReadSetting(KeyPath(Section::kSettings), "ComBaud", "") == "115200" &&
            store->WriteSetting(KeyPath(Section::kSettings), "ComBaud", "9600");
   }
@@ -96,13 +82,11 @@ class CrashTest {
 
   int kills_;
   std::mt19937 random_;
-  PseudoTerminal line_;
   RealStation station_{{{"UnZipFiles", "1"},
                         {"CompressPri2", "1"},
                         {"OverWrite4", "1"},
                         {"CompressNbrFiles", "1"},
                         {"CompressBlockPri", "7"}}};
-  Delivery delivery_;
   int dropped_ = 0;
 };
 

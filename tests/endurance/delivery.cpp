@@ -1,20 +1,13 @@
 #include "tests/endurance/delivery.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <variant>
 
 #include "base/text.h"
-#include "platform/linux/linux_files.h"
-#include "platform/linux/zip_archives.h"
-#include "platform/virtual/virtual_clock.h"
-#include "tests/support/temp_folder.h"
 
 namespace ostrel {
 
 namespace {
-
-constexpr const char* kFillName = "FILLFILE.TXT";
 
 struct Workbench {
   TempFolder folder;
@@ -26,11 +19,10 @@ struct Workbench {
 }  // namespace
 
 void Delivery::Expect(const std::string& content, const std::string& title) {
-  known_.insert(content);
+  if (repeats_ == Repeats::kExpected) known_.insert(content);
   awaited_.insert(content);
   if (title.empty()) return;
-  const auto before = latest_.find(title);
-  if (before != latest_.end()) awaited_.erase(before->second);
+  awaited_.erase(latest_[title]);
   latest_[title] = content;
 }
 
@@ -38,45 +30,37 @@ void Delivery::Hear(std::string_view bytes) {
   for (const auto& event : decoder_.Feed(bytes)) {
     const auto* const packet = std::get_if<ReceivedPacket>(&event);
     if (packet == nullptr) continue;
-    const auto outcome = assembler_.Accept(*packet);
-    if (outcome.product && outcome.product->name != kFillName) Take(*outcome.product);
+    const bool isFill = packet->name == "FILLFILE.TXT";
+    files += packet->block == 1;
+    fills += packet->block == 1 && isFill;
+    const auto product = assembler_.Accept(*packet).product;
+    if (!product || isFill) continue;
+    ++received;
+    if (!TakeContent(product->data) && !TakeArchive(product->data))
+      foreign.push_back(product->name);
   }
 }
 
-void Delivery::Take(const ReceivedProduct& product) {
-  ++received_;
-  if (!TakeContent(product.data) && !TakeArchive(product.data)) foreign_.push_back(product.name);
-}
-
 bool Delivery::TakeContent(const std::string& content) {
-  awaited_.erase(content);
-  return known_.contains(content);
+  return awaited_.erase(content) > 0 || known_.contains(content);
 }
 
 bool Delivery::TakeArchive(const std::string& bytes) {
-  const auto members = MembersOf(bytes);
-  return !members.empty() &&
-         std::all_of(members.begin(), members.end(),
-                     [this](const std::string& content) { return TakeContent(content); });
-}
-
-std::string Delivery::Missing() const {
-  constexpr std::size_t kEnough = 24;
-  std::string missing;
-  for (const auto& content : awaited_) missing += content.substr(0, kEnough) + "... ";
-  return missing;
-}
-
-std::vector<std::string> MembersOf(const std::string& archive) {
   Workbench bench;
   const auto path = bench.folder / ".archive";
-  bench.files.WriteAll(path, archive);
-  const auto result = bench.archives.Extract(path, bench.folder.path(), {});
-  if (!result.remark.empty()) return {};
-  std::vector<std::string> members;
-  for (const auto& name : bench.files.ListFiles(bench.folder.path()))
-    members.push_back(bench.files.ReadAll(bench.folder / name));
-  return members;
+  bench.files.WriteAll(path, bytes);
+  if (!bench.archives.Extract(path, bench.folder.path(), {}).remark.empty()) return false;
+  const auto members = bench.files.ListFiles(bench.folder.path());
+  return !members.empty() && std::ranges::all_of(members, [&](const std::string& name) {
+    return TakeContent(bench.files.ReadAll(bench.folder / name));
+  });
+}
+
+Lines Delivery::Missing() const {
+  constexpr std::size_t kEnough = 24;
+  Lines missing;
+  for (const auto& content : awaited_) missing.push_back(content.substr(0, kEnough));
+  return missing;
 }
 
 std::string MakeArchive(const std::map<std::string, std::string>& members) {
@@ -90,11 +74,11 @@ std::string MakeArchive(const std::map<std::string, std::string>& members) {
   return bench.files.ReadAll(bench.folder / "A.ZIP");
 }
 
-std::vector<std::string> LeftBehind(const std::string& dataRoot) {
+Lines LeftBehind(const std::string& dataRoot) {
   namespace fs = std::filesystem;
-  std::vector<std::string> left;
+  Lines left;
   for (const auto& entry : fs::recursive_directory_iterator(dataRoot)) {
-    const auto path = fs::relative(entry.path(), dataRoot).string();
+    const auto path = entry.path().lexically_relative(dataRoot).string();
     const bool isHidden = entry.path().filename().string().starts_with('.');
     if (entry.is_directory() || ToUpper(path).find("FILLFILE") != std::string::npos) continue;
     if (!path.starts_with("RtSent/") || isHidden) left.push_back(path);

@@ -4,15 +4,11 @@
 //
 //   month_test [DAYS]
 #include <cstdio>
-#include <filesystem>
-#include <fmt/format.h>
 #include <fstream>
 #include <random>
 #include <unistd.h>
-#include <unordered_map>
 
 #include "tests/endurance/delivery.h"
-#include "tests/support/virtual_station.h"
 
 namespace ostrel {
 namespace {
@@ -39,14 +35,13 @@ class Month {
     for (const auto& [list, keyword] :
          {std::pair{0u, "TOR*"}, {2u, "SND*"}, {4u, "AFD*"}, {10u, "BLK*"}})
       station_.Rule(list, keyword);
-    for (const auto& [key, value] : {std::pair{"PurgeTime", "6"},
-                                     {"UnZipFiles", "1"},
-                                     {"CompressPri2", "1"},
-                                     {"LogProgram", "1"},
-                                     {"CompressNbrFiles", "5"},
-                                     {"CWSpeed", "25"}})
-      station_.Set(key, value);
-    station_.machine.line.onWrite = [this](std::string_view bytes) { Hear(bytes); };
+    station_.Set({{"PurgeTime", "6"},
+                  {"UnZipFiles", "1"},
+                  {"CompressPri2", "1"},
+                  {"LogProgram", "1"},
+                  {"CompressNbrFiles", "5"},
+                  {"CWSpeed", "25"}});
+    station_.machine.line.onWrite = [this](std::string_view bytes) { delivery_.Hear(bytes); };
     station_.Start();
   }
 
@@ -59,9 +54,10 @@ class Month {
       if (hour + 1 == std::min(24, 12 * days_)) warm = Measure();
       if (hour % 24 == 23) CompareFootprints(warm, Measure());
     }
-    for (int i = 0; i < 6 && !awaited_.empty(); ++i) station_.Run(std::chrono::hours(1));
+    for (int i = 0; i < 6 && !delivery_.Missing().empty(); ++i) station_.Run(1h);
     constexpr std::size_t kWaitForABlock = 4;
-    if (awaited_.size() > kWaitForABlock) Complain("products did not come out");
+    if (delivery_.Missing().size() > kWaitForABlock) Complain("products did not come out");
+    if (!delivery_.foreign.empty()) Complain("received what was not dropped");
     return complaints_;
   }
 
@@ -79,7 +75,7 @@ class Month {
     const char* const kind = dice < 10 ? "TOR" : dice < 20 ? "SND" : dice < 25 ? "BLK" : "AFD";
     const auto name = fmt::format("{}{}.TXT", kind, number);
     const auto content = SampleText(static_cast<std::size_t>(size), number);
-    ++awaited_[std::hash<std::string>{}(content)];
+    delivery_.Expect(content);
     const auto drop = [this, name, content, isArchive = dice >= 97] {
       if (isArchive) return station_.Drop(name + ".ZIS", MakeArchive({{name, content}}));
       station_.Drop(name, content);
@@ -102,35 +98,14 @@ class Month {
   /// A pause or an identification may go on beyond the end.
   void RunTo(UtcTime end) { station_.Run(end - station_.machine.clock.UtcNow()); }
 
-  void Hear(std::string_view bytes) {
-    for (const auto& event : decoder_.Feed(bytes)) {
-      const auto* const packet = std::get_if<ReceivedPacket>(&event);
-      if (packet == nullptr) continue;
-      const bool isFill = packet->name == "FILLFILE.TXT";
-      files_ += packet->block == 1;
-      fills_ += packet->block == 1 && isFill;
-      const auto outcome = assembler_.Accept(*packet);
-      if (outcome.product && !isFill) Take(*outcome.product);
-    }
-  }
-  void Take(const ReceivedProduct& product) {
-    ++received_;
-    if (!product.name.ends_with(".ZIP")) return TakeContent(product.data);
-    for (const auto& content : MembersOf(product.data)) TakeContent(content);
-  }
-  void TakeContent(const std::string& content) {
-    const auto found = awaited_.find(std::hash<std::string>{}(content));
-    if (found == awaited_.end()) return Complain("received what was not dropped: " + content);
-    if (--found->second == 0) awaited_.erase(found);
-  }
-
   /// Shortly before midnight, while the counters are still those of the day.
   void CompareDay() {
     constexpr int kSlack = 2;  // files that start while a day ends
     const auto& engine = station_.station->engine();
-    if (std::abs(engine.FilesSentInAll() - files_) > kSlack) Complain("the day's files differ");
-    if (std::abs(engine.FillsSent - fills_) > kSlack) Complain("the day's fills differ");
-    files_ = fills_ = 0;
+    if (std::abs(engine.FilesSentInAll() - delivery_.files) > kSlack ||
+        std::abs(engine.FillsSent - delivery_.fills) > kSlack)
+      Complain("the day's figures are not what the line carried");
+    delivery_.files = delivery_.fills = 0;
   }
 
   Footprint Measure() {
@@ -145,8 +120,8 @@ class Month {
     fmt::print(
         "{} dropped, {} received, {} awaited; {} KiB resident, {} descriptors, {} files, "
         "{} bytes of log\n",
-        dropped_, received_, awaited_.size(), now.residentKib, now.descriptors, now.files,
-        now.logBytes);
+        dropped_, delivery_.received, delivery_.Missing().size(), now.residentKib, now.descriptors,
+        now.files, now.logBytes);
     std::fflush(stdout);
     return now;
   }
@@ -165,11 +140,8 @@ class Month {
   int days_;
   VirtualStation station_{kFirstMidnight};
   std::mt19937 random_{11};
-  StreamDecoder decoder_;
-  ProductAssembler assembler_;
-  std::unordered_map<std::size_t, int> awaited_;  // digests of what has not come yet
-  int files_ = 0, fills_ = 0;                     // carried since midnight
-  int dropped_ = 0, received_ = 0, complaints_ = 0;
+  Delivery delivery_{Repeats::kForeign};
+  int dropped_ = 0, complaints_ = 0;
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <fstream>
+#include <functional>
 
 #include "base/failure.h"
 #include "base/names.h"
@@ -30,9 +31,14 @@ struct Trouble {
 
 class TroubledFiles : public ForwardingFiles {
  public:
-  TroubledFiles(Files& real, const Clock& clock, const Trouble& trouble)
-      : ForwardingFiles(real), clock_(clock), trouble_(trouble) {}
+  TroubledFiles(Files& real, const Clock& clock) : ForwardingFiles(real), clock_(clock) {}
 
+  /// From here on, changes are counted anew.
+  void Meet(const Trouble& trouble) {
+    trouble_ = trouble;
+    changes_ = 0;
+    refusedUntil_ = {};
+  }
   /// How often the file system was changed.
   int changes() const { return changes_; }
 
@@ -43,56 +49,39 @@ class TroubledFiles : public ForwardingFiles {
     After();
     return code;
   }
-  void SetLastWriteTime(const std::string& p, UtcTime t) override {
-    Change(p, [&] { real_.SetLastWriteTime(p, t); });
-  }
-  void Delete(const std::string& p) override {
-    Change(p, [&] { real_.Delete(p); });
-  }
-  void Rename(const std::string& s, const std::string& d) override {
-    Change(d, [&] { real_.Rename(s, d); });
-  }
-  void Link(const std::string& e, const std::string& l) override {
-    Change(l, [&] { real_.Link(e, l); });
-  }
-  void CreateFolder(const std::string& p) override {
-    Change(p, [&] { real_.CreateFolder(p); });
-  }
-  void RemoveTemporaries(const std::string& f) override {
-    Change(f, [&] { real_.RemoveTemporaries(f); });
-  }
   void WriteAll(const std::string& p, std::string_view c) override {
-    Change(p, [&] {
+    Change([&](Files& real) {
       Amidst(p);
-      real_.WriteAll(p, c);
+      real.WriteAll(p, c);
     });
   }
-  void Append(const std::string& p, std::string_view c) override {
-    Change(p, [&] { real_.Append(p, c); });
+  void SetLastWriteTime(const std::string& p, UtcTime t) override {
+    Change(&Files::SetLastWriteTime, p, t);
   }
+  void Delete(const std::string& p) override { Change(&Files::Delete, p); }
+  void Rename(const std::string& s, const std::string& d) override { Change(&Files::Rename, s, d); }
+  void Link(const std::string& e, const std::string& l) override { Change(&Files::Link, e, l); }
+  void CreateFolder(const std::string& p) override { Change(&Files::CreateFolder, p); }
+  void RemoveTemporaries(const std::string& f) override { Change(&Files::RemoveTemporaries, f); }
+  void Append(const std::string& p, std::string_view c) override { Change(&Files::Append, p, c); }
 
  private:
-  template <typename Action>
-  void Change(const std::string& path, Action&& action) {
-    if (IsRefused()) throw Failure(trouble_.failure, "Refused: " + path);
-    action();
+  void Change(auto action, const auto&... arguments) {
+    if (IsRefused()) throw Failure(trouble_.failure, "Refused");
+    std::invoke(action, real_, arguments...);
     After();
   }
-
   bool IsRefused() {
-    ++changes_;
-    const bool struck = changes_ == trouble_.at;
+    const bool isStruck = ++changes_ == trouble_.at;
     if (trouble_.kind != Trouble::Kind::kRefused) return false;
-    if (struck) refusedUntil_ = clock_.Monotonic() + trouble_.lasting;
-    return struck || clock_.Monotonic() < refusedUntil_;
+    if (isStruck) refusedUntil_ = clock_.Monotonic() + trouble_.lasting;
+    return isStruck || clock_.Monotonic() < refusedUntil_;
   }
-
   void Amidst(const std::string& path) {
     if (changes_ != trouble_.at || trouble_.kind != Trouble::Kind::kPowerFailsAmidst) return;
     std::ofstream(JoinPath(FolderOf(path), ".ostrel-0-1.part")) << "half of";
     throw PowerFailure{};
   }
-
   void After() {
     if (changes_ == trouble_.at && trouble_.kind == Trouble::Kind::kPowerFailsAfter)
       throw PowerFailure{};
