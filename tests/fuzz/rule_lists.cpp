@@ -28,16 +28,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (const auto target = rules.TargetOf(name))
     Demand(setup.SetupPriList[target->list].Contains(target->keyword), "the target is a rule");
 
-  rules.SaveRuleLists();
-  rules.LoadRuleLists();
-  std::vector<std::vector<std::string>> once;
-  for (const auto& list : setup.SetupPriList) once.emplace_back(list.begin(), list.end());
-  rules.SaveRuleLists();
-  rules.LoadRuleLists();
-  for (std::size_t i = 0; i < once.size(); ++i) {
-    const auto& list = setup.SetupPriList[i];
-    Demand(std::equal(list.begin(), list.end(), once[i].begin(), once[i].end()),
-           "what was saved is what is loaded");
-  }
+  const auto kept = [&] {
+    rules.SaveRuleLists();
+    rules.LoadRuleLists();
+    std::vector<std::vector<std::string>> lists;
+    for (const auto& list : setup.SetupPriList) lists.emplace_back(list.begin(), list.end());
+    return lists;
+  };
+  const auto once = kept();
+  Demand(once == kept(), "what was saved is what is loaded");
   return 0;
 }
