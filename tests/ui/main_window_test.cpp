@@ -12,8 +12,8 @@ TEST(MainWindow, TheStationsFiguresShowAtTheirPlaces) {
   WindowedStation ostrel;
   // Pixels, each of 15 twips.
   const std::pair<const char*, QRect> places[] = {{"lblActivefile", {56, 7, 88, 13}},
-                                                  {"PriorityList(4)", {4, 331, 253, 46}},
-                                                  {"PriorityList(5)", {260, 58, 253, 46}}};
+                                                  {"PriorityList(1)", {4, 125, 253, 46}},
+                                                  {"PriorityList(9)", {260, 331, 253, 46}}};
   for (const auto& [name, place] : places) {
     EXPECT_EQ(ostrel.Find<QWidget>(name)->geometry(), place) << name;
   }

@@ -123,7 +123,7 @@ TEST(SetupDialog, ALogSizeThatIsNoNumberKeepsTheDialog) {
   ostrel.Find<QTabWidget>("SSTab1")->setCurrentIndex(0);
   EXPECT_EQ(ostrel.MessagesOf([&] { ostrel.setupDialog->close(); }).value(0),
             "Log file size must be numeric.");
-  EXPECT_TRUE(ostrel.setupDialog->isVisible());
+  EXPECT_TRUE(ostrel.Find<QLineEdit>("txtLogSize")->isVisible());
   EXPECT_EQ(ostrel.setupDialog->focusWidget()->objectName(), "txtLogSize");
 
   ostrel.Type("txtLogSize", "100");
