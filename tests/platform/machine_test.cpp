@@ -48,7 +48,8 @@ TEST(LinuxInstanceLock, IsHeldByOneAndNotInheritedByStartedPrograms) {
     LinuxInstanceLock first(folder.path());
     EXPECT_TRUE(first.TryLock());
     EXPECT_FALSE(second.TryLock());
-    child = popen("cat", "w");
+    child = popen("yes", "r");
+    fgetc(child);  // it runs, and the system has closed what it is not to have
   }
   EXPECT_TRUE(second.TryLock());
   pclose(child);
