@@ -13,11 +13,7 @@ namespace {
 
 class CrashTest {
  public:
-  CrashTest(int kills, unsigned seed) : kills_(kills), random_(seed) {
-    for (const auto& [list, keyword] :
-         {std::pair{0, "TOR*"}, {2, "SND*"}, {4, "OVR*"}, {10, "BLK*"}, {12, "TORC* | C=2"}})
-      station_.Rule(list, keyword);
-  }
+  CrashTest(int kills, unsigned seed) : kills_(kills), random_(seed) {}
 
   /// Returns true when nothing was lost.
   bool Run() {
@@ -47,8 +43,7 @@ class CrashTest {
     station_.End(SIGKILL);
   }
 
-  /// One file of a random kind: plain, with copies, compressed, overwritten by newer ones, for the
-  /// next block, or an archive of two.
+  /// One file of a random kind, or an archive of two.
   void DropSome() {
     const int number = ++dropped_;
     const auto content = SampleText(static_cast<std::size_t>(Between(100, 2500)), number);
@@ -82,11 +77,7 @@ class CrashTest {
 
   int kills_;
   std::mt19937 random_;
-  RealStation station_{{{"UnZipFiles", "1"},
-                        {"CompressPri2", "1"},
-                        {"OverWrite4", "1"},
-                        {"CompressNbrFiles", "1"},
-                        {"CompressBlockPri", "7"}}};
+  RealStation station_;
   int dropped_ = 0;
 };
 

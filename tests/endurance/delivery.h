@@ -41,6 +41,17 @@ class Delivery {
   std::map<std::string, std::string> latest_;  // content by title
 };
 
+/// Rules and settings with which files take every road: as they are, with copies, compressed,
+/// overwritten by newer ones, in blocks, to nowhere.
+inline const std::map<std::size_t, std::string> kManyRules = {
+    {0, "TOR*"}, {2, "SND*"}, {4, "OVR*"}, {10, "BLK*"}, {11, "DIS*"}, {12, "TORC* | C=2"}};
+inline const std::map<std::string, std::string> kManySettings = {
+    {"UnZipFiles", "1"},       {"CompressPri2", "1"},     {"OverWrite4", "1"},
+    {"CompressNbrFiles", "1"}, {"CompressBlockPri", "7"}, {"LogProgram", "1"}};
+/// A fast line, no identification, no pause, no delay.
+inline const std::map<std::string, std::string> kNoWaits = {
+    {"ComBaud", "115200"}, {"CWIDTime", "0"}, {"TxUpTime", "0"}, {"TxDelay", "0"}};
+
 /// The bytes of a zip archive with these members, by name.
 std::string MakeArchive(const std::map<std::string, std::string>& members);
 

@@ -11,34 +11,30 @@ namespace {
 /// How a state is entered and known.
 struct State {
   const char* name;
-  std::map<std::string, std::string> settings;
   int secondAtStart;  // of the station's clock
   const char* heard;  // on the line so far
   const char* steps;  // the last ones of the keying lines
+  std::map<std::string, std::string> settings;
 };
 
 constexpr const char* kTimeout = "Transmit Timeout";
 // The system raises both lines as it opens the port.
 constexpr const char* kOpened = "11 01 00 01 11 ";
 
-const State kTransmitting = {"transmitting", {}, 0, "LINE 100", "11 "};
+const State kTransmitting = {"transmitting", 0, "LINE 100", "11 ", {}};
 // A packet is on the line for seconds when the pause falls due.
 const State kDraining = {
-    "draining", {{"ComBaud", "4800"}, {"TxUpTime", "0.5"}}, 56, kTimeout, "01 11 "};
+    "draining", 56, kTimeout, "01 11 ", {{"ComBaud", "4800"}, {"TxUpTime", "0.5"}}};
 const State kPausing = {
-    "pausing", {{"TxUpTime", "0.5"}, {"TxDownTime", "5"}}, 56, kTimeout, "11 01 "};
-const State kIdentifying = {"in a Morse element",
-                            {{"CWIDTime", "1"}, {"CWIDText", "OOOOOOOOOOOOOOOO"}, {"CWSpeed", "1"}},
-                            27,
-                            "",
-                            "01 00 10 11 "};
-const State kOpening = {"opening", {{"TxDelay", "30000"}}, 0, "", kOpened};
+    "pausing", 56, kTimeout, "11 01 ", {{"TxUpTime", "0.5"}, {"TxDownTime", "5"}}};
+const State kIdentifying = {
+    "in a Morse element", 27, "", "01 00 10 11 ", {{"CWIDTime", "1"}, {"CWSpeed", "1"}}};
+const State kOpening = {"opening", 0, "", kOpened, {{"TxDelay", "30000"}}};
 // No packet host can be opened at this port: start-up says so in a box and waits.
-const State kInAMessage = {"with a message open", {{"UdpPort", "0"}}, 0, "LINE 100", "11 "};
+const State kInAMessage = {"with a message open", 0, "LINE 100", "11 ", {{"UdpPort", "0"}}};
 
 struct StationIn : RealStation {
   explicit StationIn(const State& state) : RealStation(state.settings) {
-    Rule(0, "TOR*");
     Start(state.secondAtStart);
     const auto isReached = [&] {
       return heard.find(state.heard) != std::string::npos &&

@@ -57,7 +57,7 @@ class Month {
     for (int i = 0; i < 6 && !delivery_.Missing().empty(); ++i) station_.Run(1h);
     constexpr std::size_t kWaitForABlock = 4;
     if (delivery_.Missing().size() > kWaitForABlock) Complain("products did not come out");
-    if (!delivery_.foreign.empty()) Complain("received what was not dropped");
+    if (!delivery_.foreign.empty()) Complain("received, but not dropped: " + delivery_.foreign[0]);
     return complaints_;
   }
 
@@ -88,7 +88,7 @@ class Month {
     constexpr int kOrdinary = 90, kStorm = 300, kHour = 3'600'000, kStormLasts = 300'000;
     for (int i = 0; i < kOrdinary; ++i) Arrive(Between(0, kHour - 1));
     for (int i = 0; hour % 12 == 7 && i < kStorm; ++i) Arrive(Between(0, kStormLasts));
-    const auto end = kFirstMidnight + std::chrono::hours(hour + 1);
+    const auto end = kFirstMidnight + (hour + 1) * 1h;
     RunTo(end - 10s);
     if (hour % 24 == 23) CompareDay();
     RunTo(end);

@@ -9,30 +9,26 @@ namespace ostrel {
 
 namespace fs = std::filesystem;
 
-RealStation::RealStation(std::map<std::string, std::string> settings) : folder_(OSTREL_BINARY_DIR) {
+RealStation::RealStation(const std::map<std::string, std::string>& settings)
+    : folder_(OSTREL_BINARY_DIR) {
   fs::create_directories(Path("KvData/RxFiles"));
   fs::create_directory(Path("ports"));
   Replug();
   fs::create_hard_link(OSTREL_BINARY_DIR "/ostrel", Path("ostrel"));
   fs::copy_file(OSTREL_SOURCE_DIR "/packaging/station/RtMorse.txt", Path("RtMorse.txt"));
   std::ofstream(Path("FillFile.txt")) << SampleText(3000, 99);
-  settings.insert({{"ComBaud", "115200"},
-                   {"CWIDTime", "0"},
-                   {"TxUpTime", "0"},
-                   {"TxDelay", "0"},
-                   {"LogProgram", "1"}});
+  for (const auto& [list, keyword] : kManyRules)
+    std::ofstream(Path(fmt::format("RtList{}.txt", list))) << keyword;
   const auto store = OpenSettings();
   store->WriteSetting(KeyPath(Section::kShared), "ShowErrors", "0");
-  for (const auto& [key, value] : settings)
-    store->WriteSetting(KeyPath(Section::kSettings), key, value);
+  for (const auto* const some : {&kManySettings, &kNoWaits, &settings}) {
+    for (const auto& [key, value] : *some)
+      store->WriteSetting(KeyPath(Section::kSettings), key, value);
+  }
 }
 
 RealStation::~RealStation() {
   if (process_ != 0) End(SIGKILL);
-}
-
-void RealStation::Rule(int list, const std::string& keyword) {
-  std::ofstream(Path(fmt::format("RtList{}.txt", list)), std::ios::app) << keyword << "\r\n";
 }
 
 void RealStation::Drop(const std::string& name, const std::string& content) {

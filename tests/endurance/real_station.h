@@ -21,12 +21,10 @@ struct Keying {
 
 class RealStation {
  public:
-  /// A fast line, no identification, no pause, no delay and no error windows, but for what
-  /// `settings` say.
-  explicit RealStation(std::map<std::string, std::string> settings = {});
+  /// Many rules and settings, no waits and no error windows, but for what `settings` say.
+  explicit RealStation(const std::map<std::string, std::string>& settings = {});
   ~RealStation();
 
-  void Rule(int list, const std::string& keyword);
   /// A product appears in the ingest folder, whole and at once.
   void Drop(const std::string& name, const std::string& content);
   std::unique_ptr<SettingsStore> OpenSettings();
