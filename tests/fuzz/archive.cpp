@@ -2,15 +2,15 @@
 #include <filesystem>
 
 #include "platform/linux/linux_files.h"
+#include "platform/linux/temporary_folder.h"
 #include "platform/linux/zip_archives.h"
 #include "platform/virtual/virtual_clock.h"
 #include "tests/fuzz/fuzz_support.h"
-#include "tests/support/temp_folder.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace ostrel;
   namespace fs = std::filesystem;
-  static const TempFolder folder(fs::exists("/dev/shm") ? "/dev/shm" : fs::temp_directory_path());
+  static const TemporaryFolder folder;
   static VirtualClock clock{UtcTime{}};
   static LinuxFiles files{clock};
   static ZipArchives archives{files};
