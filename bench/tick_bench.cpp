@@ -97,7 +97,7 @@ BENCHMARK(SendingPackets);
 
 /// The yardstick for the packet: one block by plain open, seek, read and close.
 void PlainBlockRead(benchmark::State& state) {
-  TempFolder folder("/dev/shm");
+  TemporaryFolder folder;
   const auto path = folder / "FILE";
   std::ofstream(path) << SampleText(64 * 1024);
   char block[1024];
@@ -112,7 +112,7 @@ BENCHMARK(PlainBlockRead);
 
 /// The yardstick for the idle tick: eleven empty folders listed.
 void PlainListings(benchmark::State& state) {
-  TempFolder folder("/dev/shm");
+  TemporaryFolder folder;
   std::vector<std::string> folders;
   for (int i = 0; i < 11; ++i) {
     folders.push_back(folder / std::to_string(i));

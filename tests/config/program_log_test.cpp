@@ -28,7 +28,7 @@ class ProgramLogTest : public testing::Test {
     return real.Exists(folder / name) ? real.ReadAll(folder / name) : "";
   }
 
-  TempFolder folder;
+  TemporaryFolder folder;
   VirtualClock clock{kNoon};
   LinuxFiles real{clock};
   HeldFiles files{real};

@@ -10,7 +10,7 @@ namespace ostrel {
 namespace {
 
 struct Workbench {
-  TempFolder folder;
+  TemporaryFolder folder;
   VirtualClock clock{UtcTime{}};
   LinuxFiles files{clock};
   ZipArchives archives{files};

@@ -47,7 +47,7 @@ class RealStation {
   Delivery delivery;
 
  private:
-  TempFolder folder_;
+  TemporaryFolder folder_;
   pid_t process_ = 0;
 };
 

@@ -12,9 +12,9 @@
 #include "platform/linux/held_alone.h"
 #include "platform/linux/system_error.h"
 #include "platform/linux/temporary_file.h"
+#include "platform/linux/temporary_folder.h"
 #include "platform/virtual/virtual_clock.h"
 #include "tests/support/failure_of.h"
-#include "tests/support/temp_folder.h"
 
 namespace ostrel {
 namespace {
@@ -34,7 +34,7 @@ class LinuxFilesTest : public testing::Test {
     return names;
   }
 
-  TempFolder folder_;
+  TemporaryFolder folder_;
   VirtualClock clock_{std::chrono::sys_days(std::chrono::year(2031) / 5 / 6) + 7h + 8ms};
   LinuxFiles files_{clock_};
 };

@@ -7,7 +7,7 @@
 #include "base/failure.h"
 #include "platform/linux/linux_clock.h"
 #include "platform/linux/linux_instance_lock.h"
-#include "tests/support/temp_folder.h"
+#include "platform/linux/temporary_folder.h"
 
 namespace ostrel {
 namespace {
@@ -41,7 +41,7 @@ TEST(StopSignal, EndsASleepAtOnceUntilTheShutdownHasBegun) {
 }
 
 TEST(LinuxInstanceLock, IsHeldByOneAndNotInheritedByStartedPrograms) {
-  TempFolder folder;
+  TemporaryFolder folder;
   LinuxInstanceLock second(folder.path());
   FILE* child = nullptr;
   {

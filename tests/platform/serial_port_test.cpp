@@ -3,10 +3,10 @@
 #include <termios.h>
 
 #include "platform/linux/linux_serial_port.h"
+#include "platform/linux/temporary_folder.h"
 #include "platform/virtual/virtual_clock.h"
 #include "tests/support/failure_of.h"
 #include "tests/support/pseudo_terminal.h"
-#include "tests/support/temp_folder.h"
 
 namespace ostrel {
 namespace {
@@ -24,7 +24,7 @@ class LinuxSerialPortTest : public testing::Test {
     EXPECT_EQ(line.c_iflag & (IXON | IXOFF), 0u);
   }
 
-  TempFolder ports_;
+  TemporaryFolder ports_;
   PseudoTerminal terminal_;
   VirtualClock clock_{UtcTime{}};
   LinuxSerialPort port_{clock_, ports_.path()};

@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include "platform/linux/sqlite_settings_store.h"
+#include "platform/linux/temporary_folder.h"
 #include "tests/support/failure_of.h"
-#include "tests/support/temp_folder.h"
 
 namespace ostrel {
 namespace {
@@ -20,7 +20,7 @@ class SettingsStoreTest : public testing::Test {
     store->SetRootKey(kHkeyLocalMachine);
     return store;
   }
-  TempFolder folder_;
+  TemporaryFolder folder_;
 };
 
 TEST_F(SettingsStoreTest, ReadsBackWhatWasStoredByAnotherOpeningOfTheStationsGroup) {

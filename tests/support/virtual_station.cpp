@@ -13,19 +13,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// In memory where there is such a folder: a simulated day writes tens of thousands of files.
-fs::path FastestFolder() {
-  const fs::path shared = "/dev/shm";
-  return fs::exists(shared) ? shared : fs::temp_directory_path();
-}
-
 constexpr const char* kMorseTable = OSTREL_MORSE_TABLE;
 constexpr const char* kFillName = "FILLFILE.TXT";
 
 }  // namespace
 
 VirtualStation::VirtualStation(UtcTime start, std::vector<ZoneRule> zone)
-    : folder(FastestFolder()), machine(start, std::move(zone)) {
+    : machine(start, std::move(zone)) {
   fs::create_directories(folder.path() + "/KvData/RxFiles");
   fs::copy_file(kMorseTable, folder.path() + "/RtMorse.txt");
   WriteFile(Path("FillFile.txt"), "FILL\r\n");

@@ -15,10 +15,10 @@
 #include "config/settings_table.h"
 #include "platform/linux/linux_files.h"
 #include "platform/linux/sqlite_settings_store.h"
+#include "platform/linux/temporary_folder.h"
 #include "platform/linux/zip_archives.h"
 #include "platform/virtual/virtual_machine.h"
 #include "tests/support/forwarding_files.h"
-#include "tests/support/temp_folder.h"
 #include "tools/monitor/product_assembler.h"
 #include "tools/monitor/stream_decoder.h"
 
@@ -130,7 +130,7 @@ class VirtualStation {
   Setup& setup() { return station->setup(); }
   MainWindow& window() { return station->mainWindow(); }
 
-  TempFolder folder;
+  TemporaryFolder folder;
   VirtualMachine machine;
   LinuxFiles realFiles{machine.clock};
   FaultyFiles files{realFiles};

@@ -1,6 +1,5 @@
 #include "tools/simulate/station_copy.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fmt/format.h>
 #include <fstream>
@@ -18,12 +17,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// In memory where there is such a folder: a simulated day writes tens of thousands of files.
-fs::path FastestFolder() {
-  const fs::path shared = "/dev/shm";
-  return fs::exists(shared) ? shared : fs::temp_directory_path();
-}
-
 bool StartsWithFolder(const std::string& path, const std::string& folder) {
   return ToLower(path.substr(0, folder.size() + 1)) == ToLower(folder + "/");
 }
@@ -38,19 +31,10 @@ std::string Turned(const std::string& path, const std::string& from, const std::
 StationCopy::StationCopy(const std::string& folder) {
   if (!fs::is_directory(folder))
     throw Failure(failure_number::kPathNotFound, "There is no station " + folder);
-  auto name = (FastestFolder() / "ostrel-simulate-XXXXXX").string();
-  if (!mkdtemp(name.data()))
-    throw Failure(failure_number::kPathAccess, "No temporary folder can be made.");
-  path_ = name;
   fs::create_directories(IngestFolder());
   CopyFiles(folder);
   CopySchedule(folder);
   CopySettings(folder);
-}
-
-StationCopy::~StationCopy() {
-  std::error_code ignored;
-  fs::remove_all(path_, ignored);
 }
 
 void StationCopy::CopyFiles(const std::string& folder) {
@@ -59,7 +43,7 @@ void StationCopy::CopyFiles(const std::string& folder) {
     names.push_back(fmt::format("RtList{}.txt", list));
   for (const auto& name : names) {
     if (fs::exists(folder + "/" + name)) {
-      fs::copy_file(folder + "/" + name, path_ + "/" + name);
+      fs::copy_file(folder + "/" + name, folder_ / name);
     } else {
       remarks_.push_back("The station has no " + name + ".");
     }
@@ -70,15 +54,15 @@ void StationCopy::CopyFiles(const std::string& folder) {
 void StationCopy::CopySchedule(const std::string& folder) {
   std::ifstream file(folder + "/RtSched.txt", std::ios::binary);
   const std::string content{std::istreambuf_iterator<char>(file), {}};
-  std::ofstream copy(path_ + "/RtSched.txt", std::ios::binary);
+  std::ofstream copy(folder_ / "RtSched.txt", std::ios::binary);
   ForEachLine(content, [&](std::string_view line) {
     const auto entry = ParseScheduleEntry(TrimBlanks(line));
     if (!entry.time || !StartsWithFolder(entry.destination, folder)) {
       if (!line.empty()) remarks_.push_back(fmt::format("Left out of the schedule: {}", line));
       return;
     }
-    copy << line.substr(0, 6) << Turned(entry.source, folder, path_) << ' '
-         << Turned(entry.destination, folder, path_) << kLineEnd;
+    copy << line.substr(0, 6) << Turned(entry.source, folder, path()) << ' '
+         << Turned(entry.destination, folder, path()) << kLineEnd;
   });
 }
 
@@ -89,15 +73,15 @@ void StationCopy::CopySettings(const std::string& folder) {
   }
   SqliteSettingsStores original(folder + "/KvRegistry.db");
   auto values = OpenAtRoot(original)->List(kFamilyTree);
-  for (auto& value : values) value.value = Turned(value.value, folder, path_);
+  for (auto& value : values) value.value = Turned(value.value, folder, path());
   SqliteSettingsStores stores(StorePath());
   const auto copy = OpenAtRoot(stores);
   copy->WriteAll(values);
   Set("IngestPath", IngestFolder());
   const auto fillPath = copy->ReadSetting(KeyPath(Section::kSettings), "FillFilePriPath", "");
-  if (!fillPath.empty() && !StartsWithFolder(fillPath, path_)) {
+  if (!fillPath.empty() && !StartsWithFolder(fillPath, path())) {
     remarks_.push_back("The fill file goes to priority 10, not to " + fillPath + ".");
-    Set("FillFilePriPath", path_ + "/KvData/RtPri10/FillFile.txt");
+    Set("FillFilePriPath", folder_ / "KvData/RtPri10/FillFile.txt");
   }
 }
 

@@ -5,19 +5,18 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/temporary_folder.h"
+
 namespace ostrel {
 
 class StationCopy {
  public:
   /// Copies the station in `folder`. Throws Failure 76 when there is none.
   explicit StationCopy(const std::string& folder);
-  ~StationCopy();
-  StationCopy(const StationCopy&) = delete;
-  StationCopy& operator=(const StationCopy&) = delete;
 
-  const std::string& path() const { return path_; }
-  std::string IngestFolder() const { return path_ + "/KvData/RxFiles"; }
-  std::string StorePath() const { return path_ + "/KvRegistry.db"; }
+  const std::string& path() const { return folder_.path(); }
+  std::string IngestFolder() const { return folder_ / "KvData/RxFiles"; }
+  std::string StorePath() const { return folder_ / "KvRegistry.db"; }
   /// Stores a value of the station's own section.
   void Set(const std::string& key, const std::string& value);
   /// What of the station the copy does without, a line each.
@@ -28,7 +27,7 @@ class StationCopy {
   void CopySchedule(const std::string& folder);
   void CopySettings(const std::string& folder);
 
-  std::string path_;
+  TemporaryFolder folder_;
   std::vector<std::string> remarks_;
 };
 

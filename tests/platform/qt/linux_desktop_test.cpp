@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "base/failure.h"
-#include "tests/support/temp_folder.h"
+#include "platform/linux/temporary_folder.h"
 
 namespace ostrel {
 namespace {
@@ -25,7 +25,7 @@ class LinuxDesktopTest : public testing::Test {
     fs::permissions(folder_ / name, fs::perms::owner_all);
   }
 
-  TempFolder folder_;
+  TemporaryFolder folder_{fs::temp_directory_path()};  // programs run in it
   LinuxDesktop desktop_;
 };
 
