@@ -16,7 +16,7 @@ TEST(MatchPattern, FollowsThePatternLanguage) {
               {"RR#*", "RR3DMXIA.TXT", "RRSDMXIA.TXT"},
               {"*AB*ABZ", "XABYABZ", "XABYABZQ"},
               {"*.ZI[S,P]*", "A.ZI,X", "A.ZIX"},
-              {"[A-C][0-9]", "B5", "D5"},
+              {"[A-C][0-9]", "C9", "D5"},
               {"[!A-C]#", "D5", "B5"},
               {"[A!]", "!", "B"},
               {"[-A]", "-", "B"},

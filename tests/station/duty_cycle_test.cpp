@@ -22,20 +22,16 @@ PauseRecord RunThroughPause(VirtualStation& station, const LineSettings& line, m
   PauseRecord record;
   auto& machine = station.machine;
   machine.line.onWrite = [&](std::string_view bytes) {
-    const auto now = machine.clock.Monotonic();
-    if (bytes == "Transmit Timeout" && record.text < 0ms) {
-      record.text = now;
-      record.drain = TimeOnLine(line, machine.line.BytesWaiting());
-      EXPECT_TRUE(machine.line.KeyLine1());
-    } else if (record.text >= 0ms && record.data < 0ms) {
-      record.data = now;
-    }
+    auto& moment = record.text < 0ms ? record.text : record.data;
+    if (moment >= 0ms || (&moment == &record.text && bytes != "Transmit Timeout")) return;
+    moment = machine.clock.Monotonic();
+    if (&moment == &record.text) record.drain = TimeOnLine(line, machine.line.BytesWaiting());
+    EXPECT_TRUE(machine.line.KeyLine1());
   };
   machine.loop.RunUntil([&] { return record.data >= 0ms; }, limit);
   for (const auto& event : machine.line.keying) {
     EXPECT_TRUE(event.line == 1 || event.at == 0ms) << "the second line stays up";
-    if (event.line != 1 || event.at == 0ms) continue;
-    (event.on ? record.rise : record.drop) = event.at;
+    if (event.line == 1 && event.at > 0ms) (event.on ? record.rise : record.drop) = event.at;
   }
   return record;
 }
@@ -43,22 +39,21 @@ PauseRecord RunThroughPause(VirtualStation& station, const LineSettings& line, m
 TEST(DutyCycle, PausesAtTheMinuteBoundaryBeyondThePeriod) {
   struct {
     UtcTime onAir;
-    const char* minutes;
-    const char* pause;  // the first tick at or after this time, or never
+    const char *minutes, *pause;  // the first tick at or after this time, or never
   } const rows[] = {{kTen + 59s, "9", "10:10:00"},
                     {kTen + 60s, "9", "10:11:00"},
                     {kTen + 59s, "0.5", "10:01:00"},
                     {kTen, "0", nullptr}};
-  for (const auto& row : rows) {
-    VirtualStation station(row.onAir - kKeyUp);
-    station.Set({{"TxUpTime", row.minutes}, {"CWIDTime", "0"}, {"ComBaud", "38400"}});
+  for (const auto& [onAir, minutes, pause] : rows) {
+    VirtualStation station(onAir - kKeyUp);
+    station.Set({{"TxUpTime", minutes}, {"CWIDTime", "0"}, {"ComBaud", "38400"}});
     station.Start();
     const auto record = RunThroughPause(station, {.rate = 38400}, 12min);
-    EXPECT_EQ(record.text >= 0ms, row.pause != nullptr) << row.minutes;
-    if (!row.pause) continue;
-    const auto at = station.machine.clock.ToLocal(row.onAir - kKeyUp + record.text);
-    EXPECT_EQ(FormatLogStamp(at).substr(9), row.pause) << row.minutes;
-    EXPECT_LT(at - chr::floor<seconds>(at), kCyclePeriod) << row.minutes;
+    EXPECT_EQ(record.text >= 0ms, pause != nullptr) << minutes;
+    if (!pause) continue;
+    const auto at = station.machine.clock.ToLocal(onAir - kKeyUp + record.text);
+    EXPECT_EQ(FormatLogStamp(at).substr(9), pause) << minutes;
+    EXPECT_LT(at - chr::floor<seconds>(at), kCyclePeriod) << minutes;
   }
 }
 

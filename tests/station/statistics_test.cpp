@@ -9,8 +9,7 @@ namespace {
 TEST(Statistics, AreWrittenAtTheFirstTickOfTheirSecondAndClosedAtMidnight) {
   struct {
     milliseconds start;  // from noon; the first tick is 425 ms later
-    bool areWritten;
-    bool areReset;
+    bool areWritten, areReset;
   } const rows[] = {{12h - 1s, true, true},
                     {6h - 1s, true, false},
                     {1h - 1s, false, false},
@@ -20,11 +19,11 @@ TEST(Statistics, AreWrittenAtTheFirstTickOfTheirSecondAndClosedAtMidnight) {
                     // The first tick of all in second 0: no new second.
                     {6h - 425ms, false, false}};
   for (const auto& [start, areWritten, areReset] : rows) {
+    SCOPED_TRACE(start.count());
     VirtualStation station(kNoon + start);
     station.Set("CWIDTime", "0");
     station.Start();
     auto& engine = station.station->engine();
-    station.machine.line.onWrite = [](std::string_view) {};
     station.machine.line.Write(std::string(1100, 'x'));  // busy, so that no figure grows
     engine.FillsSent = 5;
     engine.FilesSent[Priority(1)] = 3;
@@ -36,13 +35,13 @@ TEST(Statistics, AreWrittenAtTheFirstTickOfTheirSecondAndClosedAtMidnight) {
     if (areWritten) expected = {"Throughput = 1800 BPS", "Fills Sent: 5", "Files Sent: 7"};
     for (int p = 1; areWritten && p <= kPriorityCount; ++p)
       expected.push_back(fmt::format("Priority {:02} Maximum Count: {}", p, p == 2 ? 12 : 0));
-    EXPECT_EQ(station.Messages("Stats"), expected) << start.count();
+    EXPECT_EQ(station.Messages("Stats"), expected);
     for (const auto& line : station.LogOf("Stats")) EXPECT_EQ(line.substr(11, 6), ":00:00");
-    const auto figures =
-        fmt::format("{} {} {} {} {} {}", engine.FillsSent, engine.FilesSentInAll(),
-                    engine.MaximumCount[Priority(2)], engine.compression.compressed,
-                    engine.compression.uncompressed, engine.compression.ratio);
-    EXPECT_EQ(figures, areReset ? "0 0 0 0 0 1.5" : "5 7 12 2 3 1.5") << start.count();
+    const auto& totals = engine.compression;
+    EXPECT_EQ(fmt::format("{} {} {} {} {} {}", engine.FillsSent, engine.FilesSentInAll(),
+                          engine.MaximumCount[Priority(2)], totals.compressed, totals.uncompressed,
+                          totals.ratio),
+              areReset ? "0 0 0 0 0 1.5" : "5 7 12 2 3 1.5");
   }
 }
 
