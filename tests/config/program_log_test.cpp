@@ -7,20 +7,6 @@
 namespace ostrel {
 namespace {
 
-class HeldFiles : public ForwardingFiles {
- public:
-  using ForwardingFiles::ForwardingFiles;
-  void Append(const std::string& p, std::string_view c) override {
-    fault("append");
-    real_.Append(p, c);
-  }
-  FileStatus Status(const std::string& p) override {
-    fault("size");
-    return real_.Status(p);
-  }
-  std::function<void(std::string_view step)> fault = [](std::string_view) {};
-};
-
 class ProgramLogTest : public testing::Test {
  protected:
   ProgramLogTest() { values.programFolder = folder.path(); }
@@ -31,7 +17,7 @@ class ProgramLogTest : public testing::Test {
   TemporaryFolder folder;
   VirtualClock clock{kNoon};
   LinuxFiles real{clock};
-  HeldFiles files{real};
+  FaultyFiles files{real};
   VirtualDialogs dialogs;
   ostrel::Setup setup;
   ProgramValues values;
@@ -57,31 +43,32 @@ TEST_F(ProgramLogTest, MovesAsideWhatIsOneByteTooLarge) {
 
 TEST_F(ProgramLogTest, WaitsForAHeldFileAndGivesUpAloud) {
   const struct {
-    const char* step;
+    FaultyFiles::Fault& step;
     std::int32_t number;
     milliseconds heldFor, waited;
     bool isWritten, isComplete;
-  } rows[] = {{"append", 70, 1990ms, 1990ms, true, true},  // the last of the 199 retries
-              {"append", 70, 1991ms, 1990ms, false, false},
-              {"append", 61, 1h, 0ms, false, false},
-              {"size", 70, 1990ms, 1990ms, true, true},
-              {"size", 70, 1h, 1990ms, true, false}};
+  } rows[] = {{files.appendFault, 70, 1990ms, 1990ms, true, true},  // the last of the 199 retries
+              {files.appendFault, 70, 1991ms, 1990ms, false, false},
+              {files.appendFault, 61, 1h, 0ms, false, false},
+              {files.statusFault, 70, 1990ms, 1990ms, true, true},
+              {files.statusFault, 70, 1h, 1990ms, true, false}};
   for (const auto& [step, number, heldFor, waited, isWritten, isComplete] : rows) {
-    SCOPED_TRACE(fmt::format("{} {} {}", step, number, heldFor.count()));
+    SCOPED_TRACE(fmt::format("{} for {} ms", number, heldFor.count()));
     const auto before = Read("RtLog.txt"), line = LogLine(clock.Now(), "Test", "text");
-    const auto end = clock.Monotonic() + heldFor, waitedUntil = clock.Monotonic() + waited;
-    files.fault = [&](std::string_view reached) {
-      if (reached == step && clock.Monotonic() < end) throw Failure(number, "held");
+    const auto waitedUntil = clock.Monotonic() + waited;
+    step = [&, end = clock.Monotonic() + heldFor, failure = number](const std::string&) {
+      if (clock.Monotonic() < end) throw Failure(failure, "held");
     };
     dialogs.errors.clear();
     log.WriteLog("Test", "text");
+    step = nullptr;
     EXPECT_EQ(clock.Monotonic(), waitedUntil);
     EXPECT_EQ(Read("RtLog.txt"), before + (isWritten ? line : ""));
     EXPECT_EQ(dialogs.errors,
               isComplete ? Lines{} : Lines{fmt::format("Log File Error: {} held\r\n", number)});
   }
   clock.stopRequested = true;
-  files.fault = [](std::string_view) { throw Failure(70, "held"); };
+  files.appendFault = [](const std::string&) { throw Failure(70, "held"); };
   EXPECT_NO_THROW(log.WriteLog("Test", "the program ends while the log is held"));
 }
 

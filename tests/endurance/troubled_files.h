@@ -8,7 +8,7 @@
 #include "base/failure.h"
 #include "base/names.h"
 #include "platform/clock.h"
-#include "tests/support/forwarding_files.h"
+#include "tests/support/faulty_files.h"
 
 namespace ostrel {
 
@@ -29,9 +29,9 @@ struct Trouble {
   std::int32_t failure = 0;
 };
 
-class TroubledFiles : public ForwardingFiles {
+class TroubledFiles : public FaultyFiles {
  public:
-  TroubledFiles(Files& real, const Clock& clock) : ForwardingFiles(real), clock_(clock) {}
+  TroubledFiles(Files& real, const Clock& clock) : FaultyFiles(real), clock_(clock) {}
 
   /// From here on, changes are counted anew.
   void Meet(const Trouble& trouble) {

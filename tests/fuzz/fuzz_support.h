@@ -12,7 +12,7 @@
 #include "base/reporting.h"
 #include "platform/linux/linux_files.h"
 #include "platform/virtual/virtual_clock.h"
-#include "tests/support/forwarding_files.h"
+#include "tests/support/faulty_files.h"
 
 namespace ostrel {
 
@@ -35,9 +35,9 @@ inline void Demand(bool holds, const char* what) {
 }
 
 /// Holds whole files by path, and nothing else.
-class FilesInMemory : public ForwardingFiles {
+class FilesInMemory : public FaultyFiles {
  public:
-  FilesInMemory() : ForwardingFiles(real_) {}
+  FilesInMemory() : FaultyFiles(real_) {}
 
   bool Exists(const std::string& path) override { return content_.contains(path); }
   std::string ActualPath(const std::string& path) override { return path; }

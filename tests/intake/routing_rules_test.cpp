@@ -84,7 +84,7 @@ TEST_F(RoutingRulesTest, TheListFilesAreReadForgivinglyAndWrittenPlainly) {
   station.WriteFile(PathOf(0), "  zfp* \r\n\r\n    \r\nA.B.C\nlast");
   station.WriteFile(PathOf(2), "LOST*\r\n");
   station.WriteFile(PathOf(12), "zfp* | c=3\r\nNO COUNT |\r\nNOBAR C=2\r\n  AFD* |C=2\r\n");
-  station.files.readFault = [&](const std::string& path, std::int64_t) {
+  station.files.readFault = [&](const std::string& path) {
     if (path == PathOf(2)) throw Failure(failure_number::kDeviceError, "Device I/O error");
   };
   station.files.writeFault = [&](const std::string& path) {

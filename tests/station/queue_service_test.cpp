@@ -79,8 +79,8 @@ TEST_F(QueueServiceTest, AFileThatVanishesOrCannotBeReadCostsNoMoreThanItself) {
   for (const auto* name : {"AFDA.TXT", "AFDB.TXT", "AFDC.TXT", "AFDD.TXT"})
     station.Drop(name, SampleText(2000));
   station.Start();
-  station.files.readFault = [](const std::string& path, std::int64_t offset) {
-    if (path.ends_with("AFDC.TXT") && offset == 0) throw Failure(57, "Device I/O error");
+  station.files.readFault = [reads = 0](const std::string& path) mutable {
+    if (path.ends_with("AFDC.TXT") && ++reads == 1) throw Failure(57, "Device I/O error");
   };
   station.Run(5s);  // all are queued and one of them is on the air
   const auto& queue = station.window().PriorityList[kTwo];

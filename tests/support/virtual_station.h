@@ -18,7 +18,7 @@
 #include "platform/linux/temporary_folder.h"
 #include "platform/linux/zip_archives.h"
 #include "platform/virtual/virtual_machine.h"
-#include "tests/support/forwarding_files.h"
+#include "tests/support/faulty_files.h"
 #include "tools/monitor/product_assembler.h"
 #include "tools/monitor/stream_decoder.h"
 
@@ -30,43 +30,6 @@ using Lines = std::vector<std::string>;
 /// 18 November 2026, 12:00:00 UTC.
 inline constexpr UtcTime kNoon =
     std::chrono::sys_days(std::chrono::year(2026) / 11 / 18) + std::chrono::hours(12);
-
-/// Files whose copies, deletes and writes fail where a test says so.
-class FaultyFiles : public ForwardingFiles {
- public:
-  using ForwardingFiles::ForwardingFiles;
-
-  int Copy(const std::string& s, const std::string& d) override {
-    const int code = copyFault ? copyFault(s, d) : 0;
-    return code != 0 ? code : real_.Copy(s, d);
-  }
-  void Delete(const std::string& p) override {
-    if (deleteFault) deleteFault(p);
-    real_.Delete(p);
-  }
-  void TestExclusive(const std::string& p) override {
-    if (lockFault) lockFault(p);
-    real_.TestExclusive(p);
-  }
-  std::size_t ReadBlock(const std::string& p, std::int64_t o, std::span<char> b) override {
-    if (readFault) readFault(p, o);
-    return real_.ReadBlock(p, o, b);
-  }
-  std::string ReadAll(const std::string& p) override {
-    if (readFault) readFault(p, 0);
-    return real_.ReadAll(p);
-  }
-  void WriteAll(const std::string& p, std::string_view c) override {
-    if (writeFault) writeFault(p);
-    real_.WriteAll(p, c);
-  }
-
-  /// Returns a copy code, 0 to let the copy happen.
-  std::function<int(const std::string& source, const std::string& destination)> copyFault;
-  /// Throw to fail.
-  std::function<void(const std::string&path)> deleteFault, lockFault, writeFault;
-  std::function<void(const std::string& path, std::int64_t offset)> readFault;
-};
 
 inline Lines Entries(const ListField& list) {
   return {list.begin(), list.end()};

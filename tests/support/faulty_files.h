@@ -1,0 +1,57 @@
+// A file system in front of another one. Its steps fail where a test says so; a test that wants
+// more overrides them.
+#pragma once
+
+#include <functional>
+
+#include "platform/files.h"
+
+namespace ostrel {
+
+class FaultyFiles : public Files {
+ public:
+  /// Called with the file before its step; throws to fail it.
+  using Fault = std::function<void(const std::string& path)>;
+  Fault statusFault, lockFault, deleteFault, readFault, writeFault, appendFault;
+  /// Returns a copy code, 0 to let the copy happen.
+  std::function<int(const std::string& source, const std::string& destination)> copyFault;
+
+  explicit FaultyFiles(Files& real) : real_(real) {}
+
+  std::optional<std::string> FirstFile(const std::string& f) override { return real_.FirstFile(f); }
+  std::vector<std::string> ListFiles(const std::string& f) override { return real_.ListFiles(f); }
+  bool Exists(const std::string& p) override { return real_.Exists(p); }
+  std::string ActualPath(const std::string& p) override { return real_.ActualPath(p); }
+  FileStatus Status(const std::string& p) override { return Past(statusFault, p).Status(p); }
+  void SetLastWriteTime(const std::string& p, UtcTime t) override { real_.SetLastWriteTime(p, t); }
+  void TestExclusive(const std::string& p) override { Past(lockFault, p).TestExclusive(p); }
+  int Copy(const std::string& s, const std::string& d) override {
+    const int code = copyFault ? copyFault(s, d) : copy_code::kDone;
+    return code != copy_code::kDone ? code : real_.Copy(s, d);
+  }
+  void Delete(const std::string& p) override { Past(deleteFault, p).Delete(p); }
+  void Rename(const std::string& s, const std::string& d) override { real_.Rename(s, d); }
+  void Link(const std::string& e, const std::string& l) override { real_.Link(e, l); }
+  void CreateFolder(const std::string& p) override { real_.CreateFolder(p); }
+  void RemoveTemporaries(const std::string& f) override { real_.RemoveTemporaries(f); }
+  std::size_t ReadBlock(const std::string& p, std::int64_t o, std::span<char> b) override {
+    return Past(readFault, p).ReadBlock(p, o, b);
+  }
+  std::string ReadAll(const std::string& p) override { return Past(readFault, p).ReadAll(p); }
+  void WriteAll(const std::string& p, std::string_view c) override {
+    Past(writeFault, p).WriteAll(p, c);
+  }
+  void Append(const std::string& p, std::string_view c) override {
+    Past(appendFault, p).Append(p, c);
+  }
+
+ protected:
+  Files& Past(const Fault& fault, const std::string& path) {
+    if (fault) fault(path);
+    return real_;
+  }
+
+  Files& real_;
+};
+
+}  // namespace ostrel
