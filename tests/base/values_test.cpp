@@ -60,17 +60,11 @@ TEST(Numbers, EachReadingForgivesInItsOwnWay) {
 }
 
 TEST(Times, FormatsAndBoundaries) {
-  const auto time = At(2003, 10, 27, 16, 28, 30);
-  EXPECT_EQ(FormatGeneral(time), "10/27/2003 4:28:30 PM");
+  EXPECT_EQ(FormatGeneral(At(2003, 10, 27, 16, 28, 30)), "10/27/2003 4:28:30 PM");
   EXPECT_EQ(FormatGeneral(At(2003, 10, 27, 0, 0, 0)), "10/27/2003");
   EXPECT_EQ(FormatGeneral(At(2003, 1, 2, 0, 0, 1)), "1/2/2003 12:00:01 AM");
-  EXPECT_EQ(FormatLogStamp(time), "10/27/03 16:28:30");
-  EXPECT_EQ(LocalToUtc(time, seconds(-6 * 3600)), At(2003, 10, 27, 22, 28, 30));
   EXPECT_EQ(MinuteBoundaries(At(2026, 1, 1, 10, 0, 59), At(2026, 1, 1, 10, 1, 0)), 1);
   EXPECT_EQ(MinuteBoundaries(At(2026, 1, 1, 10, 0, 0), At(2026, 1, 1, 10, 0, 59)), 0);
-  for (const auto* text : {"24:00", "12:60", "1:00 ", "12-00", "ab:cd"})
-    EXPECT_FALSE(ParseTimeOfDay(text)) << text;
-  EXPECT_EQ(ParseTimeOfDay("23:59"), (TimeOfDay{23, 59}));
 }
 
 }  // namespace

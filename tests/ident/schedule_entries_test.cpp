@@ -21,14 +21,15 @@ TEST(ScheduleEntries, AreCheckedAndStoredInLowerCase) {
     EXPECT_EQ(enter(entry),
               "Schedule|The schedule is not formatted properly.\r\n"
               "Click More Information for the format. \r\n");
-  for (const auto* entry : {"25:00 /a /b", "1a:00 /a /b"})
+  for (const auto* entry : {"24:00 /a /b", "12:60 /a /b", "1a:00 /a /b", "12-00 /a /b"})
     EXPECT_EQ(enter(entry),
               "Schedule Time|The time you entered is not valid.\r\n"
               "Enter the time in the format hh:mm. \r\nFor example: 08:00\r\n");
   for (const auto* entry :
        {"13:00 /In/File.TXT /Out/A B.txt", "13:00 /IN/file.txt /OUT/a b.txt", "23:59 /only"})
     EXPECT_EQ(enter(entry), "");
-  EXPECT_EQ(Entries(station.setup().lstSchedule), (Lines{"13:00 /in/file.txt /out/a b.txt", "23:59 /only"}));
+  EXPECT_EQ(Entries(station.setup().lstSchedule),
+            (Lines{"13:00 /in/file.txt /out/a b.txt", "23:59 /only"}));
   EXPECT_EQ(station.ReadFile(station.Path("RtSched.txt")),
             "13:00 /in/file.txt /out/a b.txt\r\n23:59 /only\r\n");
 }
@@ -38,7 +39,8 @@ TEST(ScheduleEntries, AreLoadedAsTheyStandAndRemovedTogetherWithOneRewrite) {
   station.WriteFile(station.Path("RtSched.txt"),
                     "  01:00 /A /B  \n123456789\r\nno time /c /d\r\n02:00 /e /f\r\n\r\n");
   station.Start();
-  EXPECT_EQ(Entries(station.setup().lstSchedule), (Lines{"01:00 /A /B", "no time /c /d", "02:00 /e /f"}));
+  EXPECT_EQ(Entries(station.setup().lstSchedule),
+            (Lines{"01:00 /A /B", "no time /c /d", "02:00 /e /f"}));
 
   int writes = 0;
   station.files.writeFault = [&](const std::string& path) {

@@ -117,16 +117,6 @@ TEST_F(LinuxFilesTest, FailsWithTheNumbersThatTheStationKnows) {
   EXPECT_EQ(Entries(), (Names{"file", "folder"}));
 }
 
-TEST_F(LinuxFilesTest, LinksOneFileUnderTwoNames) {
-  files_.WriteAll(Path("a"), "new");
-  files_.WriteAll(Path("b"), "old");
-  for (int again = 0; again < 2; ++again) {
-    files_.Link(Path("a"), Path("b"));
-    EXPECT_TRUE(fs::equivalent(Path("a"), Path("b")));
-  }
-  EXPECT_EQ(Entries(), (Names{"a", "b"}));
-}
-
 TEST_F(LinuxFilesTest, RemovesOnlyTheTemporaryFilesThatNobodyWorksOn) {
   TemporaryFile atWork(folder_.path());
   for (const char* name : {".ostrel-1-1.part", ".ostrel.lock", "x.part"}) {

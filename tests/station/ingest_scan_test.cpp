@@ -16,6 +16,11 @@ Lines Words(const std::string& text) {
   return {std::istream_iterator<std::string>(words), {}};
 }
 
+/// Given to `copyFault`, it keeps all that is routed in the holding folders.
+int RefuseQueueing(const std::string&, const std::string& destination) {
+  return destination.find("/RtXmit/") != std::string::npos ? copy_code::kDiskFull : 0;
+}
+
 TEST(IngestScan, AHeldFileIsReportedAtEveryFortyFirstFailureInARow) {
   enum { kFree = 0, kBroken = 57, kHeld = 70, kNoAccess = 75 };
   VirtualStation station;
@@ -91,16 +96,13 @@ TEST(IngestScan, AFileThatFindsNoRoomStaysAndOneThatCannotBeDeletedIsPlacedOnce)
   VirtualStation station;
   station.Rule(3, "AB*");
   station.Start();
-  station.files.copyFault = [](const std::string&, const std::string&) {
-    return copy_code::kDiskFull;
-  };
+  station.files.copyFault = [](const std::string&, const std::string&) { return 112; };
   station.Drop("AB.TXT", "first");
   station.Run(4 * kCyclePeriod);
-  EXPECT_EQ(station.Names(kIngest), Lines{"AB.TXT"});
-  const auto reports = station.LogOf("CheckForNewFiles");
-  ASSERT_EQ(reports.size(), 4U);
-  EXPECT_NE(reports[0].find("Error # -2147220392, Copy File Failed: dll error - 112 "),
-            std::string::npos);
+  const Lines failures(4, "Error # -2147220392, Copy File Failed: dll error - 112 ");
+  auto reports = station.Messages("CheckForNewFiles");
+  for (auto& report : reports) report.resize(failures[0].size());
+  EXPECT_EQ(reports, failures);
 
   station.files.copyFault = RefuseQueueing;
   station.files.deleteFault = [&](const std::string& path) {
@@ -108,6 +110,7 @@ TEST(IngestScan, AFileThatFindsNoRoomStaysAndOneThatCannotBeDeletedIsPlacedOnce)
       throw Failure(failure_number::kPermissionDenied, "Held");
   };
   station.Run(5 * kCyclePeriod);
+  EXPECT_EQ(station.Names(kIngest), Lines{"AB.TXT"});
   station.files.deleteFault = nullptr;
   station.Run(1s);
   EXPECT_EQ(station.Names("KvData/RtPri4"), Lines{"AB.TXT"});

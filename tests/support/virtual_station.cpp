@@ -148,9 +148,9 @@ Lines VirtualStation::LogOf(const std::string& category) {
 }
 
 Lines VirtualStation::Messages(const std::string& category) {
-  constexpr std::size_t kStampAndCategory = 31;
   auto lines = category.empty() ? Log() : LogOf(category);
-  for (auto& line : lines) line = line.substr(std::min(kStampAndCategory, line.size()));
+  const auto start = LogLine({}, category, "").size() - kLineEnd.size();
+  for (auto& line : lines) line = line.substr(std::min(start, line.size()));
   return lines;
 }
 

@@ -35,11 +35,6 @@ inline Lines Entries(const ListField& list) {
   return {list.begin(), list.end()};
 }
 
-/// Given to `copyFault`, it keeps all that is routed in the holding folders.
-inline int RefuseQueueing(const std::string&, const std::string& destination) {
-  return destination.find("/RtXmit/") != std::string::npos ? copy_code::kDiskFull : 0;
-}
-
 class VirtualStation {
  public:
   explicit VirtualStation(UtcTime start = kNoon,
