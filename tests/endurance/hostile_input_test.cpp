@@ -54,6 +54,7 @@ TEST(HostileInput, ArchivesFromStrangersHoldUpNothing) {
   station.Drop("NESTED.ZIP", MakeArchive({{"IN.ZIP", MakeArchive({{"DEEP.TXT", "deep inside"}})}}));
   station.Start();
   station.Run(10s);
+  EXPECT_GE(station.LogOf("UnZip").size(), 3U) << "the operator is told what was left out";
   station.Drop("AFTER.TXT", "still at work");
   station.Run(20s);
   Lines received;

@@ -29,7 +29,7 @@ const State kPausing = {
     "pausing", 56, kTimeout, "11 01 ", {{"TxUpTime", "0.5"}, {"TxDownTime", "5"}}};
 const State kIdentifying = {
     "in a Morse element", 27, "", "01 00 10 11 ", {{"CWIDTime", "1"}, {"CWSpeed", "1"}}};
-const State kOpening = {"opening", 0, "", kOpened, {{"TxDelay", "30000"}}};
+const State kOpening = {"opening", 0, "", kOpened, {{"TxDelay", "5000"}}};
 // No packet host can be opened at this port: start-up says so in a box and waits.
 const State kInAMessage = {"with a message open", 0, "LINE 100", "11 ", {{"UdpPort", "0"}}};
 
@@ -78,7 +78,7 @@ TEST(KeyingStates, EndWithBothLinesDownWithinASecond) {
 }
 
 TEST(KeyingStates, WithoutTheDeviceBurnNoQueueAndGoOnWhenItIsBack) {
-  for (const auto& state : {kTransmitting, kDraining, kPausing}) {
+  for (const auto& state : {kTransmitting, kDraining, kPausing, kIdentifying, kOpening}) {
     SCOPED_TRACE(state.name);
     StationIn station(state);
     station.line->Pull();

@@ -38,11 +38,13 @@ TEST(Settings, EveryKeyMakesTheRoundThroughSaveStopAndStart) {
   setup.chkPacketHost.Set(Check::kChecked);
   setup.chkByteBlaster.Set(Check::kChecked);
   ASSERT_EQ(Save(station), SaveOutcome::kHide);
+  EXPECT_EQ(station.station->values().ingestPath, station.Path("in/")) << "in force at once";
   station.Restart();
 
   for (const auto& row : Rows(station)) EXPECT_EQ(TextOf(row.field), expected[row.key]) << row.key;
   const auto& values = station.station->values();
   EXPECT_EQ(values.ingestPath, station.Path("in/"));
+  EXPECT_EQ(station.setup().txtIngestPath.Get(), station.Path("in"));
   EXPECT_TRUE(values.unZipFiles && values.packetHost && !values.showErrors);
   EXPECT_EQ(values.engine, 2);
 }
