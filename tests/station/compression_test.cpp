@@ -58,6 +58,17 @@ TEST(CompressFile, WaitsAsAnArchiveUnlessThatIsLarger) {
   EXPECT_FLOAT_EQ(totals.ratio, static_cast<float>(uncompressed) / static_cast<float>(compressed));
 }
 
+TEST(CompressFile, ThatCannotBePlacedStaysWhereItIs) {
+  CompressingStation station;
+  fs::rename(station.Path("KvData/RtXmit"), station.Path("elsewhere"));
+  station.Hold(3, "A.TXT", SampleText(3000));
+  EXPECT_EQ(station.Messages("CompressFile").at(0), "Create Zip Error 9");
+  EXPECT_EQ(station.Queue(3), Lines{});
+  fs::rename(station.Path("elsewhere"), station.Path("KvData/RtXmit"));
+  station.Run(kCyclePeriod);
+  EXPECT_EQ(station.Queue(3), Lines{"A.ZIP"});
+}
+
 TEST(CompressBlock, IsMadeAtTheQuartersOfAMinuteOnceEnoughHaveGathered) {
   for (const int second : {15, 60}) {
     CompressingStation station(kNoon + 59min + seconds(second - 2));

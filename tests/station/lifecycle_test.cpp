@@ -67,6 +67,7 @@ TEST(ShutDown, DropsTheLinesWithinATickInWhateverMomentItIsAskedFor) {
       EXPECT_TRUE(!event.on && event.at <= at + kCyclePeriod);
     EXPECT_FALSE(machine.line.KeyLine1() || machine.line.KeyLine2() || machine.line.IsOpen());
     EXPECT_TRUE(machine.dialogs.hasEnded);
+    EXPECT_EQ(station.Messages().front(), "Program Started - 3.0 build 0");
     EXPECT_EQ(station.Messages().back(), "Program Stopped");
     // The channel opens at the end of start-up only.
     EXPECT_TRUE(at < 1s || machine.datagrams.sent.back() == "E0000");

@@ -12,6 +12,7 @@ TEST(PacketHost, GetsEveryPacketUnderItsSequenceWhateverTheLineDoes) {
   station.Set({{"PacketHost", "True"}, {"ComBaud", "115200"}, {"CWIDTime", "0"}});
   station.Start();
   auto& machine = station.machine;
+  EXPECT_EQ(machine.datagrams.configuration, "QOSFlags=68");
   Lines written;
   machine.line.onWrite = [&](std::string_view bytes) { written.emplace_back(bytes); };
   const auto& sent = machine.datagrams.sent;
