@@ -4,7 +4,6 @@
 #include <QSocketNotifier>
 #include <array>
 #include <cstdlib>
-#include <filesystem>
 #include <sys/stat.h>
 
 #include "app/station.h"
@@ -13,6 +12,7 @@
 #include "platform/linux/linux_files.h"
 #include "platform/linux/linux_instance_lock.h"
 #include "platform/linux/linux_serial_port.h"
+#include "platform/linux/program_folder.h"
 #include "platform/linux/sqlite_settings_store.h"
 #include "platform/linux/stop_signal.h"
 #include "platform/linux/zip_archives.h"
@@ -28,11 +28,6 @@
 namespace {
 
 using namespace ostrel;
-
-/// The folder of the executable, symbolic links resolved.
-std::string ProgramFolder() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path().string();
-}
 
 bool HasDisplay() {
   for (const char* const name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {

@@ -41,11 +41,11 @@ std::optional<double> WholeNumber(std::string_view text) {
   return reading->value;
 }
 
+}  // namespace
+
 Failure TypeMismatch() {
   return Failure(failure_number::kTypeMismatch, "Type mismatch");
 }
-
-}  // namespace
 
 double LeadingNumber(std::string_view text) {
   const auto reading = ReadNumber(text);

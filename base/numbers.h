@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/failure.h"
+
 namespace ostrel {
 
 /// The number at the start of the text (leading blanks allowed; sign, digits, one period,
@@ -22,7 +24,10 @@ std::chrono::milliseconds LeadingMilliseconds(std::string_view text);
 /// True when the whole text, blanks around it aside, is one number.
 bool IsNumber(std::string_view text);
 
-/// The strict readings of start-up. Each throws Failure 13 ("Type mismatch") on anything else.
+/// Failure 13: a text is not of the kind that its place wants.
+Failure TypeMismatch();
+
+/// The strict readings of start-up. Each throws TypeMismatch on anything else.
 std::int32_t StrictInteger(std::string_view text);
 double StrictNumber(std::string_view text);
 /// "True" or "False" in any case, or a number: 0 is false, any other is true.

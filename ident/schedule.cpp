@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 
+#include "base/numbers.h"
 #include "base/text.h"
 
 namespace ostrel {
@@ -51,7 +52,7 @@ void Schedule::ProcessSchedule() {
     const auto entry = ParseScheduleEntry(parts_.setup.lstSchedule[i]);
     const auto now = Calendar(parts_.clock.Now());
     if (!entry.time) {
-      LogFailure(Failure(failure_number::kTypeMismatch, "Type mismatch"), entry);
+      LogFailure(TypeMismatch(), entry);
     } else if (*entry.time == TimeOfDay{now.hour, now.minute}) {
       Fire(entry);
     }

@@ -7,22 +7,19 @@
 #include <sys/stat.h>
 
 #include "base/failure.h"
+#include "platform/linux/program_folder.h"
 #include "tools/settings/commands.h"
 
 namespace {
 
 using Command = std::function<void(ostrel::StationFolder&)>;
 
-std::string FolderOfProgram() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path().string();
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
   CLI::App app("Settings, ports and rules of an Ostrel station.");
   app.require_subcommand(1);
-  std::string folder = FolderOfProgram();
+  std::string folder = ostrel::ProgramFolder();
   std::string key, value, file, port, device;
   std::vector<std::string> names;
   Command command;
