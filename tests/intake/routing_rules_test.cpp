@@ -66,20 +66,6 @@ TEST_F(RoutingRulesTest, AKeywordStandsOnceInAllListsButCopies) {
   EXPECT_EQ(ListOf(kCopiesList), Lines{"ZFP10* | C=3"});
 }
 
-TEST(CopiesEntry, IsAKeywordAndACount) {
-  const struct {
-    const char *entry, *keyword;
-    int count;
-  } cases[] = {{"ZFP* |C=12 OR SO", "ZFP*", 12},
-               {"C=4ZFP* | C=3", "C=4ZFP*", 4},
-               {"A B | X | C=2", "A B", 2},
-               {"ZFP* | C=MANY", "ZFP*", 0}};
-  for (const auto& [entry, keyword, count] : cases) {
-    EXPECT_EQ(ParseCopiesEntry(entry).keyword, keyword) << entry;
-    EXPECT_EQ(ParseCopiesEntry(entry).count, count) << entry;
-  }
-}
-
 TEST_F(RoutingRulesTest, TheListFilesAreReadForgivinglyAndWrittenPlainly) {
   station.WriteFile(PathOf(0), "  zfp* \r\n\r\n    \r\nA.B.C\nlast");
   station.WriteFile(PathOf(2), "LOST*\r\n");

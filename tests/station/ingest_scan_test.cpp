@@ -67,7 +67,8 @@ TEST(IngestScan, TheNameAloneDecidesWhereAFileGoes) {
       {"3 AB*", "AB.TXT AB.TXT.1", "AB.TXT", "AB.TXT AB.TXT.1 AB.TXT.2", "", ""},
       {"3 AB*", "AB", "AB", "AB AB.1", "", ""},
       // copies
-      {"12 AB*_|_C=3 12 *_|_C=2 3 AB*", "", "ab.txt", "AB.TXT AB.TXT.1 AB.TXT.2", "", ""},
+      {"12 AB*_|C=3_OR_SO 12 AB*_|_C=MANY 12 *_|_X_|_C=2 3 AB*", "", "ab.txt",
+       "AB.TXT AB.TXT.1 AB.TXT.2", "", ""},
       {"12 AB_|_C=2 3 AB 5 AB.1", "", "AB", "AB", "AB.1", ""},
   };
   for (const auto& row : cases) {
