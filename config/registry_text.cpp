@@ -110,7 +110,8 @@ class RegistryReader {
 
   RegistryImport Read() {
     const auto header = RestOfLine();
-    if (header != kRegistryHeader && header != kOldRegistryHeader) Refuse("no registry file");
+    isOld_ = header == kOldRegistryHeader;
+    if (header != kRegistryHeader && !isOld_) Refuse("no registry file");
     while (!AtEnd()) ReadElement();
     return std::move(import_);
   }
@@ -164,7 +165,7 @@ class RegistryReader {
   /// that the file does not name.
   void TakeSpelledOutText(StoredValue& value) const {
     constexpr std::string_view kText = "hex(1):";
-    if (!value.value.starts_with(kText) || !text_.starts_with(kRegistryHeader)) return;
+    if (isOld_ || !value.value.starts_with(kText)) return;
     if (auto text = SpelledOutText(std::string_view(value.value).substr(kText.size()))) {
       value.value = std::move(*text);
       value.isRaw = false;
@@ -250,6 +251,7 @@ class RegistryReader {
 
   std::string_view text_;
   std::size_t at_ = 0;
+  bool isOld_ = false;  // the form of the file
   bool hasKey_ = false;
   std::string path_;  // of the present key, empty when it is not of the tree
   RegistryImport import_;
