@@ -48,7 +48,11 @@ void QueueService::StartFile(Priority p) {
   const auto& queue = parts_.mainWindow.PriorityList[p];
   const std::string file = queue.front();
   parts_.mainWindow.lblSending[p].Set(fmt::format("Sending {}: 1", file));
+  for (const Priority other : AllPriorities()) {
+    if (currentFile_[other] == file) isDisplaced_[other] = true;
+  }
   currentFile_[p] = file;
+  isDisplaced_[p] = false;
   parts_.engine.nextBlock[p] = 1;
   isHeldBack_[p] =
       !MoveToSentFolder(p, file) && parts_.files.Exists(parts_.values.InTransmitFolder(file));
@@ -97,7 +101,11 @@ void QueueService::ServeFile(Priority p) {
 
 void QueueService::RetireFile(Priority p) {
   parts_.engine.PendingPacket.clear();
-  if (!isHeldBack_[p]) finished_.push_back({p, currentFile_[p], false});
+  if (isDisplaced_[p] && !isHeldBack_[p]) {
+    parts_.pending.SendAgain(p, currentFile_[p]);
+  } else if (!isHeldBack_[p]) {
+    finished_.push_back({p, currentFile_[p], false});
+  }
   parts_.mainWindow.PriorityList[p].Remove(0);
   parts_.mainWindow.lblSending[p].Set(MainWindow::IdleCaption(p));
   currentFile_[p].clear();

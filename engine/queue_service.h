@@ -63,6 +63,8 @@ class QueueService {
   /// The current file could not be moved. Nothing is served then: what the sent folder holds under
   /// its name is an older one.
   PerPriority<bool> isHeldBack_;
+  /// While the current file waited for a more urgent one, that took its place in the sent folder.
+  PerPriority<bool> isDisplaced_;
   std::vector<Finished> finished_;
   std::vector<Stuck> stuck_;
 };

@@ -114,6 +114,16 @@ void PendingFiles::Return(Priority p, const std::string& name) {
   Retire(p, name);
 }
 
+void PendingFiles::SendAgain(Priority p, const std::string& name) {
+  const auto links = links_[p].find(name);
+  if (links == links_[p].end()) return;
+  parts_.reporting.WriteLog(
+      kCategory, fmt::format("{} met a file of its name on the air and is sent again.", name));
+  GiveBack(p, links->second.front());  // what cannot go back now does so at the next start
+  links->second.pop_front();
+  if (links->second.empty()) links_[p].erase(links);
+}
+
 void PendingFiles::DiscardReturned(Priority p, const std::string& name) {
   RunStep(parts_.reporting, kCategory, [&] {
     parts_.files.Delete(InHoldingFolder(p, name));

@@ -51,6 +51,9 @@ class PendingFiles {
   /// `p` and through the intake again. Of a product that is overwritten it takes the place of one
   /// that went back before. Throws Failure when it has to stay.
   void Return(Priority p, const std::string& name);
+  /// The entry that was on the air lost its place in the sent folder to another file of its name:
+  /// it is retired, and what the record holds goes back to the holding folder of `p`.
+  void SendAgain(Priority p, const std::string& name);
   /// The purge deleted `name` from RtXmit.
   void Purged(const std::string& name);
 

@@ -9,7 +9,7 @@ namespace ostrel {
 
 class LinuxFiles : public Files {
  public:
-  explicit LinuxFiles(const Clock& clock) : clock_(clock) {}
+  explicit LinuxFiles(Clock& clock) : clock_(clock) {}
 
   std::optional<std::string> FirstFile(const std::string& folder) override;
   std::vector<std::string> ListFiles(const std::string& folder) override;
@@ -31,7 +31,7 @@ class LinuxFiles : public Files {
   void Append(const std::string& path, std::string_view content) override;
 
  private:
-  const Clock& clock_;
+  Clock& clock_;
 };
 
 }  // namespace ostrel

@@ -11,6 +11,8 @@ namespace {
 
 constexpr std::size_t kOutputBuffer = 10000;
 constexpr seconds kLookInterval{2};
+/// The transmitter fell with its device, and needs its time to come up again.
+constexpr seconds kKeyUp{1};
 
 }  // namespace
 
@@ -32,14 +34,19 @@ void LinuxSerialPort::Open(int number, std::string_view settings) {
 void LinuxSerialPort::Close() {
   device_.reset();
   held_.clear();
+  onItsWay_.clear();
+  settledAt_ = {};
   open_ = keyLine1_ = keyLine2_ = false;
 }
 
 std::size_t LinuxSerialPort::BytesWaiting() {
   if (!open_) return 0;
   if (!device_) LookForDevice();
-  const std::size_t unsent = Pump();
-  return device_ ? std::max(unsent, line_.Unsent(clock_.Monotonic())) : kOutputBuffer;
+  const std::size_t inDriver = Pump();
+  if (!device_ || IsSettling()) return kOutputBuffer;
+  const std::size_t unsent = std::max(inDriver, line_.Unsent(clock_.Monotonic()));
+  ForgetSent(unsent);
+  return unsent;
 }
 
 void LinuxSerialPort::Write(std::string_view bytes) {
@@ -49,10 +56,9 @@ void LinuxSerialPort::Write(std::string_view bytes) {
     throw Failure(failure_number::kDeviceError, "Device I/O error: the output buffer is full");
   }
   held_ += bytes;
+  onItsWay_.emplace_back(bytes);
   line_.Add(bytes.size(), clock_.Monotonic());
-  const bool present = device_.has_value();
   Pump();
-  if (present && !device_) held_ = bytes;  // it went under this very write
 }
 
 void LinuxSerialPort::SetKeyLine1(bool on) {
@@ -75,7 +81,7 @@ void LinuxSerialPort::SetLine(KeyingLine line, bool on) {
 
 /// Gives the driver what it takes. Returns the bytes that it and we still have.
 std::size_t LinuxSerialPort::Pump() {
-  while (device_ && !held_.empty()) {
+  while (device_ && !IsSettling() && !held_.empty()) {
     const auto taken = device_->Write(held_);
     if (!taken) Vanish();
     if (taken.value_or(0) == 0) break;
@@ -86,9 +92,19 @@ std::size_t LinuxSerialPort::Pump() {
   return held_.size() + unsent.value_or(0);
 }
 
+void LinuxSerialPort::ForgetSent(std::size_t unsent) {
+  std::size_t behind = 0;
+  for (const auto& write : onItsWay_) behind += write.size();
+  while (!onItsWay_.empty() && (behind -= onItsWay_.front().size()) >= unsent)
+    onItsWay_.pop_front();
+}
+
+/// Half a packet is none: a receiver needs the whole of it again.
 void LinuxSerialPort::Vanish() {
   device_.reset();
+  ForgetSent(std::max(held_.size(), line_.Unsent(clock_.Monotonic())));
   held_.clear();
+  for (const auto& write : onItsWay_) held_ += write;
   lastLook_ = clock_.Monotonic();
   onPresence_(false);
 }
@@ -107,8 +123,9 @@ void LinuxSerialPort::LookForDevice() {
     device_.reset();
     return;
   }
+  settledAt_ = clock_.Monotonic() + kKeyUp;
   line_.Clear();
-  if (!held_.empty()) line_.Add(held_.size(), clock_.Monotonic());
+  if (!held_.empty()) line_.Add(held_.size(), settledAt_);
   onPresence_(true);
 }
 

@@ -3,6 +3,7 @@
 // open is to the station a line that does not move, until it is back.
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
@@ -25,7 +26,8 @@ class LinuxSerialPort : public SerialPort {
   bool IsOpen() const override { return open_; }
   /// While the device is gone the whole buffer counts as waiting. Looks for it every two seconds.
   std::size_t BytesWaiting() override;
-  /// A write while the device is gone is held for its return; what was on its way then is lost.
+  /// A write while the device is gone is held for its return; a write that was on its way then is
+  /// repeated whole.
   void Write(std::string_view bytes) override;
   void SetKeyLine1(bool on) override;
   void SetKeyLine2(bool on) override;
@@ -36,8 +38,10 @@ class LinuxSerialPort : public SerialPort {
  private:
   void SetLine(KeyingLine line, bool on);
   std::size_t Pump();
+  void ForgetSent(std::size_t unsent);
   void Vanish();
   void LookForDevice();
+  bool IsSettling() const { return clock_.Monotonic() < settledAt_; }
 
   const Clock& clock_;
   std::string portsFolder_;
@@ -47,7 +51,9 @@ class LinuxSerialPort : public SerialPort {
   LineTime line_;
   std::optional<SerialDevice> device_;  // empty while gone
   std::string held_;                    // what the driver has not taken yet
+  std::deque<std::string> onItsWay_;    // the writes that have not left the line whole
   milliseconds lastLook_{0};
+  milliseconds settledAt_{0};
   bool keyLine1_ = false;
   bool keyLine2_ = false;
 };

@@ -6,6 +6,8 @@
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <system_error>
 #include <termios.h>
 #include <utility>
@@ -22,6 +24,13 @@ namespace {
 [[noreturn]] void DeviceUnavailable(const std::string& path, int error) {
   throw Failure(failure_number::kDeviceUnavailable,
                 "Device unavailable: " + path + ": " + std::generic_category().message(error));
+}
+
+bool IsPseudoTerminal(int descriptor) {
+  constexpr unsigned kFirstMajor = 136, kLastMajor = 143;
+  struct stat status = {};
+  return fstat(descriptor, &status) == 0 && major(status.st_rdev) >= kFirstMajor &&
+         major(status.st_rdev) <= kLastMajor;
 }
 
 bool MeansGone(int error) {
@@ -82,26 +91,22 @@ SerialDevice::SerialDevice(const std::string& path, const LineSettings& settings
     : device_(open(path.c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
   if (!device_) DeviceUnavailable(path, errno);
   TakeForOurselves(path);
-  try {
-    DropLines();  // the system raised both at opening
-    Configure(settings);
-    DropLines();  // a rate after none raises them again
-  } catch (const Failure&) {
-    ioctl(device_.Get(), TIOCNXCL);
-    throw;
-  }
+  DropLines();  // the system raised both at opening
+  Configure(settings);
+  DropLines();  // a rate after none raises them again
 }
 
 SerialDevice::~SerialDevice() {
   DropLines();
   tcflush(device_.Get(), TCIOFLUSH);
-  ioctl(device_.Get(), TIOCNXCL);  // a pseudo-terminal outlives us and would stay closed to others
 }
 
 void SerialDevice::TakeForOurselves(const std::string& path) {
   if (!isatty(device_.Get())) DeviceUnavailable(path, ENOTTY);
   // The lock keeps out a second station that runs as root, whom the exclusive mode does not stop.
   if (flock(device_.Get(), LOCK_EX | LOCK_NB) != 0) DeviceUnavailable(path, EBUSY);
+  // A pseudo-terminal outlives a killed station, and would stay closed to the next one.
+  if (IsPseudoTerminal(device_.Get())) return;
   if (ioctl(device_.Get(), TIOCEXCL) != 0) DeviceUnavailable(path, errno);
 }
 

@@ -86,6 +86,14 @@ TEST_F(LinuxFilesTest, CopiesWholeUnderTheStationsTime) {
   EXPECT_EQ(Entries().size(), 2u);
 }
 
+TEST_F(LinuxFilesTest, EndsLongWorkWhenTheProgramIsToEnd) {
+  files_.WriteAll(Path("source"), std::string(200'001, 'x'));
+  clock_.stopRequested = true;
+  EXPECT_THROW(files_.Copy(Path("source"), Path("copy")), StopRequested);
+  EXPECT_THROW(files_.WriteAll(Path("member"), "x"), StopRequested);
+  EXPECT_EQ(Entries(), Names{"source"});
+}
+
 TEST_F(LinuxFilesTest, WhatFindsNoRoomLeavesWhatWasThere) {
   const std::string big(200'000, 'b');
   files_.WriteAll(Path("big"), big);

@@ -96,20 +96,25 @@ TEST_F(LinuxSerialPortTest, StandsStillWhileTheDeviceIsGoneAndGoesOnWhenItIsBack
   port_.OnPresence([&](bool present) { presence.push_back(present); });
   EXPECT_EQ(FailureOf([&] { port_.Write("not open yet"); }), 57);
   port_.Open(1, "1200,N,8,2");
+  port_.Write("sent");
+  clock_.Advance(seconds(1));
+  port_.Write("on its way");
+  clock_.Advance(milliseconds(50));
   terminal_.Pull();
-  port_.Write("held");
   EXPECT_EQ(port_.BytesWaiting(), kFullBuffer);
   EXPECT_EQ(presence, std::vector<bool>{false});
-  port_.Write(", too");
+  port_.Write(", held");
 
   PseudoTerminal replugged;
   replugged.LinkAt(ports_ / "COM1");
   clock_.Advance(milliseconds(1999));
   EXPECT_EQ(port_.BytesWaiting(), kFullBuffer);
   clock_.Advance(milliseconds(1));
-  EXPECT_EQ(port_.BytesWaiting(), 9u);
+  EXPECT_EQ(port_.BytesWaiting(), kFullBuffer);
   EXPECT_EQ(presence, (std::vector<bool>{false, true}));
-  EXPECT_EQ(replugged.Read(9), "held, too");
+  clock_.Advance(seconds(1));  // the transmitter comes up
+  EXPECT_EQ(port_.BytesWaiting(), 16u);
+  EXPECT_EQ(replugged.Read(16), "on its way, held");
   ExpectUsualSettings(replugged);
 }
 

@@ -75,6 +75,19 @@ TEST_F(QueueServiceTest, AMoreUrgentFileCutsInAtTheNextBlockAndTheOtherKeepsItsP
             (Lines{"AFDXXX.TXT  - 2 - 11/18/26 12:00:00", "TORXXX.TXT  - 1 - 11/18/26 12:00:15"}));
 }
 
+TEST_F(QueueServiceTest, AFileThatMeetsAMoreUrgentOneOfItsNameIsSentAgain) {
+  station.Set("ComBaud", "9600");
+  station.Start();
+  station.Drop("AFDXXX.TXT", SampleText(20'000));
+  station.Run(6s);
+  station.Hold(1, "AFDXXX.TXT", "urgent");
+  station.Run(60s);
+  const auto products = station.Products();
+  ASSERT_EQ(products.size(), 2U);
+  EXPECT_EQ(products[0].data, "urgent");
+  EXPECT_EQ(products[1].data, SampleText(20'000));
+}
+
 TEST_F(QueueServiceTest, AFileThatVanishesOrCannotBeReadCostsNoMoreThanItself) {
   for (const auto* name : {"AFDA.TXT", "AFDB.TXT", "AFDC.TXT", "AFDD.TXT"})
     station.Drop(name, SampleText(2000));
