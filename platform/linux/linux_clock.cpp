@@ -36,16 +36,17 @@ LocalTime LinuxClock::ToLocal(UtcTime utc) const {
 }
 
 void LinuxClock::Sleep(milliseconds duration) {
+  if (stop_ == nullptr) return std::this_thread::sleep_for(duration);
   using SteadyClock = std::chrono::steady_clock;
   const auto end = SteadyClock::now() + duration;
   for (;;) {
-    if (stop_.EndsWaits()) throw StopRequested{};
+    if (stop_->EndsWaits()) throw StopRequested{};
     const auto left = end - SteadyClock::now();
     if (left <= SteadyClock::duration::zero()) return;
-    if (stop_.IsRequested()) return std::this_thread::sleep_for(left);
+    if (stop_->IsRequested()) return std::this_thread::sleep_for(left);
     const auto whole = std::chrono::floor<seconds>(left);
     const timespec timeout = {whole.count(), (left - whole).count()};
-    pollfd wait = {stop_.Descriptor(), POLLIN, 0};
+    pollfd wait = {stop_->Descriptor(), POLLIN, 0};
     ppoll(&wait, 1, &timeout, nullptr);
   }
 }

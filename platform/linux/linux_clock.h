@@ -9,7 +9,10 @@ namespace ostrel {
 /// Local time follows the system's time zone, a change of it while the program runs included.
 class LinuxClock : public Clock {
  public:
-  explicit LinuxClock(StopSignal& stop) : stop_(stop) {}
+  /// Of a program that ends at once when it is asked to: nothing ends a sleep.
+  LinuxClock() = default;
+  /// Of a program that unwinds first: `stop` ends its sleeps.
+  explicit LinuxClock(StopSignal& stop) : stop_(&stop) {}
 
   LocalTime Now() const override { return ToLocal(UtcNow()); }
   UtcTime UtcNow() const override;
@@ -19,7 +22,7 @@ class LinuxClock : public Clock {
   void Sleep(milliseconds duration) override;
 
  private:
-  StopSignal& stop_;
+  StopSignal* stop_ = nullptr;
 };
 
 }  // namespace ostrel

@@ -9,7 +9,6 @@
 #include "platform/linux/linux_clock.h"
 #include "platform/linux/linux_files.h"
 #include "platform/linux/sqlite_settings_store.h"
-#include "platform/linux/stop_signal.h"
 
 namespace ostrel {
 
@@ -27,8 +26,7 @@ class StationFolder {
 
  private:
   std::string path_;
-  StopSignal stop_;
-  LinuxClock clock_{stop_};
+  LinuxClock clock_;
   LinuxFiles files_{clock_};
   SqliteSettingsStores stores_;
 };
