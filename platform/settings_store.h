@@ -22,6 +22,7 @@ struct StoredValue {
   /// registry's own notation of it, for example "dword:0000000a", kept to be exported again as it
   /// came.
   bool isRaw = false;
+  friend bool operator==(const StoredValue&, const StoredValue&) = default;
 };
 
 class SettingsStore {

@@ -39,8 +39,7 @@ class Month {
                   {"UnZipFiles", "1"},
                   {"CompressPri2", "1"},
                   {"LogProgram", "1"},
-                  {"CompressNbrFiles", "5"},
-                  {"CWSpeed", "25"}});
+                  {"CompressNbrFiles", "5"}});
     station_.machine.line.onWrite = [this](std::string_view bytes) { delivery_.Hear(bytes); };
     station_.Start();
   }

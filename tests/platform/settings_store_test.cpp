@@ -38,12 +38,6 @@ TEST_F(SettingsStoreTest, ReadsBackWhatWasStoredByAnotherOpeningOfTheStationsGro
   EXPECT_EQ(FailureOf([&] { SqliteSettingsStores(folder_ / "none/x.db").Open(); }), 57);
 }
 
-TEST_F(SettingsStoreTest, CutsLongValuesBetweenCharacters) {
-  const auto store = Open();
-  store->WriteSetting(kSettings, "Long", std::string(1023, 'y') + "\xC3\xA9z");
-  EXPECT_EQ(store->ReadSetting(kSettings, "Long", ""), std::string(1023, 'y'));
-}
-
 TEST_F(SettingsStoreTest, ServesTwoProcessesAtOnce) {
   const pid_t child = fork();
   const std::string who = child == 0 ? "child" : "parent";

@@ -1,4 +1,5 @@
-// From launch to exit: the failures of start-up, the purge, and the stop at any moment.
+// From launch to exit: the failures of start-up, the stop at any moment, what was queued when the
+// station was killed, and the purge.
 #include <gtest/gtest.h>
 
 #include "tests/support/virtual_station.h"
@@ -66,11 +67,28 @@ TEST(ShutDown, DropsTheLinesWithinATickInWhateverMomentItIsAskedFor) {
     for (const auto& event : machine.line.keying)
       EXPECT_TRUE(!event.on && event.at <= at + kCyclePeriod);
     EXPECT_FALSE(machine.line.KeyLine1() || machine.line.KeyLine2() || machine.line.IsOpen());
-    EXPECT_TRUE(machine.dialogs.hasEnded);
     EXPECT_EQ(station.Messages().front(), "Program Started - 3.0 build 0");
     EXPECT_EQ(station.Messages().back(), "Program Stopped");
     // The channel opens at the end of start-up only.
     EXPECT_TRUE(at < 1s || machine.datagrams.sent.back() == "E0000");
+  }
+}
+
+TEST(PendingFiles, WhatIsPastThePurgeAgeStaysAway) {
+  for (const auto& [hours, down, comesBack] :
+       {std::tuple{"1.5", 89min, true}, {"1.5", 91min, false}, {"0", 60'000min, true}}) {
+    VirtualStation station;
+    station.Set("PurgeTime", hours);
+    station.StartBusy();
+    station.Hold(5, "A.TXT", "text");
+    EXPECT_EQ(station.Names("KvData/.pending/5"), Lines{"A.TXT"});
+    // No shutdown: the process is gone.
+    station.machine.line.Close();
+    station.machine.dialogs.hasEnded = true;
+    station.machine.clock.Advance(down);
+    station.Restart();
+    EXPECT_EQ(station.Names("KvData/RtPri5"), comesBack ? Lines{"A.TXT"} : Lines{}) << hours;
+    EXPECT_EQ(station.Names("KvData/.pending/5"), Lines{}) << hours;
   }
 }
 

@@ -65,8 +65,8 @@ TEST(QueueIntake, TwentyRetriesServeAllPrioritiesOfACall) {
     ++attempts[path.substr(path.size() - 5)];
     throw Failure(failure_number::kPermissionDenied, "Held");
   };
-  for (const auto* name : {"A.TXT", "B.TXT", "C.TXT"})
-    station.WriteFile(station.Holding(name[0] - 'A' + 2, name), SampleText(2000));
+  for (const auto* path : {"RtPri2/A.TXT", "RtPri3/B.TXT", "RtPri4/C.TXT"})
+    station.WriteFile(station.Path(std::string("KvData/") + path), SampleText(2000));
   const auto begin = station.machine.clock.Monotonic();
   station.Run(kCyclePeriod);
   EXPECT_EQ(attempts, (std::map<std::string, int>{{"A.TXT", 21}, {"B.TXT", 1}}));

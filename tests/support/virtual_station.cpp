@@ -63,18 +63,12 @@ void VirtualStation::Set(const std::map<std::string, std::string>& settings) {
   for (const auto& [key, value] : settings) Set(key, value);
 }
 
-std::string VirtualStation::Get(const std::string& key, Section section) {
-  const auto store = stores.Open();
-  store->SetRootKey(kHkeyLocalMachine);
-  return store->ReadSetting(KeyPath(section), key, "(none)");
-}
-
 void VirtualStation::Drop(const std::string& name, const std::string& content) {
   WriteFile(Path("KvData/RxFiles/" + name), content);
 }
 
 void VirtualStation::Hold(int priority, const std::string& name, const std::string& content) {
-  WriteFile(Holding(priority, name), content);
+  WriteFile(Path(fmt::format("KvData/RtPri{}/{}", priority, name)), content);
   Run(kCyclePeriod);
 }
 

@@ -53,7 +53,6 @@ class VirtualStation {
   void Rule(std::size_t list, const std::string& keyword);
   void Set(const std::string& key, const std::string& value, Section section = Section::kSettings);
   void Set(const std::map<std::string, std::string>& settings);
-  std::string Get(const std::string& key, Section section = Section::kSettings);
 
   /// A product as the ingest program drops it.
   void Drop(const std::string& name, const std::string& content);
@@ -64,9 +63,6 @@ class VirtualStation {
   std::string Path(const std::string& name) const { return folder.path() + "/" + name; }
   std::string InTransmitFolder(const std::string& name) const {
     return Path("KvData/RtXmit/" + name);
-  }
-  std::string Holding(int priority, const std::string& name) const {
-    return Path(fmt::format("KvData/RtPri{}/{}", priority, name));
   }
   /// Lays a file into a holding folder; it is taken before this returns.
   void Hold(int priority, const std::string& name, const std::string& content);

@@ -56,7 +56,7 @@ settings ours list | awk 'NR > 1 { print $1 "\t" substr($0, 58) }' >"$work/setti
 number=0
 while IFS=$'\t' read -r key value; do
   case $key in
-    CWIDText) value='DE "W1AW" \ é = [x] ; @' ;;
+    CWIDText) value='DE "W1AW" \ é 😀 = [x] ; @' ;;
     IngestPath | FillFile) value="/srv/in coming/$key\\" ;;
     TxDelay) value='' ;;
     Main*) value=2 ;;
