@@ -14,6 +14,8 @@ namespace ostrel {
 
 namespace {
 
+constexpr std::string_view kSpelledOut = "hex(1):";
+
 std::string Quoted(std::string_view text) {
   std::string quoted = "\"";
   for (const char c : text) {
@@ -103,6 +105,16 @@ std::optional<std::string> SpelledOutText(std::string_view digits) {
   return std::nullopt;
 }
 
+/// The same in the older form of file: a byte a character, in a code page that the file does not
+/// name. What all of them share is taken.
+std::optional<std::string> SpelledOutAscii(std::string_view digits) {
+  auto bytes = BytesOf(digits).value_or("");
+  const auto isAscii = [](unsigned char c) { return c > 0 && c < 0x80; };
+  if (!bytes.ends_with('\0')) return std::nullopt;
+  bytes.pop_back();
+  return std::all_of(bytes.begin(), bytes.end(), isAscii) ? std::optional(bytes) : std::nullopt;
+}
+
 /// Walks the text once, element by element.
 class RegistryReader {
  public:
@@ -161,12 +173,11 @@ class RegistryReader {
     Take(std::move(value));
   }
 
-  /// Some registry editors write every text as its bytes. The older form has them in a code page
-  /// that the file does not name.
+  /// Some registry editors write every text as its bytes.
   void TakeSpelledOutText(StoredValue& value) const {
-    constexpr std::string_view kText = "hex(1):";
-    if (isOld_ || !value.value.starts_with(kText)) return;
-    if (auto text = SpelledOutText(std::string_view(value.value).substr(kText.size()))) {
+    if (!value.value.starts_with(kSpelledOut)) return;
+    const auto digits = std::string_view(value.value).substr(kSpelledOut.size());
+    if (auto text = isOld_ ? SpelledOutAscii(digits) : SpelledOutText(digits)) {
       value.value = std::move(*text);
       value.isRaw = false;
     }
@@ -212,6 +223,8 @@ class RegistryReader {
     const auto name = fmt::format("{}\\{}", path_, value.name);
     if (value.isRaw && value.value == "-") {
       import_.leftOut.push_back("deletion of the value " + name);
+    } else if (isOld_ && value.isRaw && value.value.starts_with(kSpelledOut)) {
+      import_.leftOut.push_back(name + ", a text in a code page that the file does not name");
     } else if (!value.isRaw && HasDriveLetter(value.value)) {
       import_.leftOut.push_back(
           fmt::format("{} = {}, a path of another system", name, value.value));

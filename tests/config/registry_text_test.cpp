@@ -18,6 +18,8 @@ TEST(RegistryText, TakesTheFamilysTreeAndSaysWhatItLeavesOut) {
       "\"CWIDText\"=\"DE TEST\"\n"
       "\"FillFile\"=\"c:\\\\Ostrel\\\\FillFile.txt\"\n"
       "\"Blob\"=hex:01,02,\\\n  03\n"
+      "\"Face\"=hex(1):44,45,00\n"
+      "\"Page\"=hex(1):e9,00\n"
       "\"CWSpeed\"=-\n"
       "[-HKEY_LOCAL_MACHINE\\Software\\Corvain\\Old]\n"
       "[HKEY_LOCAL_MACHINE\\Software\\Corvainery]\n\"A\"=\"1\"\n"
@@ -26,10 +28,12 @@ TEST(RegistryText, TakesTheFamilysTreeAndSaysWhatItLeavesOut) {
   EXPECT_EQ(import.values,
             (std::vector<StoredValue>{{kOwnPath, "CWIDText", "DE TEST"},
                                       {kOwnPath, "Blob", "hex:01,02,03", true},
+                                      {kOwnPath, "Face", "DE"},
                                       {"Software\\Corvain\\Pellum\\Shared", "LogDaily", "1"}}));
   EXPECT_EQ(import.leftOut,
             (std::vector<std::string>{
                 kOwnPath + "\\FillFile = c:\\Ostrel\\FillFile.txt, a path of another system",
+                kOwnPath + "\\Page, a text in a code page that the file does not name",
                 "deletion of the value " + kOwnPath + "\\CWSpeed",
                 "deletion of the key HKEY_LOCAL_MACHINE\\Software\\Corvain\\Old",
                 "the key HKEY_LOCAL_MACHINE\\Software\\Corvainery of another tree",
