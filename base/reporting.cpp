@@ -2,10 +2,21 @@
 
 #include <fmt/format.h>
 
+#include "base/text.h"
+
 namespace ostrel {
 
 namespace {
 constexpr std::int32_t kUnforeseen = 5;
+}
+
+std::string AdditionalText::Shown() const {
+  std::string text;
+  for (const auto& line : lines_) {
+    if (&line != &lines_.front()) text += kLineEnd;
+    text += Printable(line);
+  }
+  return text;
 }
 
 Failure AsFailure(const std::exception& error) {

@@ -5,23 +5,40 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "base/failure.h"
 
 namespace ostrel {
 
+/// What a report adds to its failure: nothing, one line, or several. Names in a line may be
+/// anybody's: only the ends between the lines are line ends, whatever a name holds.
+class AdditionalText {
+ public:
+  AdditionalText() = default;
+  AdditionalText(std::string line) : lines_{std::move(line)} {}
+  AdditionalText(const char* line) : lines_{line} {}
+  explicit AdditionalText(std::vector<std::string> lines) : lines_(std::move(lines)) {}
+
+  /// The lines as they are shown, CR LF between them.
+  std::string Shown() const;
+
+ private:
+  std::vector<std::string> lines_;
+};
+
 class Reporting {
  public:
   virtual ~Reporting() = default;
 
-  /// Appends one time-stamped line to the program log. Never throws a Failure: trouble with the log
-  /// file is retried and then shown in the error window.
+  /// Appends one time-stamped line to the program log, control characters written out. Never throws
+  /// a Failure: trouble with the log file is retried and then shown in the error window.
   virtual void WriteLog(std::string_view category, std::string_view message) = 0;
 
   /// Writes `failure` to the log under the name of `procedure` and, when the operator wants to see
-  /// errors, opens the error window. `additional` is free text, often empty.
+  /// errors, opens the error window.
   virtual void ReportError(const Failure& failure, std::string_view procedure,
-                           std::string_view additional = {}) = 0;
+                           const AdditionalText& additional = {}) = 0;
 };
 
 /// The failure that `error` is, whatever was thrown: a foreign exception becomes one with number 5.
@@ -37,7 +54,7 @@ std::string DescribeFailure(const Failure& failure);
 /// Returns true when the step did its work.
 template <typename Step>
 bool RunStep(Reporting& reporting, std::string_view procedure, Step&& step,
-             std::string_view additional = {}) {
+             const AdditionalText& additional = {}) {
   try {
     std::forward<Step>(step)();
     return true;

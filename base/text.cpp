@@ -1,6 +1,7 @@
 #include "base/text.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 
 namespace ostrel {
 
@@ -29,6 +30,18 @@ std::string_view TrimBlanks(std::string_view text) {
   if (first == std::string_view::npos) return {};
   const auto last = text.find_last_not_of(' ');
   return text.substr(first, last - first + 1);
+}
+
+std::string Printable(std::string_view text) {
+  constexpr unsigned char kFirstPrintable = 0x20, kDelete = 0x7F;
+  std::string result;
+  result.reserve(text.size());
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool isControl = byte < kFirstPrintable || byte == kDelete;
+    result += isControl ? fmt::format("\\x{:02X}", byte) : std::string(1, c);
+  }
+  return result;
 }
 
 std::string PadOrCut(std::string_view text, std::size_t width) {

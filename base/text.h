@@ -19,6 +19,10 @@ std::string_view TrimBlanks(std::string_view text);
 /// `text` with blanks on the right up to `width`, or cut to its first `width` characters.
 std::string PadOrCut(std::string_view text, std::size_t width);
 
+/// `text` with its control characters written out, a line end as "\x0A": what strangers named or
+/// wrote stays within the line that it is shown in.
+std::string Printable(std::string_view text);
+
 /// The lines of a text file, without their ends. CR LF, LF and CR all end a line; a last line
 /// needs no end.
 template <typename Visit>

@@ -14,6 +14,11 @@ constexpr int kMostRetries = 199;
 constexpr milliseconds kRetryWait{10};
 constexpr const char* kMainWindow = "frmMain";
 
+std::string LineOf(LocalTime time, std::string_view category, std::string_view text) {
+  const auto width = std::max(kCategoryWidth, category.size());
+  return fmt::format("{} {} {}{}", FormatLogStamp(time), PadOrCut(category, width), text, kLineEnd);
+}
+
 }  // namespace
 
 std::string LogPath(const std::string& programFolder) {
@@ -21,9 +26,7 @@ std::string LogPath(const std::string& programFolder) {
 }
 
 std::string LogLine(LocalTime time, std::string_view category, std::string_view message) {
-  const auto width = std::max(kCategoryWidth, category.size());
-  return fmt::format("{} {} {}{}", FormatLogStamp(time), PadOrCut(category, width), message,
-                     kLineEnd);
+  return LineOf(time, category, Printable(message));
 }
 
 template <typename Step>
@@ -40,9 +43,12 @@ void ProgramLog::RunRetried(Step&& step) {
 }
 
 void ProgramLog::WriteLog(std::string_view category, std::string_view message) {
+  Write(LogLine(parts_.clock.Now(), category, message));
+}
+
+void ProgramLog::Write(const std::string& line) {
   retries_ = 0;
   try {
-    const auto line = LogLine(parts_.clock.Now(), category, message);
     RunRetried([&] { parts_.files.Append(Path(), line); });
     retries_ = 0;
     if (!IsChecked(parts_.setup.chkLogDaily)) RotateWhenTooLarge();
@@ -60,19 +66,30 @@ void ProgramLog::RotateWhenTooLarge() {
   std::int64_t size = 0;
   RunRetried([&] { size = parts_.files.Status(Path()).size; });
   if (size <= parts_.values.logSize) return;
-  RunRetried([&] { parts_.files.Rename(Path(), parts_.values.programFolder + "/RtLog.old"); });
+  RunRetried([&] { MoveAside(); });
+}
+
+/// Where each account's files are kept from the others, the log of another one can neither be
+/// renamed nor replaced; its content can.
+void ProgramLog::MoveAside() {
+  const auto old = parts_.values.programFolder + "/RtLog.old";
+  if (TryStep([&] { parts_.files.Rename(Path(), old); })) return;
+  parts_.files.WriteAll(old, parts_.files.ReadAll(Path()));
+  parts_.files.WriteAll(Path(), "");
 }
 
 void ProgramLog::ReportError(const Failure& failure, std::string_view procedure,
-                             std::string_view additional) {
-  WriteLog(procedure, fmt::format("{}.{}.{} {}", DescribeFailure(failure), kMainWindow, procedure,
-                                  additional));
+                             const AdditionalText& additional) {
+  const auto added = additional.Shown();
+  Write(LineOf(parts_.clock.Now(), procedure,
+               fmt::format("{}.{}.{} {}", Printable(DescribeFailure(failure)), kMainWindow,
+                           procedure, added)));
   if (parts_.values.showErrors)
-    parts_.dialogs.ShowErrorWindow(ReportText(failure, procedure, additional));
+    parts_.dialogs.ShowErrorWindow(ReportText(failure, procedure, added));
 }
 
 std::string ProgramLog::ReportText(const Failure& failure, std::string_view procedure,
-                                   std::string_view additional) const {
+                                   const std::string& additional) const {
   return fmt::format(
       "{}.{}.{} - {}.{}.{}\r\n"
       "At {}\r\n"
@@ -85,7 +102,7 @@ std::string ProgramLog::ReportText(const Failure& failure, std::string_view proc
       "Additional Information: \r\n"
       "{}",
       failure.source(), kMainWindow, procedure, kVersionMajor, kVersionMinor, kVersionBuild,
-      FormatGeneral(parts_.clock.Now()), failure.number(), failure.text(), kNoReference,
+      FormatGeneral(parts_.clock.Now()), failure.number(), Printable(failure.text()), kNoReference,
       kSupportAddress, additional);
 }
 

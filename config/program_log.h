@@ -18,7 +18,7 @@ namespace ostrel {
 /// Where the log of the station in `programFolder` lies.
 std::string LogPath(const std::string& programFolder);
 
-/// One line of the log, its end included.
+/// One line of the log, its end included; control characters of the message are written out.
 std::string LogLine(LocalTime time, std::string_view category, std::string_view message);
 
 class ProgramLog : public Reporting {
@@ -36,13 +36,15 @@ class ProgramLog : public Reporting {
   /// stretch; then, or at any other failure, the error window says so and the line may be lost.
   void WriteLog(std::string_view category, std::string_view message) override;
   void ReportError(const Failure& failure, std::string_view procedure,
-                   std::string_view additional) override;
+                   const AdditionalText& additional) override;
 
  private:
   std::string Path() const { return LogPath(parts_.values.programFolder); }
+  void Write(const std::string& line);
   void RotateWhenTooLarge();
+  void MoveAside();
   std::string ReportText(const Failure& failure, std::string_view procedure,
-                         std::string_view additional) const;
+                         const std::string& additional) const;
   template <typename Step>
   void RunRetried(Step&& step);
 

@@ -79,9 +79,9 @@ void IngestScan::OnFailure(const Failure& failure, const std::string& path) {
     lockedFileCount_ = 0;
     parts_.reporting.ReportError(
         failure, kProcedure,
-        fmt::format("A file in the ingest directory is locked and cannot be processed. \r\n"
-                    " File Name: {}\r\nCorrect this problem and restart Ostrel. ",
-                    path));
+        AdditionalText(std::vector<std::string>{
+            "A file in the ingest directory is locked and cannot be processed. ",
+            " File Name: " + path, "Correct this problem and restart Ostrel. "}));
   }
 }
 

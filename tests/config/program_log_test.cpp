@@ -72,6 +72,18 @@ TEST_F(ProgramLogTest, WaitsForAHeldFileAndGivesUpAloud) {
   EXPECT_NO_THROW(log.WriteLog("Test", "the program ends while the log is held"));
 }
 
+TEST_F(ProgramLogTest, NobodysNameMakesALineOfItsOwn) {
+  log.WriteLog("Test", "X\r\n\x1B[2J\x7F\xC3\xA4");
+  log.ReportError(
+      Failure(70, "held: /x\ny"), "Timer",
+      AdditionalText(std::vector<std::string>{"First. ", " File Name: /x\r\ny", "Last"}));
+  EXPECT_EQ(
+      Read("RtLog.txt"),
+      "11/18/26 12:00:00 Test         X\\x0D\\x0A\\x1B[2J\\x7F\xC3\xA4\r\n"
+      "11/18/26 12:00:00 Timer        Error # 70, held: /x\\x0Ay, occurred at reference "
+      "(unspecified), in Ostrel.frmMain.Timer First. \r\n File Name: /x\\x0D\\x0Ay\r\nLast\r\n");
+}
+
 TEST_F(ProgramLogTest, AFailureHasOneLineAndOnlyWhenWantedAWindow) {
   const Failure failure(53, "File not found");
   log.ReportError(failure, "CheckForNewPriFiles", "");

@@ -59,7 +59,7 @@ class FilesInMemory : public FaultyFiles {
 
 struct SilentReporting : Reporting {
   void WriteLog(std::string_view, std::string_view) override {}
-  void ReportError(const Failure&, std::string_view, std::string_view) override {}
+  void ReportError(const Failure&, std::string_view, const AdditionalText&) override {}
 };
 
 }  // namespace ostrel

@@ -20,8 +20,8 @@ class TerminalReporting : public Reporting {
     fmt::print(stderr, "{}: {}\n", category, message);
   }
   void ReportError(const Failure& failure, std::string_view procedure,
-                   std::string_view additional) override {
-    WriteLog(procedure, DescribeFailure(failure) + std::string(additional));
+                   const AdditionalText& additional) override {
+    WriteLog(procedure, DescribeFailure(failure) + additional.Shown());
   }
 };
 
