@@ -4,7 +4,6 @@
 #include <QSocketNotifier>
 #include <array>
 #include <cstdlib>
-#include <sys/stat.h>
 
 #include "app/station.h"
 #include "base/names.h"
@@ -13,7 +12,9 @@
 #include "platform/linux/linux_instance_lock.h"
 #include "platform/linux/linux_serial_port.h"
 #include "platform/linux/program_folder.h"
+#include "platform/linux/sharing.h"
 #include "platform/linux/sqlite_settings_store.h"
+#include "platform/linux/standard_streams.h"
 #include "platform/linux/stop_signal.h"
 #include "platform/linux/zip_archives.h"
 #include "platform/qt/linux_desktop.h"
@@ -77,8 +78,8 @@ struct Machine {
 }  // namespace
 
 int main(int /*count*/, char* arguments[]) {
-  // The accounts of the station's group take turns: what one writes, the next goes on writing.
-  umask(S_IWOTH);
+  FillStandardStreams();
+  ShareWithGroupOf(ProgramFolder());
   ToolkitArguments toolkit(arguments[0]);
   QApplication application(toolkit.count, toolkit.values.data());
   QApplication::setQuitOnLastWindowClosed(false);

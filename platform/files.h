@@ -68,7 +68,8 @@ class Files {
   /// no hard links.
   virtual void Link(const std::string& existing, const std::string& link) = 0;
   virtual void CreateFolder(const std::string& path) = 0;
-  /// Removes the hidden files that an interrupted copy left in the folder.
+  /// Removes the hidden files that an interrupted copy left in the folder; content that was being
+  /// written over another account's file is written there first.
   virtual void RemoveTemporaries(const std::string& folder) = 0;
 
   /// Reads into `buffer` from byte `offset` on; returns how many bytes were there. Opens and closes
@@ -76,9 +77,11 @@ class Files {
   virtual std::size_t ReadBlock(const std::string& path, std::int64_t offset,
                                 std::span<char> buffer) = 0;
   virtual std::string ReadAll(const std::string& path) = 0;
-  /// Replaces the file's content whole, through a hidden file and a rename.
+  /// Replaces the file's content whole, through a hidden file and a rename; where the folder keeps
+  /// another account's file from that, through the hidden file alone.
   virtual void WriteAll(const std::string& path, std::string_view content) = 0;
-  /// Adds to the end, creating the file when missing; on disk when it returns.
+  /// Adds to the end, creating the file when missing. Never through a link: one in
+  /// its place is removed. The bytes are the system's when it returns; they are not flushed.
   virtual void Append(const std::string& path, std::string_view content) = 0;
 };
 

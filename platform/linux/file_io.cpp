@@ -1,9 +1,22 @@
 #include "platform/linux/file_io.h"
 
 #include <cerrno>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace ostrel {
+
+// In a folder with the sticky bit that a group may write to, the system refuses to open with
+// O_CREAT what another account has made there, even where its permissions would allow it.
+int OpenOrMake(const char* path, int flags, unsigned mode) {
+  flags |= O_NOFOLLOW | O_CLOEXEC;
+  for (;;) {
+    const int present = open(path, flags);
+    if (present >= 0 || errno != ENOENT) return present;
+    const int made = open(path, flags | O_CREAT | O_EXCL, mode);
+    if (made >= 0 || errno != EEXIST) return made;
+  }
+}
 
 int WriteFully(int descriptor, std::string_view bytes) {
   while (!bytes.empty()) {

@@ -12,6 +12,10 @@
 
 namespace ostrel {
 
+/// Opens a file with the access that `flags` ask for, or makes it; close-on-exec, and never through
+/// a link as its last component. Returns a descriptor, or -1 with the system's error in errno.
+int OpenOrMake(const char* path, int flags, unsigned mode = 0666);
+
 /// Writes all of `bytes`. Returns 0 or the system's error.
 int WriteFully(int descriptor, std::string_view bytes);
 

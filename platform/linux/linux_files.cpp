@@ -13,6 +13,7 @@
 #include "platform/linux/file_io.h"
 #include "platform/linux/folder_reader.h"
 #include "platform/linux/held_alone.h"
+#include "platform/linux/overwriting.h"
 #include "platform/linux/system_error.h"
 #include "platform/linux/temporary_file.h"
 
@@ -42,6 +43,16 @@ void CheckBoth(int result, const std::string& source, const std::string& destina
 /// Never waits, not even for the other end of a pipe that someone put there.
 Descriptor OpenToRead(const std::string& path) {
   return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+}
+
+/// A link in the place of the file gives way to a file of its own.
+Descriptor OpenToAppend(const std::string& path) {
+  constexpr int kFlags = O_WRONLY | O_APPEND | O_NONBLOCK;
+  const int present = OpenOrMake(path.c_str(), kFlags);
+  if (present >= 0 || errno != ELOOP) return Descriptor(present);
+  if (unlink(path.c_str()) == 0) return Descriptor(OpenOrMake(path.c_str(), kFlags));
+  errno = ELOOP;  // not permitted, which would pass for a file in use
+  return Descriptor();
 }
 
 std::string FolderToCreateIn(const std::string& path) {
@@ -180,10 +191,13 @@ void LinuxFiles::CreateFolder(const std::string& path) {
 void LinuxFiles::RemoveTemporaries(const std::string& folder) {
   std::vector<std::string> left;
   const int error = ReadFolder(folder, Portion::kManyEntries, [&](const FolderEntry& entry) {
-    if (IsTemporaryName(entry.name)) left.push_back(JoinPath(folder, entry.name));
+    const bool isOurs = IsTemporaryName(entry.name) || IsWholeName(entry.name);
+    if (isOurs) left.push_back(JoinPath(folder, entry.name));
     return Reading::kContinue;
   });
-  for (const auto& path : left) RemoveAbandoned(path);
+  for (const auto& path : left) {
+    IsWholeName(FileNameOf(path)) ? FinishOverwriting(path) : RemoveAbandoned(path);
+  }
   if (error != 0 && error != ENOENT) ThrowFileFailure(error, folder);
 }
 
@@ -228,8 +242,7 @@ void LinuxFiles::WriteAll(const std::string& path, std::string_view content) {
 }
 
 void LinuxFiles::Append(const std::string& path, std::string_view content) {
-  const Descriptor file(
-      open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666));
+  const Descriptor file = OpenToAppend(path);
   if (!file) ThrowFileFailure(errno, path);
   struct stat before;
   Check(fstat(file.Get(), &before), path);

@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "platform/linux/descriptor.h"
+#include "platform/linux/file_io.h"
 
 namespace ostrel {
 namespace {
@@ -25,6 +26,18 @@ constexpr const char* kList =
     "SELECT path, name, value, is_raw FROM setting WHERE root = ?1 AND (?2 = '' OR path = ?2 "
     "COLLATE NOCASE OR "
     "substr(path, 1, length(?2) + 1) = (?2 || '\\') COLLATE NOCASE) ORDER BY path, name";
+
+/// The library always asks to create its journal; see OpenOrMake for the folder where that fails.
+int OpenForLibrary(const char* path, int flags, int mode) {
+  const bool mayBePresent = (flags & (O_CREAT | O_EXCL)) == O_CREAT;
+  if (!mayBePresent) return open(path, flags, mode);
+  return OpenOrMake(path, flags & ~O_CREAT, static_cast<unsigned>(mode));
+}
+
+void UseOwnOpen() {
+  auto* const system = sqlite3_vfs_find(nullptr);
+  system->xSetSystemCall(system, "open", reinterpret_cast<sqlite3_syscall_ptr>(OpenForLibrary));
+}
 
 struct CloseDatabase {
   void operator()(sqlite3* database) const { sqlite3_close(database); }
@@ -86,8 +99,9 @@ std::string Cut(std::string value, int longest) {
 class SqliteSettingsStore : public SettingsStore {
  public:
   explicit SqliteSettingsStore(const std::string& path) {
+    UseOwnOpen();
     // The library would close the file of a new store to the station's group.
-    Descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    Descriptor(OpenOrMake(path.c_str(), O_RDWR));
     sqlite3* opened = nullptr;
     const int result = sqlite3_open(path.c_str(), &opened);
     database_.reset(opened);

@@ -10,6 +10,7 @@
 
 #include "base/names.h"
 #include "platform/linux/file_io.h"
+#include "platform/linux/overwriting.h"
 
 namespace ostrel {
 namespace {
@@ -31,7 +32,7 @@ std::string TemporaryPath(const std::string& folder) {
 TemporaryFile::TemporaryFile(const std::string& folder) {
   do {  // a crashed process of the same number may have left the name
     path_ = TemporaryPath(folder);
-    file_ = Descriptor(open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    file_ = Descriptor(open(path_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
   } while (!file_ && errno == EEXIST);
   if (!file_) error_ = errno;
   // Tells RemoveAbandoned that someone is at work; where it cannot be had, nothing is lost by it.
@@ -55,9 +56,17 @@ int TemporaryFile::Commit(const std::string& path, UtcTime time) {
   const timespec stamp = ToTimespec(time);
   const timespec stamps[] = {stamp, stamp};
   if (futimens(file_.Get(), stamps) != 0) return errno;
-  if (rename(path_.c_str(), path.c_str()) != 0) return errno;
+  if (rename(path_.c_str(), path.c_str()) != 0) return errno == EPERM ? CommitInPlace(path) : errno;
   file_.Reset();
   return 0;
+}
+
+int TemporaryFile::CommitInPlace(const std::string& path) {
+  const auto whole = WholePath(path);
+  if (rename(path_.c_str(), whole.c_str()) == 0) path_ = whole;
+  const Descriptor folder(open(std::string(FolderOf(path)).c_str(), O_RDONLY | O_CLOEXEC));
+  if (folder) fsync(folder.Get());
+  return Overwrite(file_.Get(), path);
 }
 
 void RemoveAbandoned(const std::string& path) {

@@ -26,9 +26,13 @@ class TemporaryFile {
   int Write(std::string_view bytes);
   int SetMode(unsigned mode);
   /// Flushes the content to the disk, stamps it with `time`, and gives it its name.
+  /// Where the file of that name is kept from being replaced but may be written, its content is
+  /// overwritten; it bears the system's time then.
   int Commit(const std::string& path, UtcTime time);
 
  private:
+  int CommitInPlace(const std::string& path);
+
   std::string path_;
   Descriptor file_;
   int error_ = 0;

@@ -135,6 +135,24 @@ TEST_F(LinuxFilesTest, RemovesOnlyTheTemporaryFilesThatNobodyWorksOn) {
   EXPECT_EQ(Entries(), (Names{".ostrel.lock", "done", "x.part"}));
 }
 
+TEST_F(LinuxFilesTest, FinishesWhatWasCutOffWhileItWasWrittenOverAFile) {
+  files_.WriteAll(Path("list"), "old, and longer");
+  files_.WriteAll(Path(".ostrel-whole-list"), "new");
+  fs::create_hard_link(Path("list"), Path(".ostrel-whole-second"));  // no content made for a file
+  files_.WriteAll(Path("second"), "kept");
+  files_.RemoveTemporaries(folder_.path());
+  EXPECT_EQ(files_.ReadAll(Path("list")), "new");
+  EXPECT_EQ(files_.ReadAll(Path("second")), "kept");
+  EXPECT_EQ(Entries(), (Names{"list", "second"}));
+}
+
+TEST_F(LinuxFilesTest, AppendsToNothingThatALinkLeadsTo) {
+  files_.WriteAll(Path("elsewhere"), "private");
+  fs::create_symlink("elsewhere", Path("log"));
+  files_.Append(Path("log"), "line");
+  EXPECT_EQ(files_.ReadAll(Path("elsewhere")) + files_.ReadAll(Path("log")), "privateline");
+}
+
 TEST_F(LinuxFilesTest, TakesNamesAndModesAsTheyAre) {
   const std::string lower = Path("file.txt"), upper = Path("FILE.TXT");
   files_.WriteAll(lower, "");

@@ -4,10 +4,10 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <functional>
-#include <sys/stat.h>
 
 #include "base/failure.h"
 #include "platform/linux/program_folder.h"
+#include "platform/linux/sharing.h"
 #include "tools/settings/commands.h"
 
 namespace {
@@ -59,8 +59,7 @@ int main(int argc, char** argv) {
       ->required();
 
   CLI11_PARSE(app, argc, argv);
-  // What is written here stays open to the station's group, as the station's own is.
-  umask(S_IWOTH);
+  ostrel::ShareWithGroupOf(folder);
   try {
     ostrel::StationFolder station(std::filesystem::weakly_canonical(folder).string());
     command(station);
