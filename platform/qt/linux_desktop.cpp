@@ -81,8 +81,10 @@ void LinuxDesktop::RestoreWindowAbove(const std::string& title) {
   const XWindows windows;
   if (!windows.IsConnected()) return;
   const auto window = windows.Find(title);
-  const auto above = window ? windows.Above(*window) : std::nullopt;
-  if (above) windows.Restore(*above);
+  if (!window) return;
+  const auto above = windows.Above(*window);
+  const bool isOfThatProgram = above && windows.AreOfOneProcess(*above, *window);
+  windows.Restore(isOfThatProgram ? *above : *window);
 }
 
 void LinuxDesktop::StartMinimized(const std::vector<std::string>& command) {
@@ -98,12 +100,13 @@ void LinuxDesktop::StartMinimized(const std::vector<std::string>& command) {
 }
 
 // No window system has a way to start a program minimized; its window is minimized once it is
-// there.
+// there. A window manager may not yet know a window that it is told to minimize.
 void LinuxDesktop::MinimizeWhenShown() {
   const XWindows windows;
   const auto window = windows.IsConnected() ? windows.Find(minimizeTitle_) : std::nullopt;
-  if (window) windows.Minimize(*window);
-  if (window || !windows.IsConnected() || ++minimizeTries_ == kMinimizeTries) minimizeTimer_.stop();
+  const bool isDone = window && windows.IsIconic(*window);
+  if (window && !isDone) windows.Minimize(*window);
+  if (isDone || !windows.IsConnected() || ++minimizeTries_ == kMinimizeTries) minimizeTimer_.stop();
 }
 
 void LinuxDesktop::Start(const std::vector<std::string>& command) {

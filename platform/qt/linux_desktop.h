@@ -13,6 +13,8 @@ class LinuxDesktop : public Desktop {
   LinuxDesktop();
 
   bool WindowExists(const std::string& title) override;
+  /// The window above counts if it is of the same process (a dialog of the program), else the found
+  /// window itself is restored: above it there is mostly one that has nothing to do with it.
   void RestoreWindowAbove(const std::string& title) override;
   /// A program file named with ".exe" is taken without the ending where only that one is there.
   void StartMinimized(const std::vector<std::string>& command) override;

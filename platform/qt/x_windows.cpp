@@ -45,11 +45,29 @@ std::optional<xcb_window_t> XWindows::Above(xcb_window_t window) const {
   return *(found + 1);
 }
 
+bool XWindows::AreOfOneProcess(xcb_window_t one, xcb_window_t other) const {
+  const auto process = ProcessOf(one);
+  return process != 0 && process == ProcessOf(other);
+}
+
+bool XWindows::IsIconic(xcb_window_t window) const {
+  xcb_ewmh_get_atoms_reply_t states;
+  const auto cookie = xcb_ewmh_get_wm_state(&ewmh_, window);
+  if (xcb_ewmh_get_wm_state_reply(&ewmh_, cookie, &states, nullptr) == 0) return false;
+  xcb_atom_t* const end = states.atoms + states.atoms_len;
+  const bool isHidden = std::find(states.atoms, end, ewmh_._NET_WM_STATE_HIDDEN) != end;
+  xcb_ewmh_get_atoms_reply_wipe(&states);
+  return isHidden;
+}
+
 void XWindows::Restore(xcb_window_t window) const {
   xcb_map_window(connection_, window);
+  xcb_ewmh_request_change_wm_state(
+      &ewmh_, screen_, window, XCB_EWMH_WM_STATE_REMOVE, ewmh_._NET_WM_STATE_MAXIMIZED_VERT,
+      ewmh_._NET_WM_STATE_MAXIMIZED_HORZ, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER);
   xcb_ewmh_request_change_active_window(&ewmh_, screen_, window, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER,
                                         XCB_CURRENT_TIME, XCB_NONE);
-  Flush();
+  RoundTrip();
 }
 
 void XWindows::Minimize(xcb_window_t window) const {
@@ -68,7 +86,7 @@ void XWindows::Minimize(xcb_window_t window) const {
   xcb_send_event(connection_, 0, root_,
                  XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                  reinterpret_cast<const char*>(&event));
-  Flush();
+  RoundTrip();
 }
 
 std::vector<xcb_window_t> XWindows::Stacking() const {
@@ -103,8 +121,16 @@ std::string XWindows::Title(xcb_window_t window) const {
   return {};
 }
 
-void XWindows::Flush() const {
-  xcb_flush(connection_);
+std::uint32_t XWindows::ProcessOf(xcb_window_t window) const {
+  std::uint32_t process = 0;
+  const auto cookie = xcb_ewmh_get_wm_pid(&ewmh_, window);
+  return xcb_ewmh_get_wm_pid_reply(&ewmh_, cookie, &process, nullptr) == 0 ? 0 : process;
+}
+
+// A server may drop what a client has sent and not yet had answered when the client hangs up.
+void XWindows::RoundTrip() const {
+  const Reply<xcb_get_input_focus_reply_t> answer(
+      xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
 }
 
 }  // namespace ostrel

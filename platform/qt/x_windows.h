@@ -2,6 +2,7 @@
 // here works on a connection of its own and is empty or does nothing where there is no X server.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,7 +25,13 @@ class XWindows {
   std::optional<xcb_window_t> Find(const std::string& title) const;
   /// The top-level window directly above `window`; nothing when it is the topmost.
   std::optional<xcb_window_t> Above(xcb_window_t window) const;
-  /// Un-minimizes, shows and activates.
+  /// True when both say that the same process made them.
+  bool AreOfOneProcess(xcb_window_t one, xcb_window_t other) const;
+  /// True while the window manager has it minimized.
+  bool IsIconic(xcb_window_t window) const;
+
+  // Both return when the window manager has been asked; it may take its time, or not do it.
+  /// Un-minimizes, un-maximizes, shows and activates.
   void Restore(xcb_window_t window) const;
   void Minimize(xcb_window_t window) const;
 
@@ -32,7 +39,8 @@ class XWindows {
   /// Bottom to top.
   std::vector<xcb_window_t> Stacking() const;
   std::string Title(xcb_window_t window) const;
-  void Flush() const;
+  std::uint32_t ProcessOf(xcb_window_t window) const;
+  void RoundTrip() const;
 
   xcb_connection_t* connection_;
   xcb_window_t root_ = XCB_NONE;

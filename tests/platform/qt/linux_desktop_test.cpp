@@ -1,5 +1,6 @@
 #include "platform/qt/linux_desktop.h"
 
+#include <QProcess>
 #include <QTest>
 #include <filesystem>
 #include <fstream>
@@ -7,6 +8,7 @@
 
 #include "base/failure.h"
 #include "platform/linux/temporary_folder.h"
+#include "platform/qt/x_windows.h"
 
 namespace ostrel {
 namespace {
@@ -41,6 +43,67 @@ TEST_F(LinuxDesktopTest, FindsAnIngestProgramByItsProcessWhereThereIsNoDisplay) 
   std::ofstream(end) << "now";
   EXPECT_TRUE(QTest::qWaitFor([&] { return !desktop_.WindowExists("OstrelProbe"); }));
   EXPECT_THROW(desktop_.StartMinimized({folder_ / "Missing.exe", "KvStart"}), Failure);
+}
+
+/// A screen of its own, and windows that do nothing.
+class WindowsTest : public LinuxDesktopTest {
+ protected:
+  WindowsTest() {
+    server_.start("Xvfb", {"-displayfd", "1"});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return server_.canReadLine(); }));
+    qputenv("DISPLAY", ":" + server_.readLine().trimmed());
+    auto* const connection = xcb_connect(nullptr, nullptr);
+    xcb_ewmh_init_atoms_replies(&ewmh_, xcb_ewmh_init_atoms(connection, &ewmh_), nullptr);
+  }
+  ~WindowsTest() override {
+    xcb_disconnect(ewmh_.connection);
+    xcb_ewmh_connection_wipe(&ewmh_);
+    for (auto* process : {&manager_, &server_}) {
+      process->terminate();
+      process->waitForFinished();
+    }
+  }
+  xcb_window_t Show(const std::string& title, std::uint32_t process) {
+    auto* const connection = ewmh_.connection;
+    const auto window = xcb_generate_id(connection);
+    xcb_create_window(connection, 0, window, ewmh_.screens[0]->root, 0, 0, 100, 100, 0, 0, 0, 0,
+                      nullptr);
+    xcb_ewmh_set_wm_name(&ewmh_, window, static_cast<std::uint32_t>(title.size()), title.data());
+    xcb_ewmh_set_wm_pid(&ewmh_, window, process);
+    xcb_map_window(connection, window);
+    xcb_flush(connection);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return XWindows().Find(title) == window; }));
+    return window;
+  }
+  bool BecomesIconic(xcb_window_t window, bool iconic = true) {
+    return QTest::qWaitFor([&] { return XWindows().IsIconic(window) == iconic; });
+  }
+
+  QProcess server_, manager_;
+  xcb_ewmh_connection_t ewmh_{};
+};
+
+TEST_F(WindowsTest, MinimizesWhatItStartsAndRestoresAWindowOfThatProgramAlone) {
+  WriteScript("OstrelProbe", "exit 0");
+  const auto probe = Show("OstrelProbe", 4001);
+  desktop_.StartMinimized({folder_ / "OstrelProbe"});
+  QTest::qWait(600);  // nobody is there yet who minimizes anything
+  manager_.start("openbox", {});
+  ASSERT_TRUE(BecomesIconic(probe));
+  for (int i = 0; i < 20; ++i) {
+    XWindows().Restore(probe);
+    ASSERT_TRUE(BecomesIconic(probe, false));
+    XWindows().Minimize(probe);
+    ASSERT_TRUE(BecomesIconic(probe));
+  }
+  Show("Other", 4002);
+  desktop_.RestoreWindowAbove("OstrelProbe");
+  EXPECT_TRUE(BecomesIconic(probe, false));
+  const auto dialog = Show("Dialog", 4001);
+  XWindows().Minimize(dialog);
+  EXPECT_TRUE(BecomesIconic(dialog));
+  desktop_.RestoreWindowAbove("OstrelProbe");
+  EXPECT_TRUE(BecomesIconic(dialog, false));
 }
 
 TEST_F(LinuxDesktopTest, TellsWhetherATextFoundItsEditor) {
