@@ -46,7 +46,7 @@ Station::Station(const Platform& platform)
       cycle_({platform.clock, platform.events, platform.port, output_, service_, log_, mainWindow_,
               setup_, engine_, values_},
              Steps()),
-      ingest_(platform.desktop, values_.programFolder),
+      ingest_(platform.desktop, log_, values_.programFolder),
       transfer_(platform.desktop, platform.dialogs, platform.files, values_.programFolder),
       settings_({platform.stores, platform.dialogs, setup_, values_, rules_, schedule_,
                  compression_, morse_, output_}),

@@ -13,12 +13,14 @@ class Desktop {
   /// True when a top-level window has exactly this title; without a window system, when a process
   /// of the ingest program of that name runs.
   virtual bool WindowExists(const std::string& title) = 0;
-  /// Restores the window just above the one with this title. Does nothing when there is none.
+  /// Restores the window just above the one with this title, if it belongs to the same program,
+  /// else that one itself. Does nothing when there is none of this title.
   virtual void RestoreWindowAbove(const std::string& title) = 0;
-  /// Starts a program that is not waited for, minimized where the window system can. Throws Failure
-  /// 53 when there is no such program.
+  /// Starts a program that is not waited for, minimized where the window system can. Throws as
+  /// Start does.
   virtual void StartMinimized(const std::vector<std::string>& command) = 0;
-  /// Starts a program that is not waited for. Throws Failure 53 when it cannot be started.
+  /// Starts a program that is not waited for. Throws Failure 53 when it cannot be started, and 70
+  /// when somebody other than root and the running account could have put it where it lies.
   virtual void Start(const std::vector<std::string>& command) = 0;
   /// The desktop's "open" action for a web address or a mail link.
   virtual void OpenAddress(const std::string& address) = 0;

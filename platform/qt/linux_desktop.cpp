@@ -8,6 +8,7 @@
 #include "base/failure.h"
 #include "base/names.h"
 #include "base/time.h"
+#include "platform/linux/trusted_program.h"
 #include "platform/qt/x_windows.h"
 
 namespace ostrel {
@@ -52,6 +53,7 @@ bool ProcessExists(const std::string& name) {
 }
 
 void Launch(const std::vector<std::string>& command, const QProcessEnvironment& environment) {
+  if (!FolderOf(command.front()).empty()) CheckTrusted(command.front());
   QProcess process;
   process.setProgram(QString::fromStdString(command.front()));
   QStringList arguments;

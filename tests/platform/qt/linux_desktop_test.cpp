@@ -5,10 +5,12 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "base/failure.h"
 #include "platform/linux/temporary_folder.h"
 #include "platform/qt/x_windows.h"
+#include "tests/support/failure_of.h"
 
 namespace ostrel {
 namespace {
@@ -43,6 +45,18 @@ TEST_F(LinuxDesktopTest, FindsAnIngestProgramByItsProcessWhereThereIsNoDisplay) 
   std::ofstream(end) << "now";
   EXPECT_TRUE(QTest::qWaitFor([&] { return !desktop_.WindowExists("OstrelProbe"); }));
   EXPECT_THROW(desktop_.StartMinimized({folder_ / "Missing.exe", "KvStart"}), Failure);
+}
+
+TEST_F(LinuxDesktopTest, StartsNoProgramThatOthersCouldHaveLaidThere) {
+  const auto probe = folder_ / "OstrelProbe";
+  WriteScript("OstrelProbe", "exit 0");
+  const auto start = [&] { return FailureOf([&] { desktop_.StartMinimized({probe}); }); };
+  fs::permissions(probe, fs::perms::owner_all | fs::perms::others_write);
+  EXPECT_EQ(start(), 70);
+  fs::permissions(probe, fs::perms::owner_all | fs::perms::group_all);
+  EXPECT_EQ(start(), 0);  // a group of the account alone
+  for (const auto& [user, group] : {std::pair{0U, 12345U}, {12345U, 0U}})
+    EXPECT_TRUE(chown(probe.c_str(), user, group) != 0 || start() == 70);  // root alone may
 }
 
 /// A screen of its own, and windows that do nothing.
