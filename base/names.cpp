@@ -1,6 +1,7 @@
 #include "base/names.h"
 
 #include <algorithm>
+#include <fmt/format.h>
 
 namespace ostrel {
 
@@ -23,6 +24,11 @@ bool IsNumberedCopy(std::string_view name) {
   const auto number = name.substr(period + 1);
   return !number.empty() && number.front() != '0' &&
          number.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+std::string NumberedName(std::string_view name, int number) {
+  const auto suffix = fmt::format(".{}", number);
+  return std::string(StripDupSuffix(name).substr(0, kLongestName - suffix.size())) + suffix;
 }
 
 std::string_view FileNameOf(std::string_view path) {

@@ -2,7 +2,6 @@
 // taken. Nothing here looks at a disk.
 #pragma once
 
-#include <fmt/format.h>
 #include <string>
 #include <string_view>
 
@@ -25,12 +24,19 @@ std::string_view FolderOf(std::string_view path);
 /// `folder` and `name` with one separator between them.
 std::string JoinPath(std::string_view folder, std::string_view name);
 
+/// The longest name that a folder holds, in bytes.
+inline constexpr std::size_t kLongestName = 255;
+
+/// `name` with its number replaced by `number`. What would be too long for a folder is cut in front
+/// of the number.
+std::string NumberedName(std::string_view name, int number);
+
 /// The first free name: `name` itself, else with its number replaced by .1, .2 ... The number is
 /// taken off the *new* name at each step, so A.TXT gives A.TXT.1, A.TXT.2, but ABC gives ABC.1,
 /// ABC.1.2, since one period is not stripped. `taken` tells whether a name is in use.
 template <typename Taken>
 std::string FirstFreeName(std::string name, Taken&& taken) {
-  for (int k = 1; taken(name); ++k) name = fmt::format("{}.{}", StripDupSuffix(name), k);
+  for (int k = 1; taken(name); ++k) name = NumberedName(name, k);
   return name;
 }
 

@@ -19,6 +19,9 @@ TEST(Names, OfProductsAndTheirNumberedCopies) {
   for (const auto* free : {"A.TXT", "A.TXT.1", "A.TXT.2"}) EXPECT_EQ(next("A.TXT"), free);
   EXPECT_EQ(next("A.TXT.1"), "A.TXT.3");
   for (const auto* free : {"ABC", "ABC.1", "ABC.1.2"}) EXPECT_EQ(next("ABC"), free);
+  const std::string longest(255, 'L');
+  for (const auto& free : {longest, longest.substr(2) + ".1", longest.substr(2) + ".2"})
+    EXPECT_EQ(next(longest), free) << "cut to what a folder holds";
   EXPECT_EQ(StripDupSuffix("ABC.1"), "ABC.1");
   EXPECT_TRUE(IsNumberedCopy("A.TXT.12"));
   EXPECT_FALSE(IsNumberedCopy("A.TXT.012"));
