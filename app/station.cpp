@@ -28,7 +28,7 @@ Station::Station(const Platform& platform)
       log_({platform.files, platform.clock, platform.dialogs, setup_, values_}),
       copy_(platform.files, platform.clock),
       rules_({platform.files, platform.dialogs, log_, setup_, values_.programFolder}),
-      pending_({platform.files, platform.clock, log_, setup_, values_}),
+      pending_({platform.files, platform.clock, copy_, log_, setup_, values_}),
       compression_({platform.files, platform.archives, platform.clock, copy_, pending_, log_,
                     mainWindow_, setup_, engine_, values_}),
       scan_({platform.files, platform.archives, copy_, rules_, log_, values_}),

@@ -118,7 +118,7 @@ void QueueService::RetireFile(Priority p) {
 void QueueService::InsertFillFile() {
   const auto& fillFile = parts_.setup.Diddle.Get();
   TryStep([&] { SetFileWriteTime(fillFile, parts_.clock.Now()); });
-  TryStep([&] { parts_.copy.CopyFile(fillFile, parts_.setup.NameAs.Get()); });
+  TryStep([&] { parts_.copy.CopyFile(fillFile, parts_.setup.NameAs.Get(), Links::kFollowed); });
   ++parts_.engine.FillsSent;
 }
 

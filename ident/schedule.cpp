@@ -62,7 +62,7 @@ void Schedule::ProcessSchedule() {
 void Schedule::Fire(const ScheduleEntry& entry) {
   try {
     parts_.copy.CopyFile(parts_.files.ActualPath(entry.source),
-                         parts_.files.ActualPath(entry.destination));
+                         parts_.files.ActualPath(entry.destination), Links::kFollowed);
   } catch (const std::exception& error) {
     LogFailure(AsFailure(error), entry);
   }

@@ -5,6 +5,7 @@
 
 #include "base/names.h"
 #include "base/numbers.h"
+#include "intake/missing_folder.h"
 
 namespace ostrel {
 
@@ -12,10 +13,6 @@ namespace {
 
 constexpr const char* kFileProcedure = "CompressFile";
 constexpr const char* kBlockProcedure = "CompressBlock";
-
-std::string CreateError(int error) {
-  return fmt::format("Create Zip Error {}", error);
-}
 
 std::string BlockName(LocalTime now) {
   const auto time = Calendar(now);
@@ -48,12 +45,18 @@ std::optional<std::string> Compression::CompressFile(const std::string& source,
   return placedAs;
 }
 
-bool Compression::MakeArchive(const std::string& source, const std::string& archiveName) {
-  auto created = parts_.archives.Create(parts_.values.InTransmitFolder(archiveName));
+CreateResult Compression::CreateArchive(const std::string& name, const char* procedure) {
+  auto created = parts_.archives.Create(parts_.values.InTransmitFolder(name));
   if (created.error != 0) {
-    parts_.reporting.WriteLog(kFileProcedure, CreateError(created.error));
-    return false;
+    parts_.reporting.WriteLog(procedure, fmt::format("Create Zip Error {}", created.error));
+    RestoreFolder(parts_.files, parts_.reporting, parts_.values.TransmitFolder());
   }
+  return created;
+}
+
+bool Compression::MakeArchive(const std::string& source, const std::string& archiveName) {
+  const auto created = CreateArchive(archiveName, kFileProcedure);
+  if (created.error != 0) return false;
   return RunStep(parts_.reporting, kFileProcedure, [&] {
     created.writer->Add(std::string(FolderOf(source)), std::string(FileNameOf(source)));
     created.writer->Close();
@@ -62,7 +65,12 @@ bool Compression::MakeArchive(const std::string& source, const std::string& arch
 
 std::string Compression::PlaceUncompressed(const std::string& source, const std::string& name) {
   auto freeName = FreeTransmitName(name);
-  parts_.copy.CopyFile(source, parts_.values.InTransmitFolder(freeName));
+  try {
+    parts_.copy.CopyFile(source, parts_.values.InTransmitFolder(freeName));
+  } catch (const Failure&) {
+    RestoreFolder(parts_.files, parts_.reporting, parts_.values.TransmitFolder());
+    throw;
+  }
   return freeName;
 }
 
@@ -82,11 +90,8 @@ void Compression::RefreshCompressList() {
 void Compression::CompressBlock() {
   RunStep(parts_.reporting, kBlockProcedure, [this] {
     const auto name = FreeTransmitName(BlockName(parts_.clock.Now()));
-    auto created = parts_.archives.Create(parts_.values.InTransmitFolder(name));
-    if (created.error != 0) {
-      parts_.reporting.WriteLog(kBlockProcedure, CreateError(created.error));
-      return;
-    }
+    const auto created = CreateArchive(name, kBlockProcedure);
+    if (created.error != 0) return;
     std::int64_t uncompressed = 0;
     const auto archived = AddListedFiles(*created.writer, uncompressed);
     created.writer->Close();  // a failure ends here: all files stay, nothing is queued
@@ -111,7 +116,7 @@ std::vector<std::string> Compression::AddListedFiles(ArchiveWriter& archive, std
 void Compression::QueueArchive(const std::string& name) {
   const Priority p(std::clamp(LeadingInteger(parts_.setup.BlockPriority.Get()), 1, kPriorityCount));
   try {
-    parts_.pending.Add(p, name);
+    parts_.pending.Add(p, name, JoinPath(BlockFolder(), name));
   } catch (const Failure&) {
     TryStep([&] { parts_.files.Delete(parts_.values.InTransmitFolder(name)); });
     throw;  // the files stay where they are

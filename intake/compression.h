@@ -49,6 +49,7 @@ class Compression {
   void CompressBlock();
 
  private:
+  CreateResult CreateArchive(const std::string& name, const char* procedure);
   bool MakeArchive(const std::string& source, const std::string& archiveName);
   std::vector<std::string> AddListedFiles(ArchiveWriter& archive, std::int64_t& bytes);
   void QueueArchive(const std::string& name);

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "base/failure.h"
+#include "base/reporting.h"
 
 namespace ostrel {
 
@@ -13,6 +13,10 @@ constexpr milliseconds kWait{100};
 constexpr std::int32_t kApplicationErrorBase = -2147221504;  // 0x80040000
 constexpr std::int32_t kCopyErrors = 1000;
 
+std::int32_t CopyFailureNumber(int code) {
+  return kApplicationErrorBase + kCopyErrors + code;
+}
+
 /// The code in decimal, a blank, and the system's text for it, if it has one.
 std::string SystemErrorText(int code) {
   return fmt::format("{} {}", code, CopyCodeText(code));
@@ -20,15 +24,29 @@ std::string SystemErrorText(int code) {
 
 }  // namespace
 
-void FileCopy::CopyFile(const std::string& source, const std::string& destination) {
+void FileCopy::CopyFile(const std::string& source, const std::string& destination, Links links) {
   int code = copy_code::kInUse;
   for (int attempt = 0; attempt < kAttempts && code == copy_code::kInUse; ++attempt) {
-    code = files_.Copy(source, destination);
+    code = files_.Copy(source, destination, links);
     if (code == copy_code::kInUse) clock_.Sleep(kWait);
   }
   if (code == copy_code::kDone) return;
-  throw Failure(kApplicationErrorBase + kCopyErrors + code,
-                "Copy File Failed: dll error - " + SystemErrorText(code), "CopyFile");
+  throw Failure(CopyFailureNumber(code), "Copy File Failed: dll error - " + SystemErrorText(code),
+                "CopyFile");
+}
+
+bool IsDiskFull(const Failure& failure) {
+  return failure.number() == failure_number::kDiskFull ||
+         failure.number() == CopyFailureNumber(copy_code::kDiskFull);
+}
+
+void FileCopy::MoveFile(const std::string& source, const std::string& destination) {
+  if (TryStep([&] { files_.Rename(source, destination); })) return;
+  const auto written = files_.Status(source).written;
+  CopyFile(source, destination);
+  files_.SetLastWriteTime(destination, written);
+  files_.Secure(destination, source);
+  files_.Delete(source);
 }
 
 }  // namespace ostrel

@@ -6,12 +6,14 @@
 #include "base/names.h"
 #include "base/text.h"
 #include "intake/match_pattern.h"
+#include "intake/missing_folder.h"
 
 namespace ostrel {
 
 namespace {
 
 constexpr const char* kProcedure = "CheckForNewFiles";
+constexpr const char* kCategory = "Ingest";
 constexpr int kScansBeforeLockIsReported = 40;
 constexpr int kMostCopies = 99;  // a mistyped count in a list file must not fill the disk
 
@@ -24,7 +26,7 @@ bool IsReceivedArchive(std::string_view name) {
 void IngestScan::CheckForNewFiles() {
   std::string path = parts_.values.ingestPath;
   try {
-    const auto name = parts_.files.FirstFile(parts_.values.ingestPath);
+    const auto name = parts_.files.FirstFile(parts_.values.ingestPath, {});
     if (!name) return;
     path += *name;
     TakeFile(*name);
@@ -35,31 +37,55 @@ void IngestScan::CheckForNewFiles() {
 
 void IngestScan::TakeFile(const std::string& listedName) {
   const auto path = parts_.values.ingestPath + listedName;
-  parts_.files.TestExclusive(path);
+  // Lasts until the file is deleted: who writes the next version under its name waits for that.
+  const auto hold = parts_.files.HoldAlone(path);
   lockedFileCount_ = 0;
-  if (placed_.Contains(path)) return placed_.Delete(path);
+  if (placed_.Contains(path)) return DeleteTaken(*hold, path);
 
   const auto name = ToUpper(listedName);
-  if (parts_.values.unZipFiles && IsReceivedArchive(name)) return Unpack(path);
-  if (parts_.rules.DiscardedBy(name)) return parts_.files.Delete(path);
+  if (parts_.values.unZipFiles && IsReceivedArchive(name)) return Unpack(*hold, path);
+  if (parts_.rules.DiscardedBy(name)) return DeleteTaken(*hold, path);
   MakeCopies(path, name);
   const auto target = parts_.rules.TargetOf(name);
-  if (!target) return parts_.files.Delete(path);
+  if (!target) return DeleteTaken(*hold, path);
   PlaceInFolder(target->folder(), path, name);
-  placed_.Delete(path);
+  DeleteTaken(*hold, path);
 }
 
-void IngestScan::Unpack(const std::string& path) {
+/// What was taken and cannot be deleted counts as in use, and would lie there in silence.
+void IngestScan::DeleteTaken(FileHold& hold, const std::string& path) {
+  const bool isKnown = placed_.Contains(path);
+  try {
+    if (placed_.Delete(path, hold)) return;
+  } catch (const Failure& failure) {
+    if (!isKnown) {
+      parts_.reporting.WriteLog(
+          kCategory, fmt::format("{} was taken, will not be taken again, and cannot be deleted: {}",
+                                 FileNameOf(path), failure.text()));
+    }
+    throw;
+  }
+  throw Failure(failure_number::kPermissionDenied, "In use: " + path);
+}
+
+void IngestScan::Unpack(FileHold& hold, const std::string& path) {
   const auto result = parts_.archives.Extract(path, parts_.values.ingestPath, ExtractLimits{});
   if (result.opened && !result.remark.empty())
     parts_.reporting.WriteLog("UnZip", fmt::format("{}: {}", FileNameOf(path), result.remark));
-  placed_.Delete(path);
+  DeleteTaken(hold, path);
 }
 
 void IngestScan::MakeCopies(const std::string& path, const std::string& name) {
   for (const auto& entry : parts_.rules.CopiesOf(name)) {
-    for (int j = 1; j < std::min(entry.count, kMostCopies); ++j)
-      parts_.copy.CopyFile(path, fmt::format("{}{}.{}", parts_.values.ingestPath, name, j));
+    for (int j = 1; j < std::min(entry.count, kMostCopies); ++j) {
+      const auto copy = fmt::format("{}.{}", name, j);
+      if (copy.size() > kLongestName) {
+        parts_.reporting.WriteLog(kCategory,
+                                  fmt::format("Copies left out, no name is so long: {}", copy));
+        break;
+      }
+      parts_.copy.CopyFile(path, parts_.values.ingestPath + copy);
+    }
   }
 }
 
@@ -68,7 +94,16 @@ void IngestScan::PlaceInFolder(int folder, const std::string& path, const std::s
   const auto freeName = FirstFreeName(name, [&](const std::string& candidate) {
     return parts_.files.Exists(JoinPath(destination, candidate));
   });
-  parts_.copy.CopyFile(path, JoinPath(destination, freeName));
+  if (!freeName.starts_with(StripDupSuffix(name)))
+    parts_.reporting.WriteLog(kCategory, fmt::format("{} is taken, cut to {}", name, freeName));
+  const auto placed = JoinPath(destination, freeName);
+  try {
+    parts_.copy.CopyFile(path, placed);
+  } catch (const Failure&) {
+    RestoreFolder(parts_.files, parts_.reporting, destination);
+    throw;
+  }
+  parts_.files.Secure(placed, path);
 }
 
 void IngestScan::OnFailure(const Failure& failure, const std::string& path) {

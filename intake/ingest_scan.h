@@ -34,9 +34,10 @@ class IngestScan {
 
  private:
   void TakeFile(const std::string& listedName);
-  void Unpack(const std::string& path);
+  void Unpack(FileHold& hold, const std::string& path);
   void MakeCopies(const std::string& path, const std::string& name);
   void PlaceInFolder(int folder, const std::string& path, const std::string& name);
+  void DeleteTaken(FileHold& hold, const std::string& path);
   void OnFailure(const Failure& failure, const std::string& path);
 
   Parts parts_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
+#include <utility>
 
 #include "base/names.h"
 #include "base/numbers.h"
@@ -23,11 +24,11 @@ milliseconds PurgeAge(const Setup& setup) {
 }
 
 void PendingFiles::HandBack() {
-  RunStep(parts_.reporting, kCategory, [this] {
+  const bool canRecord = RunStep(parts_.reporting, kCategory, [this] {
     MakeFolders();
-    ProbeLinks();
+    ProbeRecord();
   });
-  if (!hasLinks_) return;
+  if (!canRecord) return;
   for (const Priority p : AllPriorities()) HandBack(p);
   ClearTransmitFolder();
 }
@@ -41,21 +42,14 @@ void PendingFiles::MakeFolders() {
   for (const auto& folder : folders) {
     if (!parts_.files.Exists(folder)) parts_.files.CreateFolder(folder);
   }
-  parts_.files.RemoveTemporaries(Root());
+  for (const auto& folder : folders) parts_.files.RemoveTemporaries(folder);
 }
 
-void PendingFiles::ProbeLinks() {
+/// Where nothing can be recorded, what lies in RtXmit may be the only copy there is.
+void PendingFiles::ProbeRecord() {
   const auto file = Root() + "/.probe";
-  const auto link = Root() + "/.probe-link";
   parts_.files.WriteAll(file, "");
-  hasLinks_ = TryStep([&] { parts_.files.Link(file, link); });
-  TryStep([&] { parts_.files.Delete(link); });
-  TryStep([&] { parts_.files.Delete(file); });
-  if (!hasLinks_) {
-    parts_.reporting.WriteLog(kCategory,
-                              "The file system has no hard links: what is queued is not kept over "
-                              "a power failure.");
-  }
+  parts_.files.Delete(file);
 }
 
 void PendingFiles::HandBack(Priority p) {
@@ -96,12 +90,14 @@ void PendingFiles::GiveBack(Priority p, const std::string& link) {
   RunStep(parts_.reporting, kCategory, [&] { MoveBack(p, FolderOf(p) + "/" + link, link); });
 }
 
-void PendingFiles::MoveBack(Priority p, const std::string& path, const std::string& wantedName) {
+std::string PendingFiles::MoveBack(Priority p, const std::string& path,
+                                   const std::string& wantedName) {
   const auto name = FirstFreeName(
       wantedName, [&](const std::string& n) { return parts_.files.Exists(InHoldingFolder(p, n)); });
-  if (hasLinks_) parts_.files.Link(path, BackFolderOf(p) + "/" + name);
-  parts_.files.Rename(path, InHoldingFolder(p, name));
+  TryStep([&] { Keep(path, BackFolderOf(p) + "/" + name); });
+  parts_.copy.MoveFile(path, InHoldingFolder(p, name));
   back_[p].insert(name);
+  return InHoldingFolder(p, name);
 }
 
 void PendingFiles::Return(Priority p, const std::string& name) {
@@ -110,7 +106,8 @@ void PendingFiles::Return(Priority p, const std::string& name) {
       if (StripExtension(other) == StripExtension(name)) DiscardReturned(p, other);
     }
   }
-  MoveBack(p, parts_.values.InTransmitFolder(name), name);
+  const auto back = MoveBack(p, parts_.values.InTransmitFolder(name), name);
+  parts_.files.Secure(back, FolderOf(p) + "/" + name);
   Retire(p, name);
 }
 
@@ -132,8 +129,7 @@ void PendingFiles::DiscardReturned(Priority p, const std::string& name) {
 }
 
 void PendingFiles::Taken(Priority p, const std::string& name) {
-  if (back_[p].erase(name) == 0 || !hasLinks_) return;
-  RunStep(parts_.reporting, kCategory, [&] { parts_.files.Delete(BackFolderOf(p) + "/" + name); });
+  if (back_[p].erase(name) > 0) Delete(BackFolderOf(p) + "/" + name);
 }
 
 void PendingFiles::ClearTransmitFolder() {
@@ -143,19 +139,50 @@ void PendingFiles::ClearTransmitFolder() {
   });
 }
 
-void PendingFiles::Add(Priority p, const std::string& name) {
-  if (!hasLinks_) return;
+void PendingFiles::Add(Priority p, const std::string& name, const std::string& source) {
   auto link = FirstFreeName(
       name, [&](const std::string& n) { return parts_.files.Exists(FolderOf(p) + "/" + n); });
-  parts_.files.Link(parts_.values.InTransmitFolder(name), FolderOf(p) + "/" + link);
-  links_[p][name].push_back(std::move(link));
+  if (Record(parts_.values.InTransmitFolder(name), FolderOf(p) + "/" + link, source))
+    links_[p][name].push_back(std::move(link));
 }
 
-void PendingFiles::Replace(Priority p, const std::string& replaced, const std::string& name) {
+bool PendingFiles::Record(const std::string& file, const std::string& record,
+                          const std::string& source) {
+  try {
+    Keep(file, record);
+    parts_.files.Secure(record, source);
+    toldOfNone_ = false;
+    return true;
+  } catch (const Failure& failure) {
+    if (IsDiskFull(failure) || !parts_.files.Exists(file)) throw;
+    TellOnce(toldOfNone_, "What is queued is not kept over a power failure: " + failure.text());
+    return false;
+  }
+}
+
+/// Somebody may have removed the folders.
+void PendingFiles::Keep(const std::string& file, const std::string& record) {
+  const auto link = [&] { parts_.files.Link(file, record); };
+  if (TryStep(link)) return;
+  if (!parts_.files.Exists(std::string(ostrel::FolderOf(record)))) {
+    MakeFolders();
+    if (TryStep(link)) return;
+  }
+  parts_.copy.CopyFile(file, record);
+  TellOnce(toldOfCopies_,
+           "No link from RtXmit into .pending: what is queued is recorded by copies.");
+}
+
+void PendingFiles::TellOnce(bool& told, const std::string& text) {
+  if (!std::exchange(told, true)) parts_.reporting.WriteLog(kCategory, text);
+}
+
+void PendingFiles::Replace(Priority p, const std::string& replaced, const std::string& name,
+                           const std::string& source) {
   const auto links = links_[p].find(replaced);
-  if (links == links_[p].end()) return Add(p, name);
+  if (links == links_[p].end()) return Add(p, name, source);
   const std::string old = links->second.back();
-  Add(p, name);
+  Add(p, name, source);
   std::erase(links->second, old);
   if (links->second.empty()) links_[p].erase(links);
   Remove(p, old);
@@ -181,8 +208,11 @@ void PendingFiles::Purged(const std::string& name) {
   for (const Priority p : AllPriorities()) Drop(p, name);
 }
 
-void PendingFiles::Remove(Priority p, const std::string& link) {
-  RunStep(parts_.reporting, kCategory, [&] { parts_.files.Delete(FolderOf(p) + "/" + link); });
+/// What is gone already went with its folder.
+void PendingFiles::Delete(const std::string& record) {
+  RunStep(parts_.reporting, kCategory, [&] {
+    if (parts_.files.Exists(record)) parts_.files.Delete(record);
+  });
 }
 
 std::string PendingFiles::FolderOf(Priority p) const {

@@ -1,5 +1,6 @@
 // The record of what is queued, kept by the file system itself: a second name under
-// KvData/.pending/<priority>/ for every file in RtXmit that has a queue entry. It is made before
+// KvData/.pending/<priority>/ for every file in RtXmit that has a queue entry, or a copy where the
+// two lie on different file systems or there are no second names. It is made before
 // the file's source is deleted and dropped when the entry is retired, replaced, removed or purged.
 // So a station that was killed finds at its next start every file whose last block has not gone
 // out, and gives it back to the holding folder of its priority. There a third name, under
@@ -15,6 +16,7 @@
 
 #include "base/priority.h"
 #include "base/reporting.h"
+#include "intake/file_copy.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "state/engine.h"
@@ -27,6 +29,7 @@ class PendingFiles {
   struct Parts {
     Files& files;
     Clock& clock;
+    FileCopy& copy;
     Reporting& reporting;
     const Setup& setup;
     const ProgramValues& values;
@@ -38,11 +41,13 @@ class PendingFiles {
   /// only the newest comes back; what is past the purge age does not.
   void HandBack();
 
-  /// The file `name` in RtXmit gets an entry in the queue of `p`. Throws Failure when it cannot be
-  /// recorded: it must not be queued then, or the next start would clear it away.
-  void Add(Priority p, const std::string& name);
+  /// The file `name` in RtXmit, made of `source`, gets an entry in the queue of `p`, and `source`
+  /// may be deleted. Throws Failure when the disk is full or the file is gone: it must not be
+  /// queued then. A record that cannot be made for another reason is done without, with a log line.
+  void Add(Priority p, const std::string& name, const std::string& source);
   /// The same for a file that takes the place of the waiting entry `replaced`, whose record goes.
-  void Replace(Priority p, const std::string& replaced, const std::string& name);
+  void Replace(Priority p, const std::string& replaced, const std::string& name,
+               const std::string& source);
   /// The entry that was on the air is retired: the oldest of this name.
   void Retire(Priority p, const std::string& name);
   /// An entry that waits is removed: the newest of this name.
@@ -71,21 +76,25 @@ class PendingFiles {
     bool isBack;
   };
   void MakeFolders();
-  void ProbeLinks();
+  void ProbeRecord();
+  bool Record(const std::string& file, const std::string& record, const std::string& source);
+  void Keep(const std::string& file, const std::string& record);
+  void TellOnce(bool& told, const std::string& text);
   void HandBack(Priority p);
   std::vector<Recorded> RecordOf(Priority p);
   void GiveBack(Priority p, const std::string& link);
-  void MoveBack(Priority p, const std::string& path, const std::string& wantedName);
+  std::string MoveBack(Priority p, const std::string& path, const std::string& wantedName);
   void DiscardReturned(Priority p, const std::string& name);
   void ClearTransmitFolder();
   std::string FolderOf(Priority p) const;
   std::string BackFolderOf(Priority p) const;
   std::string InHoldingFolder(Priority p, const std::string& name) const;
   std::string Root() const { return parts_.values.dataRoot + "/.pending"; }
-  void Remove(Priority p, const std::string& link);
+  void Remove(Priority p, const std::string& link) { Delete(FolderOf(p) + "/" + link); }
+  void Delete(const std::string& record);
 
   Parts parts_;
-  bool hasLinks_ = false;
+  bool toldOfCopies_ = false, toldOfNone_ = false;
   /// The links of the entries of one name, oldest first: while A.TXT is on the air, its name in
   /// RtXmit is free for a newer one.
   PerPriority<std::map<std::string, std::deque<std::string>>> links_;

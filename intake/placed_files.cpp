@@ -5,13 +5,26 @@
 namespace ostrel {
 
 void PlacedFiles::Delete(const std::string& path) {
-  try {
+  const auto deletePlain = [&] {
     files_.Delete(path);
-    marks_.erase(path);
+    return true;
+  };
+  DeleteBy(deletePlain, path);
+}
+
+bool PlacedFiles::Delete(const std::string& path, FileHold& hold) {
+  return DeleteBy([&] { return hold.Delete(); }, path);
+}
+
+bool PlacedFiles::DeleteBy(const std::function<bool()>& step, const std::string& path) {
+  try {
+    const bool isGone = step();
+    if (isGone) marks_.erase(path);
+    return isGone;
   } catch (const Failure& failure) {
     if (failure.number() == failure_number::kFileNotFound) {  // gone all the same
       marks_.erase(path);
-      return;
+      return true;
     }
     marks_.insert_or_assign(path, files_.Status(path));
     throw;

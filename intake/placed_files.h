@@ -2,6 +2,7 @@
 // from. They are only deleted from then on, never taken a second time.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 
@@ -16,10 +17,15 @@ class PlacedFiles {
   /// Deletes a file that has just been placed. When that fails the file is remembered, and the
   /// Failure thrown.
   void Delete(const std::string& path);
+  /// The same for a file that is held. False when it stays because somebody else is at it: then it
+  /// is not remembered, for it will be another one.
+  bool Delete(const std::string& path, FileHold& hold);
   /// True when exactly this file (path, size, time) was placed before.
   bool Contains(const std::string& path);
 
  private:
+  bool DeleteBy(const std::function<bool()>& step, const std::string& path);
+
   Files& files_;
   std::map<std::string, FileStatus> marks_;
 };

@@ -47,7 +47,7 @@ void QueueIntake::CheckForNewPriFiles() {
 void QueueIntake::TakeOne(Priority p) {
   const auto folder = parts_.values.HoldingFolder(p.number());
   std::optional<std::string> file;
-  RunRetried("", [&] { file = parts_.files.FirstFile(folder); });
+  RunRetried("", [&] { file = parts_.files.FirstFile(folder, {}); });
   if (!file) return;
   if (IsChecked(parts_.setup.chkOverWrite[p])) TryStep([&] { file = OldestOfProduct(p, *file); });
 
@@ -66,7 +66,7 @@ bool QueueIntake::Queue(Priority p, const std::string& source) {
   std::optional<std::string> placedAs;
   RunRetried(file, [&] { placedAs = Place(p, source, name); });
   if (!placedAs) return false;
-  if (RunRetried(file, [&] { Enter(p, position, *placedAs); })) return true;
+  if (RunRetried(file, [&] { Enter(p, position, *placedAs, source); })) return true;
   TryStep([&] { parts_.files.Delete(parts_.values.InTransmitFolder(*placedAs)); });
   return false;
 }
@@ -125,13 +125,14 @@ std::optional<std::string> QueueIntake::Place(Priority p, const std::string& sou
   return parts_.compression.PlaceUncompressed(source, name);
 }
 
-void QueueIntake::Enter(Priority p, std::optional<std::size_t> position, const std::string& name) {
+void QueueIntake::Enter(Priority p, std::optional<std::size_t> position, const std::string& name,
+                        const std::string& source) {
   auto& queue = parts_.mainWindow.PriorityList[p];
   if (position) {
-    parts_.pending.Replace(p, queue[*position], name);
+    parts_.pending.Replace(p, queue[*position], name, source);
     queue.Replace(*position, name);
   } else {
-    parts_.pending.Add(p, name);
+    parts_.pending.Add(p, name, source);
     queue.Append(name);
   }
 }

@@ -41,7 +41,8 @@ class QueueIntake {
   std::optional<std::size_t> PositionToReplace(Priority p, const std::string& name) const;
   void DiscardReplaced(Priority p, std::size_t position, const std::string& name);
   std::optional<std::string> Place(Priority p, const std::string& source, const std::string& name);
-  void Enter(Priority p, std::optional<std::size_t> position, const std::string& name);
+  void Enter(Priority p, std::optional<std::size_t> position, const std::string& name,
+             const std::string& source);
   /// Runs a step; while the file is in use elsewhere it is tried again, 20 times in one call of the
   /// intake for all steps together. Returns true when it did its work.
   template <typename Step>

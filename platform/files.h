@@ -4,6 +4,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -33,15 +35,33 @@ struct FileStatus {
   friend bool operator==(const FileStatus&, const FileStatus&) = default;
 };
 
+/// Whether the last component of a path may be a symbolic link. Files of the station's folders are
+/// not reached through one: it may lead to a file that is nobody else's business.
+enum class Links { kRefused, kFollowed };
+
+/// A file that nobody else had open when it was taken. While the hold lives, who wants to write
+/// into the file waits where the file system can make him wait (for 45 seconds at most, as the
+/// system is set); reading it disturbs nobody.
+class FileHold {
+ public:
+  virtual ~FileHold() = default;
+
+  /// Deletes the file. False, and the file stays, once somebody wants to write into it, has done
+  /// so, or has put another file in its place. Throws Failure when it cannot be deleted.
+  virtual bool Delete() = 0;
+};
+
 class Files {
  public:
   virtual ~Files() = default;
 
+  using NameTest = std::function<bool(const std::string& name)>;
   /// The first regular file of the folder's own order, read no further than needed. Hidden files
-  /// (leading dot), folders and links to them are passed over. A folder that does not exist is
-  /// empty.
-  virtual std::optional<std::string> FirstFile(const std::string& folder) = 0;
-  /// All of them, in the folder's own order.
+  /// (leading dot), folders, links and the names for which `passedOver` (if given) is true are
+  /// passed over. A folder that does not exist is empty.
+  virtual std::optional<std::string> FirstFile(const std::string& folder,
+                                               const NameTest& passedOver) = 0;
+  /// All regular files that are not hidden, in the folder's own order.
   virtual std::vector<std::string> ListFiles(const std::string& folder) = 0;
 
   /// True when anything of that name exists.
@@ -54,13 +74,18 @@ class Files {
   /// Sets the last-write time alone.
   virtual void SetLastWriteTime(const std::string& path, UtcTime time) = 0;
 
-  /// Throws Failure 70 while another process has the file open, 53 when it is gone.
-  virtual void TestExclusive(const std::string& path) = 0;
+  /// Throws Failure 70 while another process has the file open, or where that cannot be told and
+  /// the file was written a moment ago; 53 when it is gone.
+  virtual std::unique_ptr<FileHold> HoldAlone(const std::string& path) = 0;
 
-  /// Copies whole through a hidden file and a rename: nobody ever sees half of it, an existing
-  /// destination is replaced. Its last-write time is the moment of the copy. Returns a copy_code or
-  /// the system's own number.
-  virtual int Copy(const std::string& source, const std::string& destination) = 0;
+  /// Copies a regular file whole through a hidden file and a rename: nobody ever sees half of it,
+  /// an existing destination is replaced. Its last-write time is the moment of the copy. Returns a
+  /// copy_code or the system's own number; kInUse when the source changed meanwhile.
+  virtual int Copy(const std::string& source, const std::string& destination, Links links) = 0;
+  /// Before `source` is deleted: what was made of it, the file `made`, survives a power failure
+  /// from here on. On one file system the order of its changes sees to that and nothing is done;
+  /// where the two folders lie on different ones, that of `made` is flushed.
+  virtual void Secure(const std::string& made, const std::string& source) = 0;
   virtual void Delete(const std::string& path) = 0;
   /// Moves within a file system; an existing destination is replaced.
   virtual void Rename(const std::string& source, const std::string& destination) = 0;
@@ -73,7 +98,7 @@ class Files {
   virtual void RemoveTemporaries(const std::string& folder) = 0;
 
   /// Reads into `buffer` from byte `offset` on; returns how many bytes were there. Opens and closes
-  /// the file.
+  /// the file, not through a link.
   virtual std::size_t ReadBlock(const std::string& path, std::int64_t offset,
                                 std::span<char> buffer) = 0;
   virtual std::string ReadAll(const std::string& path) = 0;

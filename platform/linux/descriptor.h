@@ -18,6 +18,8 @@ class Descriptor {
 
   explicit operator bool() const { return number_ >= 0; }
   int Get() const { return number_; }
+  /// Gives it to an owner of another kind.
+  int Release() { return std::exchange(number_, -1); }
   void Reset() {
     if (number_ >= 0) close(number_);
     number_ = -1;

@@ -4,6 +4,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "base/names.h"
+
 namespace ostrel {
 
 // In a folder with the sticky bit that a group may write to, the system refuses to open with
@@ -16,6 +18,17 @@ int OpenOrMake(const char* path, int flags, unsigned mode) {
     const int made = open(path, flags | O_CREAT | O_EXCL, mode);
     if (made >= 0 || errno != EEXIST) return made;
   }
+}
+
+Descriptor OpenToRead(const std::string& path, Links links) {
+  const int noFollow = links == Links::kRefused ? O_NOFOLLOW : 0;
+  return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | noFollow));
+}
+
+std::string FolderToCreateIn(const std::string& path) {
+  const auto folder = FolderOf(path);
+  if (!folder.empty()) return std::string(folder);
+  return path.starts_with('/') ? "/" : ".";
 }
 
 int WriteFully(int descriptor, std::string_view bytes) {
@@ -56,6 +69,16 @@ UtcTime WriteTimeOf(const struct stat& status) {
   const auto whole = seconds(status.st_mtim.tv_sec);
   const auto part = std::chrono::nanoseconds(status.st_mtim.tv_nsec);
   return UtcTime(std::chrono::floor<milliseconds>(whole + part));
+}
+
+bool IsSameContent(const struct stat& one, const struct stat& other) {
+  return one.st_size == other.st_size && one.st_mtim.tv_sec == other.st_mtim.tv_sec &&
+         one.st_mtim.tv_nsec == other.st_mtim.tv_nsec;
+}
+
+bool IsUnchanged(int descriptor, const struct stat& status) {
+  struct stat present;
+  return fstat(descriptor, &present) == 0 && IsSameContent(present, status);
 }
 
 }  // namespace ostrel

@@ -43,10 +43,10 @@ int ReadFolder(const std::string& path, Portion portion,
 }
 
 bool IsRegularFile(const FolderEntry& entry) {
-  if (entry.type == DT_REG) return true;
-  if (entry.type != DT_LNK && entry.type != DT_UNKNOWN) return false;
+  if (entry.type != DT_UNKNOWN) return entry.type == DT_REG;
   struct stat status;
-  return fstatat(entry.folder, entry.name, &status, 0) == 0 && S_ISREG(status.st_mode);
+  return fstatat(entry.folder, entry.name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISREG(status.st_mode);
 }
 
 }  // namespace ostrel

@@ -16,14 +16,14 @@ enum class Reading { kContinue, kEnough };
 struct FolderEntry {
   int folder;          // open descriptor of the folder
   const char* name;    // never "." or ".."
-  unsigned char type;  // as the folder tells it: DT_REG, DT_LNK, DT_UNKNOWN ...
+  unsigned char type;  // as the folder tells it: DT_REG, DT_UNKNOWN ...
 };
 
 /// Calls `visit` for each entry until it has enough. Returns 0 or the system's error.
 int ReadFolder(const std::string& path, Portion portion,
                const std::function<Reading(const FolderEntry&)>& visit);
 
-/// True for a regular file or a link to one.
+/// True for a regular file; a link to one is none.
 bool IsRegularFile(const FolderEntry& entry);
 
 }  // namespace ostrel

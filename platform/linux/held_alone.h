@@ -1,14 +1,43 @@
-// Whether a file is still being written by whoever put it there. The system has no exclusive open;
-// a write lease comes nearest, for it is granted only while nobody else has the file open.
+// Whether a file is still being written by whoever put it there, and the hold on one that is not.
+// The system has no exclusive open; a write lease comes nearest, for it is granted only while
+// nobody else has the file open.
 #pragma once
 
-#include "base/time.h"
+#include <string>
+#include <sys/stat.h>
+
+#include "platform/files.h"
+#include "platform/linux/descriptor.h"
 
 namespace ostrel {
 
-/// True when no other process (and no other descriptor of this one) has the open file `descriptor`.
-/// Where no lease can be had (a file of another owner, a file system without leases): when nobody
-/// has locked it and its last write is at least two seconds before or after `now`.
-bool IsHeldAlone(int descriptor, UtcTime now);
+enum class LeaseAnswer {
+  kGiven,
+  kOpenElsewhere,  // some process, or another descriptor of this one, has the file open
+  kNone,           // a file of another owner, or a file system that cannot tell
+};
+
+/// Asks for a lease on the open file `descriptor`. Once given it lasts until the descriptor is
+/// closed, against those who would write: the station's own reading, and that of others, goes on.
+LeaseAnswer TakeLease(int descriptor);
+
+class LinuxFileHold : public FileHold {
+ public:
+  /// `file` is open at `path` and stands as `status` tells.
+  LinuxFileHold(Descriptor file, std::string path, const struct stat& status, LeaseAnswer lease)
+      : file_(std::move(file)), path_(std::move(path)), status_(status), lease_(lease) {}
+
+  bool Delete() override;
+
+ private:
+  bool IsAlone(const std::string& path) const;
+  bool IsHere(const std::string& path) const;
+  void PutBack(const std::string& aside) const;
+
+  Descriptor file_;
+  std::string path_;
+  struct stat status_;
+  LeaseAnswer lease_;
+};
 
 }  // namespace ostrel

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include "base/failure.h"
@@ -40,11 +41,6 @@ void CheckBoth(int result, const std::string& source, const std::string& destina
   ThrowFileFailure(error, sourceMissing ? source : destination);
 }
 
-/// Never waits, not even for the other end of a pipe that someone put there.
-Descriptor OpenToRead(const std::string& path) {
-  return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-}
-
 /// A link in the place of the file gives way to a file of its own.
 Descriptor OpenToAppend(const std::string& path) {
   constexpr int kFlags = O_WRONLY | O_APPEND | O_NONBLOCK;
@@ -55,10 +51,8 @@ Descriptor OpenToAppend(const std::string& path) {
   return Descriptor();
 }
 
-std::string FolderToCreateIn(const std::string& path) {
-  const auto folder = FolderOf(path);
-  if (!folder.empty()) return std::string(folder);
-  return path.starts_with('/') ? "/" : ".";
+dev_t FileSystemOf(const std::string& folder) {
+  return StatusOf(folder).st_dev;
 }
 
 /// `wanted` as it stands in `folder`: itself, or the first entry that differs in case alone.
@@ -78,14 +72,20 @@ void EndIfAsked(Clock& clock) {
   clock.Sleep(milliseconds(0));
 }
 
-/// Reads the source to its end into `copy`. Returns a copy code.
-int CopyContent(const Descriptor& source, TemporaryFile& copy, Clock& clock) {
+/// A program may keep others out by a lock of its own; ours lasts until the file is closed.
+bool LockIfFree(int descriptor) {
+  return flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+/// Reads the source, of `size` bytes, to its end into `copy`. Returns a copy code.
+int CopyContent(const Descriptor& source, std::int64_t size, TemporaryFile& copy, Clock& clock) {
   std::array<char, 64 * 1024> buffer;
   for (std::int64_t offset = 0;;) {
     EndIfAsked(clock);
     const std::int64_t count = ReadFully(source.Get(), offset, buffer);
     if (count < 0) return SourceCopyCode(static_cast<int>(-count));
     if (count == 0) return copy_code::kDone;
+    if (offset >= size) return copy_code::kInUse;  // somebody adds to it, for ever perhaps
     const int error = copy.Write({buffer.data(), static_cast<std::size_t>(count)});
     if (error != 0) return DestinationCopyCode(error);
     offset += count;
@@ -94,10 +94,12 @@ int CopyContent(const Descriptor& source, TemporaryFile& copy, Clock& clock) {
 
 }  // namespace
 
-std::optional<std::string> LinuxFiles::FirstFile(const std::string& folder) {
+std::optional<std::string> LinuxFiles::FirstFile(const std::string& folder,
+                                                 const NameTest& passedOver) {
   std::optional<std::string> first;
   const int error = ReadFolder(folder, Portion::kFewEntries, [&](const FolderEntry& entry) {
     if (entry.name[0] == '.' || !IsRegularFile(entry)) return Reading::kContinue;
+    if (passedOver && passedOver(entry.name)) return Reading::kContinue;
     first = entry.name;
     return Reading::kEnough;
   });
@@ -145,20 +147,40 @@ void LinuxFiles::SetLastWriteTime(const std::string& path, UtcTime time) {
   Check(utimensat(AT_FDCWD, path.c_str(), times, 0), path);
 }
 
-void LinuxFiles::TestExclusive(const std::string& path) {
-  const Descriptor file = OpenToRead(path);
+std::unique_ptr<FileHold> LinuxFiles::HoldAlone(const std::string& path) {
+  Descriptor file = OpenToRead(path, Links::kRefused);
   if (!file) ThrowFileFailure(errno, path);
-  if (!IsHeldAlone(file.Get(), clock_.UtcNow())) ThrowFileFailure(EBUSY, path);
+  const auto lease = TakeLease(file.Get());
+  struct stat status;
+  Check(fstat(file.Get(), &status), path);
+  if (!S_ISREG(status.st_mode)) ThrowFileFailure(EACCES, path);
+  bool isAlone = lease == LeaseAnswer::kGiven;
+  if (lease == LeaseAnswer::kNone)
+    isAlone = LockIfFree(file.Get()) && quiet_.IsQuiet(path, status, clock_.Monotonic());
+  if (!isAlone) ThrowFileFailure(EBUSY, path);
+  return std::make_unique<LinuxFileHold>(std::move(file), path, status, lease);
 }
 
-int LinuxFiles::Copy(const std::string& source, const std::string& destination) {
-  const Descriptor from = OpenToRead(source);
-  if (!from) return SourceCopyCode(errno);
+int LinuxFiles::Copy(const std::string& source, const std::string& destination, Links links) {
+  const Descriptor from = OpenToRead(source, links);
+  struct stat before;
+  if (!from || fstat(from.Get(), &before) != 0) return SourceCopyCode(errno);
+  if (!S_ISREG(before.st_mode)) return copy_code::kAccessDenied;
   TemporaryFile copy(FolderToCreateIn(destination));
   if (copy.Error() != 0) return DestinationCopyCode(copy.Error());
-  const int code = CopyContent(from, copy, clock_);
+  const int code = CopyContent(from, before.st_size, copy, clock_);
   if (code != copy_code::kDone) return code;
+  if (!IsUnchanged(from.Get(), before)) return copy_code::kInUse;  // half old, half new, it may be
   return DestinationCopyCode(copy.Commit(destination, clock_.UtcNow()));
+}
+
+void LinuxFiles::Secure(const std::string& made, const std::string& source) {
+  const auto folder = FolderToCreateIn(made);
+  if (FileSystemOf(folder) == FileSystemOf(FolderToCreateIn(source))) return;
+  const Descriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!opened) ThrowFileFailure(errno, folder);
+  const bool isFlushed = fsync(opened.Get()) == 0 || errno == EINVAL;  // some cannot be asked
+  if (!isFlushed) ThrowFileFailure(errno, folder);
 }
 
 void LinuxFiles::Delete(const std::string& path) {
@@ -171,7 +193,7 @@ void LinuxFiles::Rename(const std::string& source, const std::string& destinatio
 
 void LinuxFiles::Link(const std::string& existing, const std::string& link) {
   const auto linkTo = [&](const std::string& name) {
-    return linkat(AT_FDCWD, existing.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW);
+    return linkat(AT_FDCWD, existing.c_str(), AT_FDCWD, name.c_str(), 0);
   };
   if (linkTo(link) == 0) return;
   if (errno != EEXIST) return CheckBoth(-1, existing, link);
@@ -203,7 +225,7 @@ void LinuxFiles::RemoveTemporaries(const std::string& folder) {
 
 std::size_t LinuxFiles::ReadBlock(const std::string& path, std::int64_t offset,
                                   std::span<char> buffer) {
-  const Descriptor file = OpenToRead(path);
+  const Descriptor file = OpenToRead(path, Links::kRefused);
   if (!file) ThrowFileFailure(errno, path);
   const std::int64_t count = ReadFully(file.Get(), offset, buffer);
   if (count < 0) ThrowFileFailure(static_cast<int>(-count), path);
@@ -211,7 +233,7 @@ std::size_t LinuxFiles::ReadBlock(const std::string& path, std::int64_t offset,
 }
 
 std::string LinuxFiles::ReadAll(const std::string& path) {
-  const Descriptor file = OpenToRead(path);
+  const Descriptor file = OpenToRead(path, Links::kFollowed);
   if (!file) ThrowFileFailure(errno, path);
   struct stat status;
   Check(fstat(file.Get(), &status), path);

@@ -4,6 +4,7 @@
 
 #include "platform/clock.h"
 #include "platform/files.h"
+#include "platform/linux/quiet_files.h"
 
 namespace ostrel {
 
@@ -11,14 +12,16 @@ class LinuxFiles : public Files {
  public:
   explicit LinuxFiles(Clock& clock) : clock_(clock) {}
 
-  std::optional<std::string> FirstFile(const std::string& folder) override;
+  std::optional<std::string> FirstFile(const std::string& folder,
+                                       const NameTest& passedOver) override;
   std::vector<std::string> ListFiles(const std::string& folder) override;
   bool Exists(const std::string& path) override;
   std::string ActualPath(const std::string& path) override;
   FileStatus Status(const std::string& path) override;
   void SetLastWriteTime(const std::string& path, UtcTime time) override;
-  void TestExclusive(const std::string& path) override;
-  int Copy(const std::string& source, const std::string& destination) override;
+  std::unique_ptr<FileHold> HoldAlone(const std::string& path) override;
+  int Copy(const std::string& source, const std::string& destination, Links links) override;
+  void Secure(const std::string& made, const std::string& source) override;
   void Delete(const std::string& path) override;
   void Rename(const std::string& source, const std::string& destination) override;
   void Link(const std::string& existing, const std::string& link) override;
@@ -32,6 +35,7 @@ class LinuxFiles : public Files {
 
  private:
   Clock& clock_;
+  QuietFiles quiet_;
 };
 
 }  // namespace ostrel

@@ -11,6 +11,8 @@
 #include "base/names.h"
 #include "base/reporting.h"
 #include "base/text.h"
+#include "platform/linux/descriptor.h"
+#include "platform/linux/file_io.h"
 
 namespace ostrel {
 namespace {
@@ -74,8 +76,11 @@ ExtractResult ZipExtraction::Run(const std::string& archive) {
 }
 
 ExtractResult ZipExtraction::Unpack(const std::string& archive) {
+  Descriptor file = OpenToRead(archive, Links::kRefused);
+  if (!file) throw Failure(failure_number::kDeviceError, "Archive: " + OpenError(ZIP_ER_OPEN));
   int error = 0;
-  const std::unique_ptr<zip_t, Discard> opened(zip_open(archive.c_str(), ZIP_RDONLY, &error));
+  const std::unique_ptr<zip_t, Discard> opened(zip_fdopen(file.Get(), 0, &error));
+  if (opened) file.Release();  // the library has closed it
   if (!opened && LiesInTheMachine(error)) {
     throw Failure(failure_number::kDeviceError, "Archive: " + OpenError(error));
   }

@@ -1,5 +1,8 @@
 #include "platform/linux/zip_writer.h"
 
+#include <cstdint>
+#include <span>
+
 #include "base/failure.h"
 #include "base/names.h"
 
@@ -15,6 +18,20 @@ constexpr int kStrongest = 9;
 /// An archive without members is its end record alone; the library would write no file at all.
 std::string EmptyArchive() {
   return std::string("PK\5\6") + std::string(18, '\0');
+}
+
+std::string ReadProduct(Files& files, const std::string& path) {
+  constexpr std::size_t kPortion = 256 * 1024;
+  std::string content;
+  for (std::size_t have = 0;; have += kPortion) {
+    content.resize(have + kPortion);
+    const auto count =
+        files.ReadBlock(path, static_cast<std::int64_t>(have), std::span(content).subspan(have));
+    if (count == kPortion) continue;
+    content.resize(have + count);
+    content.shrink_to_fit();
+    return content;
+  }
 }
 
 std::string ReadSource(zip_source_t* source) {
@@ -44,7 +61,7 @@ ZipWriter::ZipWriter(Files& files, std::string path)
 
 void ZipWriter::Add(const std::string& folder, const std::string& name) {
   const std::string path = JoinPath(folder, name);
-  const auto& content = contents_.emplace_back(files_.ReadAll(path));
+  const auto& content = contents_.emplace_back(ReadProduct(files_, path));
   const std::string bareName(FileNameOf(name));
   zip_t* const archive = archive_.get();
   zip_source_t* const source = zip_source_buffer(archive, content.data(), content.size(), 0);

@@ -13,8 +13,10 @@ using Kind = Trouble::Kind;
 
 class Scenario : public VirtualStation {
  public:
-  /// Begins seven seconds before a block is looked for.
-  Scenario() : VirtualStation(kNoon + 8s) {
+  /// Begins seven seconds before a block is looked for. What has `elsewhere` in its path lies on
+  /// another disk.
+  explicit Scenario(const std::string& elsewhere = "none")
+      : VirtualStation(kNoon + 8s), troubledFiles_(realFiles, machine.clock, elsewhere) {
     WriteFile(Path("FillFile.txt"), SampleText(20 * 1024, 99));
     for (const auto& [list, keyword] : kManyRules) Rule(list, keyword);
     Set(kManySettings);
@@ -60,7 +62,10 @@ class Scenario : public VirtualStation {
   /// Arrives, and must come out again, unless a later one of the same name does.
   void Product(milliseconds at, const std::string& name, const std::string& content) {
     delivery.Expect(content, name);
-    machine.clock.At(at, [=, this] { Drop(name, content); });
+    machine.clock.At(at, [=, this] {
+      Drop(name, content);
+      troubledFiles_.Flush(Path("KvData/RxFiles/" + name));
+    });
   }
   bool IsDone() {
     Hear();
@@ -82,14 +87,14 @@ class Scenario : public VirtualStation {
     machine.clock.Advance(1s);
   }
 
-  TroubledFiles troubledFiles_{realFiles, machine.clock};
+  TroubledFiles troubledFiles_;
   ZipArchives troubledArchives_{troubledFiles_};
 };
 
 /// One life after the other in one folder; the last one must set everything right.
-void LiveThrough(const std::vector<Trouble>& lives) {
-  Scenario scenario;
-  std::string story;
+void LiveThrough(const std::vector<Trouble>& lives, const std::string& elsewhere = "none") {
+  Scenario scenario(elsewhere);
+  auto story = elsewhere + " elsewhere; ";
   for (const auto& trouble : lives) {
     scenario.Live(trouble);
     story += fmt::format("{} at change {}; ", static_cast<int>(trouble.kind), trouble.at);
@@ -110,15 +115,29 @@ TEST(PowerFailure, AtAnyChangeOfTheFileSystemLosesNothingAndLeavesNothingBehind)
   }
 }
 
+TEST(PowerFailure, WithAFolderOnAnotherDiskLosesNothingEither) {
+  constexpr int kStride = 3;
+  for (const auto* elsewhere : {"/RxFiles/", "/RtPri", "/RtXmit/", "/RtSent/", "/.pending/"}) {
+    const int changes = Scenario(elsewhere).Live();
+    for (int at = 1; at <= changes; at += kStride) {
+      LiveThrough({{.kind = Kind::kPowerFailsAfter, .at = at, .losing = at % 2}, {}}, elsewhere);
+    }
+  }
+}
+
 TEST(PowerFailure, InTheMidstOfTheHandBackLosesNothingEither) {
-  const Trouble first = {.kind = Kind::kPowerFailsAfter, .at = Scenario().Live() / 2};
-  Scenario trial;
-  trial.Live(first);
-  trial.Live();
   constexpr int kSoonAfter = 40;
-  for (int at = 1; at <= trial.changesOfStart + kSoonAfter; ++at) {
-    const auto kind = at % 2 == 0 ? Kind::kPowerFailsAfter : Kind::kPowerFailsAmidst;
-    LiveThrough({first, {.kind = kind, .at = at}, {}});
+  for (const std::string elsewhere : {"none", "/RtPri"}) {
+    const Trouble first = {.kind = Kind::kPowerFailsAfter, .at = Scenario(elsewhere).Live() / 2};
+    Scenario trial(elsewhere);
+    trial.Live(first);
+    trial.Live();
+    for (int at = 1; at <= trial.changesOfStart + kSoonAfter; ++at) {
+      Trouble second = {.kind = Kind::kPowerFailsAmidst, .at = at};
+      if (at % 2 == 0) second.kind = Kind::kPowerFailsAfter;
+      if (elsewhere != "none") second.losing = at / 2 % 2;
+      LiveThrough({first, second, {}}, elsewhere);
+    }
   }
 }
 

@@ -1,13 +1,17 @@
 // A file system that meets trouble at one chosen change: the power fails there, or it and what
-// follows for a while is refused.
+// follows for a while is refused. A part of it may lie on a second disk: then no link and no rename
+// leads across, and one of the two may lose with the power what it was not asked to flush.
 #pragma once
 
+#include <filesystem>
 #include <fstream>
 #include <functional>
+#include <vector>
 
 #include "base/failure.h"
 #include "base/names.h"
 #include "platform/clock.h"
+#include "platform/linux/temporary_folder.h"
 #include "tests/support/faulty_files.h"
 
 namespace ostrel {
@@ -27,14 +31,18 @@ struct Trouble {
   milliseconds lasting{0};
   int copyCode = 0;
   std::int32_t failure = 0;
+  int losing = -1;  // the disk that loses what was not flushed when the power fails
 };
 
 class TroubledFiles : public FaultyFiles {
  public:
-  TroubledFiles(Files& real, const Clock& clock) : FaultyFiles(real), clock_(clock) {}
+  /// Paths with `second` in them are on disk 1, others on disk 0.
+  TroubledFiles(Files& real, const Clock& clock, std::string second)
+      : FaultyFiles(real), clock_(clock), second_(std::move(second)) {}
 
-  /// From here on, changes are counted anew.
+  /// From here on, changes are counted anew; all before them are on their disks.
   void Meet(const Trouble& trouble) {
+    for (auto& undo : undo_) undo.clear();
     trouble_ = trouble;
     changes_ = 0;
     refusedUntil_ = {};
@@ -42,34 +50,74 @@ class TroubledFiles : public FaultyFiles {
   /// How often the file system was changed.
   int changes() const { return changes_; }
 
-  int Copy(const std::string& s, const std::string& d) override {
+  int Copy(const std::string& s, const std::string& d, Links l) override {
     if (IsRefused()) return trouble_.copyCode;
     Amidst(d);
-    const int code = real_.Copy(s, d);
+    Remember(d);
+    const int code = real_.Copy(s, d, l);
     After();
     return code;
   }
   void WriteAll(const std::string& p, std::string_view c) override {
-    Change([&](Files& real) {
-      Amidst(p);
-      real.WriteAll(p, c);
-    });
+    Change(
+        [&](Files& real, const auto&) {
+          Amidst(p);
+          real.WriteAll(p, c);
+        },
+        p);
   }
   void SetLastWriteTime(const std::string& p, UtcTime t) override {
     Change(&Files::SetLastWriteTime, p, t);
   }
   void Delete(const std::string& p) override { Change(&Files::Delete, p); }
-  void Rename(const std::string& s, const std::string& d) override { Change(&Files::Rename, s, d); }
-  void Link(const std::string& e, const std::string& l) override { Change(&Files::Link, e, l); }
+  void Rename(const std::string& s, const std::string& d) override { Across(&Files::Rename, s, d); }
+  void Link(const std::string& e, const std::string& l) override { Across(&Files::Link, e, l); }
+  void Secure(const std::string& made, const std::string& source) override {
+    if (DiskOf(made) != DiskOf(source)) Flush(made);
+  }
   void CreateFolder(const std::string& p) override { Change(&Files::CreateFolder, p); }
   void RemoveTemporaries(const std::string& f) override { Change(&Files::RemoveTemporaries, f); }
   void Append(const std::string& p, std::string_view c) override { Change(&Files::Append, p, c); }
 
+  bool DeleteHeld(const std::string& p, FileHold& held) override {
+    bool isGone = false;
+    Change([&](Files&, const auto&) { isGone = held.Delete(); }, p);
+    return isGone;
+  }
+  void Flush(const std::string& path) { undo_[DiskOf(path)].clear(); }
+
  private:
   void Change(auto action, const auto&... arguments) {
     if (IsRefused()) throw Failure(trouble_.failure, "Refused");
+    (Remember(arguments), ...);
     std::invoke(action, real_, arguments...);
     After();
+  }
+  void Across(auto action, const std::string& from, const std::string& to) {
+    const auto move = [&](Files& real, const auto&...) {
+      if (DiskOf(from) != DiskOf(to)) throw Failure(18, "Another disk");
+      std::invoke(action, real, from, to);
+    };
+    Change(move, from, to);
+  }
+  std::size_t DiskOf(const std::string& path) const { return path.find(second_) != path.npos; }
+  void Remember(const auto&) {}
+  /// As it is now it comes back when its disk loses what follows.
+  void Remember(const std::string& path) {
+    namespace fs = std::filesystem;
+    if (fs::is_directory(path)) return;
+    auto& undo = undo_[DiskOf(path)];
+    if (!fs::exists(path)) return undo.push_back([=] { fs::remove(path); });
+    const auto kept = kept_ / std::to_string(++remembered_);
+    fs::create_hard_link(path, kept);
+    undo.push_back([=] { fs::rename(kept, path); });
+  }
+  [[noreturn]] void FailPower() {
+    if (trouble_.losing >= 0) {
+      auto& undo = undo_[trouble_.losing];
+      for (; !undo.empty(); undo.pop_back()) undo.back()();
+    }
+    throw PowerFailure{};
   }
   bool IsRefused() {
     const bool isStruck = ++changes_ == trouble_.at;
@@ -80,16 +128,19 @@ class TroubledFiles : public FaultyFiles {
   void Amidst(const std::string& path) {
     if (changes_ != trouble_.at || trouble_.kind != Trouble::Kind::kPowerFailsAmidst) return;
     std::ofstream(JoinPath(FolderOf(path), ".ostrel-0-1.part")) << "half of";
-    throw PowerFailure{};
+    FailPower();
   }
   void After() {
-    if (changes_ == trouble_.at && trouble_.kind == Trouble::Kind::kPowerFailsAfter)
-      throw PowerFailure{};
+    if (changes_ == trouble_.at && trouble_.kind == Trouble::Kind::kPowerFailsAfter) FailPower();
   }
 
   const Clock& clock_;
   Trouble trouble_;
   int changes_ = 0;
+  std::string second_;
+  TemporaryFolder kept_;
+  std::vector<std::function<void()>> undo_[2];
+  int remembered_ = 0;
   milliseconds refusedUntil_{0};
 };
 

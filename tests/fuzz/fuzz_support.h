@@ -49,7 +49,9 @@ class FilesInMemory : public FaultyFiles {
   void WriteAll(const std::string& path, std::string_view content) override {
     content_[path] = content;
   }
-  int Copy(const std::string&, const std::string&) override { return copy_code::kFileNotFound; }
+  int Copy(const std::string&, const std::string&, Links) override {
+    return copy_code::kFileNotFound;
+  }
 
  private:
   VirtualClock clock_{UtcTime{}};

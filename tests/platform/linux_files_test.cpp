@@ -1,15 +1,16 @@
 #include "platform/linux/linux_files.h"
 
+#include <array>
+#include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <set>
 #include <signal.h>
-#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include "platform/linux/held_alone.h"
 #include "platform/linux/system_error.h"
 #include "platform/linux/temporary_file.h"
 #include "platform/linux/temporary_folder.h"
@@ -39,38 +40,27 @@ class LinuxFilesTest : public testing::Test {
   LinuxFiles files_{clock_};
 };
 
-TEST_F(LinuxFilesTest, ListsRegularFilesAndLinksToThemAlone) {
-  EXPECT_EQ(files_.FirstFile(Path("none")), std::nullopt);
+TEST_F(LinuxFilesTest, ListsAndSendsRegularFilesAloneThroughNoLink) {
+  EXPECT_EQ(files_.FirstFile(Path("none"), {}), std::nullopt);
   files_.CreateFolder(Path("folder"));
   fs::create_symlink("folder", Path("to-folder"));
   fs::create_symlink("nowhere", Path("dangling"));
   mkfifo(Path("pipe").c_str(), 0600);
-  files_.WriteAll(Path(".hidden"), "");
-  EXPECT_EQ(files_.FirstFile(folder_.path()), std::nullopt);
+  files_.WriteAll(Path(".hidden"), "x");
   fs::create_symlink(".hidden", Path("to-file"));
-  EXPECT_EQ(files_.FirstFile(folder_.path()), "to-file");
-  EXPECT_EQ(files_.ListFiles(folder_.path()), std::vector<std::string>{"to-file"});
-}
-
-TEST_F(LinuxFilesTest, TellsAFileThatSomebodyHoldsOpen) {
-  files_.WriteAll(Path("product"), "x");
-  const auto test = [&] { return FailureOf([&] { files_.TestExclusive(Path("product")); }); };
-  Descriptor holder(open(Path("product").c_str(), O_RDONLY));
-  EXPECT_EQ(test(), 70);
-  holder.Reset();
-  EXPECT_EQ(test(), 0);
-}
-
-TEST_F(LinuxFilesTest, GoesByLocksAndTheLastWriteWhereThereAreNoLeases) {
-  // The system gives no lease on a folder, as it gives none on another owner's file.
-  const Descriptor file(open(folder_.path().c_str(), O_RDONLY));
-  const UtcTime written = files_.Status(folder_.path()).written;
-  EXPECT_FALSE(IsHeldAlone(file.Get(), written + 1999ms));
-  EXPECT_TRUE(IsHeldAlone(file.Get(), written + 2000ms));
-  EXPECT_TRUE(IsHeldAlone(file.Get(), written - 1h));  // a stamp of a clock gone wrong
-  const Descriptor other(open(folder_.path().c_str(), O_RDONLY));
-  flock(other.Get(), LOCK_SH);
-  EXPECT_FALSE(IsHeldAlone(file.Get(), written + 1h));
+  EXPECT_EQ(files_.FirstFile(folder_.path(), {}), std::nullopt);
+  EXPECT_EQ(files_.ListFiles(folder_.path()), std::vector<std::string>{});
+  const auto copy = [&](const char* name, Links links) {
+    return files_.Copy(Path(name), Path("copy"), links);
+  };
+  EXPECT_EQ(copy("pipe", Links::kRefused), copy_code::kAccessDenied);
+  EXPECT_EQ(copy("to-file", Links::kRefused), ELOOP);
+  std::array<char, 1> block;
+  EXPECT_EQ(FailureOf([&] { files_.ReadBlock(Path("to-file"), 0, block); }), ELOOP);
+  EXPECT_EQ(copy("to-file", Links::kFollowed), copy_code::kDone);
+  EXPECT_EQ(files_.FirstFile(folder_.path(), {}), "copy");
+  const auto isCopy = [](const std::string& name) { return name == "copy"; };
+  EXPECT_EQ(files_.FirstFile(folder_.path(), isCopy), std::nullopt);
 }
 
 TEST_F(LinuxFilesTest, CopiesWholeUnderTheStationsTime) {
@@ -78,7 +68,7 @@ TEST_F(LinuxFilesTest, CopiesWholeUnderTheStationsTime) {
   files_.WriteAll(Path("source"), content);
   files_.WriteAll(copy, "old");
   const Descriptor reader(open(copy.c_str(), O_RDONLY));
-  EXPECT_EQ(files_.Copy(Path("source"), copy), copy_code::kDone);
+  EXPECT_EQ(files_.Copy(Path("source"), copy, Links::kRefused), copy_code::kDone);
   EXPECT_EQ(files_.ReadAll(copy), content);
   EXPECT_EQ(files_.Status(copy).written, clock_.UtcNow());
   char old[4] = {};
@@ -86,10 +76,22 @@ TEST_F(LinuxFilesTest, CopiesWholeUnderTheStationsTime) {
   EXPECT_EQ(Entries().size(), 2u);
 }
 
+TEST_F(LinuxFilesTest, NeverPlacesACopyOfAFileThatChangedMeanwhile) {
+  struct BusyClock : VirtualClock {
+    using VirtualClock::VirtualClock;
+    void Sleep(milliseconds) override { std::ofstream(path, std::ios::app) << "more"; }
+    std::string path;
+  } clock{clock_.UtcNow()};
+  clock.path = Path("source");
+  files_.WriteAll(clock.path, "half");
+  EXPECT_EQ(LinuxFiles(clock).Copy(clock.path, Path("copy"), Links::kRefused), copy_code::kInUse);
+  EXPECT_EQ(Entries(), Names{"source"});
+}
+
 TEST_F(LinuxFilesTest, EndsLongWorkWhenTheProgramIsToEnd) {
   files_.WriteAll(Path("source"), std::string(200'001, 'x'));
   clock_.stopRequested = true;
-  EXPECT_THROW(files_.Copy(Path("source"), Path("copy")), StopRequested);
+  EXPECT_THROW(files_.Copy(Path("source"), Path("copy"), Links::kRefused), StopRequested);
   EXPECT_THROW(files_.WriteAll(Path("member"), "x"), StopRequested);
   EXPECT_EQ(Entries(), Names{"source"});
 }
@@ -103,7 +105,7 @@ TEST_F(LinuxFilesTest, WhatFindsNoRoomLeavesWhatWasThere) {
   getrlimit(RLIMIT_FSIZE, &room);
   const rlimit small = {64 * 1024, room.rlim_max};
   setrlimit(RLIMIT_FSIZE, &small);  // ends a write in the middle, as a full disk does
-  EXPECT_EQ(files_.Copy(Path("big"), Path("kept")), EFBIG);
+  EXPECT_EQ(files_.Copy(Path("big"), Path("kept"), Links::kRefused), EFBIG);
   EXPECT_EQ(FailureOf([&] { files_.WriteAll(Path("kept"), big); }), EFBIG);
   EXPECT_EQ(FailureOf([&] { files_.Append(Path("kept"), big); }), EFBIG);
   setrlimit(RLIMIT_FSIZE, &room);
@@ -119,9 +121,9 @@ TEST_F(LinuxFilesTest, FailsWithTheNumbersThatTheStationKnows) {
   EXPECT_EQ(FailureOf([&] { files_.Rename(Path("none"), Path("folder/x")); }), 53);
   EXPECT_EQ(FailureOf([&] { files_.Rename(Path("file"), Path("none/x")); }), 76);
   EXPECT_EQ(FailureOf([&] { files_.ReadAll(Path("folder")); }), 75);
-  EXPECT_EQ(files_.Copy(Path("none"), Path("folder/x")), copy_code::kFileNotFound);
-  EXPECT_EQ(files_.Copy(Path("file"), Path("none/x")), copy_code::kPathNotFound);
-  EXPECT_EQ(files_.Copy(Path("file"), Path("folder")), copy_code::kAccessDenied);
+  EXPECT_EQ(files_.Copy(Path("none"), Path("folder/x"), Links::kRefused), copy_code::kFileNotFound);
+  EXPECT_EQ(files_.Copy(Path("file"), Path("none/x"), Links::kRefused), copy_code::kPathNotFound);
+  EXPECT_EQ(files_.Copy(Path("file"), Path("folder"), Links::kRefused), copy_code::kAccessDenied);
   EXPECT_EQ(Entries(), (Names{"file", "folder"}));
 }
 

@@ -61,9 +61,11 @@ TEST(CompressFile, WaitsAsAnArchiveUnlessThatIsLarger) {
 TEST(CompressFile, ThatCannotBePlacedStaysWhereItIs) {
   CompressingStation station;
   fs::rename(station.Path("KvData/RtXmit"), station.Path("elsewhere"));
+  station.WriteFile(station.Path("KvData/RtXmit"), "no folder");
   station.Hold(3, "A.TXT", SampleText(3000));
-  EXPECT_EQ(station.Messages("CompressFile").at(0), "Create Zip Error 9");
+  EXPECT_EQ(station.Messages("CompressFile").at(0), "Create Zip Error 11");
   EXPECT_EQ(station.Queue(3), Lines{});
+  fs::remove(station.Path("KvData/RtXmit"));
   fs::rename(station.Path("elsewhere"), station.Path("KvData/RtXmit"));
   station.Run(kCyclePeriod);
   EXPECT_EQ(station.Queue(3), Lines{"A.ZIP"});

@@ -1,5 +1,7 @@
 // What becomes of a file in the ingest folder: by its name, by who holds it, by what fails.
 #include <algorithm>
+#include <fcntl.h>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <sstream>
@@ -8,6 +10,8 @@
 
 namespace ostrel {
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr const char* kIngest = "KvData/RxFiles";
 
@@ -112,10 +116,58 @@ TEST(IngestScan, AFileThatFindsNoRoomStaysAndOneThatCannotBeDeletedIsPlacedOnce)
   };
   station.Run(5 * kCyclePeriod);
   EXPECT_EQ(station.Names(kIngest), Lines{"AB.TXT"});
+  EXPECT_EQ(station.Messages("Ingest"),
+            Lines{"AB.TXT was taken, will not be taken again, and cannot "
+                  "be deleted: Held"});
   station.files.deleteFault = nullptr;
   station.Run(1s);
   EXPECT_EQ(station.Names("KvData/RtPri4"), Lines{"AB.TXT"});
   EXPECT_EQ(station.Names(kIngest), Lines{});
+}
+
+TEST(IngestScan, ANewVersionThatComesWhileTheOldOneIsTakenIsTakenToo) {
+  for (const bool inPlace : {true, false}) {
+    VirtualStation station;
+    station.Rule(3, "AB*");
+    station.Start();
+    const auto path = station.Path(kIngest) + "/AB.TXT";
+    station.files.copyFault = [&](const std::string& source, const std::string& destination) {
+      if (source != path) return RefuseQueueing(source, destination);
+      if (!inPlace) station.realFiles.WriteAll(path, "second");
+      EXPECT_TRUE(!inPlace || open(path.c_str(), O_WRONLY | O_NONBLOCK) < 0) << "he must wait";
+      return 0;
+    };
+    station.Drop("AB.TXT", "first");
+    station.Run(kCyclePeriod);
+    EXPECT_EQ(station.Names(kIngest), Lines{"AB.TXT"});
+    station.files.copyFault = RefuseQueueing;
+    if (inPlace) std::ofstream(path) << "second";
+    station.Run(1s);
+    EXPECT_EQ(station.Names("KvData/RtPri4"), (Lines{"AB.TXT", "AB.TXT.1"}));
+    EXPECT_EQ(station.ReadFile(station.Path("KvData/RtPri4/AB.TXT")), inPlace ? "first" : "second");
+    EXPECT_EQ(station.ReadFile(station.Path("KvData/RtPri4/AB.TXT.1")), "second");
+    EXPECT_EQ(station.Names(kIngest), Lines{});
+  }
+}
+
+TEST(IngestScan, NamesThatNoFolderHoldsAreCutOrLeftOut) {
+  VirtualStation station;
+  const auto longest = std::string(251, 'A') + ".TXT";
+  station.Rule(3, "AA*");
+  station.Rule(12, "AA* | C=3");
+  station.files.copyFault = RefuseQueueing;
+  station.Start();
+  fs::remove(station.Path("KvData/RtPri4"));
+  for (int i = 0; i < 2; ++i) {
+    station.Drop(longest, "text");
+    station.Run(1s);
+  }
+  const auto cut = longest.substr(0, 253) + ".1";
+  EXPECT_EQ(station.Names("KvData/RtPri4"), (Lines{cut, longest}));
+  const auto noCopies = "Copies left out, no name is so long: " + longest + ".1";
+  const Lines told = {noCopies, noCopies, noCopies, longest + " is taken, cut to " + cut};
+  EXPECT_EQ(station.Messages("Ingest"), told);
+  EXPECT_EQ(station.LogOf("Folders").size(), 1U);
 }
 
 }  // namespace

@@ -18,17 +18,22 @@ class FaultyFiles : public Files {
 
   explicit FaultyFiles(Files& real) : real_(real) {}
 
-  std::optional<std::string> FirstFile(const std::string& f) override { return real_.FirstFile(f); }
+  std::optional<std::string> FirstFile(const std::string& f, const NameTest& t) override {
+    return real_.FirstFile(f, t);
+  }
   std::vector<std::string> ListFiles(const std::string& f) override { return real_.ListFiles(f); }
   bool Exists(const std::string& p) override { return real_.Exists(p); }
   std::string ActualPath(const std::string& p) override { return real_.ActualPath(p); }
   FileStatus Status(const std::string& p) override { return Past(statusFault, p).Status(p); }
   void SetLastWriteTime(const std::string& p, UtcTime t) override { real_.SetLastWriteTime(p, t); }
-  void TestExclusive(const std::string& p) override { Past(lockFault, p).TestExclusive(p); }
-  int Copy(const std::string& s, const std::string& d) override {
-    const int code = copyFault ? copyFault(s, d) : copy_code::kDone;
-    return code != copy_code::kDone ? code : real_.Copy(s, d);
+  std::unique_ptr<FileHold> HoldAlone(const std::string& p) override {
+    return std::make_unique<Hold>(*this, p, Past(lockFault, p).HoldAlone(p));
   }
+  int Copy(const std::string& s, const std::string& d, Links l) override {
+    const int code = copyFault ? copyFault(s, d) : copy_code::kDone;
+    return code != copy_code::kDone ? code : real_.Copy(s, d, l);
+  }
+  void Secure(const std::string& m, const std::string& s) override { real_.Secure(m, s); }
   void Delete(const std::string& p) override { Past(deleteFault, p).Delete(p); }
   void Rename(const std::string& s, const std::string& d) override { real_.Rename(s, d); }
   void Link(const std::string& e, const std::string& l) override { real_.Link(e, l); }
@@ -46,6 +51,19 @@ class FaultyFiles : public Files {
   }
 
  protected:
+  struct Hold : FileHold {
+    Hold(FaultyFiles& f, std::string p, std::unique_ptr<FileHold> r)
+        : files(f), path(std::move(p)), real(std::move(r)) {}
+    bool Delete() override { return files.DeleteHeld(path, *real); }
+    FaultyFiles& files;
+    std::string path;
+    std::unique_ptr<FileHold> real;
+  };
+  virtual bool DeleteHeld(const std::string& path, FileHold& held) {
+    Past(deleteFault, path);
+    return held.Delete();
+  }
+
   Files& Past(const Fault& fault, const std::string& path) {
     if (fault) fault(path);
     return real_;

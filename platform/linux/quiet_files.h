@@ -1,0 +1,34 @@
+// Where the system cannot tell who has a file open: files that have stood as they are for a while.
+// The times of the files themselves would not do, for a server's clock may run ahead of the
+// station's or behind it.
+#pragma once
+
+#include <map>
+#include <string>
+#include <sys/stat.h>
+#include <utility>
+
+#include "base/time.h"
+
+namespace ostrel {
+
+class QuietFiles {
+ public:
+  /// True when the file at `path`, which stands as `status` tells, has been seen with this size and
+  /// last-write time two seconds or more before `now`, which is monotonic. Looks at the files
+  /// around it too when it is new, so that not each of many waits its two seconds after the other.
+  bool IsQuiet(const std::string& path, const struct stat& status, milliseconds now);
+
+ private:
+  using Key = std::pair<dev_t, ino_t>;
+  struct Look {
+    struct stat status;
+    milliseconds since;
+  };
+
+  void LookAround(const std::string& folder, milliseconds now);
+
+  std::map<Key, Look> looks_;
+};
+
+}  // namespace ostrel
