@@ -1,6 +1,7 @@
 #include "intake/queue_intake.h"
 
 #include <algorithm>
+#include <array>
 #include <fmt/format.h>
 
 #include "base/names.h"
@@ -45,17 +46,31 @@ void QueueIntake::CheckForNewPriFiles() {
 }
 
 void QueueIntake::TakeOne(Priority p) {
-  const auto folder = parts_.values.HoldingFolder(p.number());
-  std::optional<std::string> file;
-  RunRetried("", [&] { file = parts_.files.FirstFile(folder, {}); });
+  const auto file = NextFile(p);
   if (!file) return;
-  if (IsChecked(parts_.setup.chkOverWrite[p])) TryStep([&] { file = OldestOfProduct(p, *file); });
-
-  const auto source = JoinPath(folder, *file);
+  const auto source = JoinPath(parts_.values.HoldingFolder(p.number()), *file);
   bool isDone = false;
   RunRetried(*file, [&] { isDone = placed_.Contains(source) || IsSuperseded(p, *file); });
-  if (!isDone && !Queue(p, source)) return;  // it stays in its holding folder for the next call
-  if (RunRetried(*file, [&] { placed_.Delete(source); })) parts_.pending.Taken(p, *file);
+  if (!isDone && !Queue(p, source)) {
+    // It stays for the next call: a full disk passes. Its own trouble must not hold up the others.
+    if (!CanBeRead(source)) steppedOver_.StepOver(source);
+  } else if (RunRetried(*file, [&] { placed_.Delete(source); })) {
+    parts_.pending.Taken(p, *file);
+  } else {
+    steppedOver_.StepOver(source);
+  }
+}
+
+std::optional<std::string> QueueIntake::NextFile(Priority p) {
+  const auto folder = parts_.values.HoldingFolder(p.number());
+  std::optional<std::string> file;
+  RunRetried("", [&] {
+    file = parts_.files.FirstFile(
+        folder, [&](const std::string& name) { return steppedOver_.IsPassedOver(folder, name); });
+  });
+  if (file && IsChecked(parts_.setup.chkOverWrite[p]))
+    TryStep([&] { file = OldestOfProduct(p, *file); });
+  return file;
 }
 
 bool QueueIntake::Queue(Priority p, const std::string& source) {
@@ -81,10 +96,21 @@ std::string QueueIntake::OldestOfProduct(Priority p, const std::string& file) co
   };
   auto oldest = std::pair(age(file), file);
   for (const auto& other : parts_.files.ListFiles(folder)) {
-    if (ToUpper(StripExtension(other)) == product)
+    if (ToUpper(StripExtension(other)) == product && !steppedOver_.IsPassedOver(folder, other))
       oldest = std::min(oldest, std::pair(age(other), other));
   }
   return oldest.second;
+}
+
+bool QueueIntake::CanBeRead(const std::string& path) const {
+  return TryStep([&] {
+    std::array<char, 64 * 1024> part;
+    std::int64_t offset = 0;
+    for (std::size_t count = part.size(); count == part.size();
+         offset += static_cast<std::int64_t>(count)) {
+      count = parts_.files.ReadBlock(path, offset, part);
+    }
+  });
 }
 
 /// A file that came back can do so behind a newer one.

@@ -9,6 +9,7 @@
 #include "intake/compression.h"
 #include "intake/pending_files.h"
 #include "intake/placed_files.h"
+#include "intake/stepped_over_files.h"
 
 namespace ostrel {
 
@@ -24,9 +25,11 @@ class QueueIntake {
     const Setup& setup;
     const ProgramValues& values;
   };
-  explicit QueueIntake(const Parts& parts) : parts_(parts), placed_(parts.files) {}
+  explicit QueueIntake(const Parts& parts)
+      : parts_(parts), placed_(parts.files), steppedOver_(parts.files, parts.clock) {}
 
-  /// One file from each holding folder that has one, priority 1 first.
+  /// One file from each holding folder that has one, priority 1 first. A file that cannot be read,
+  /// or not be deleted once it is queued, is passed over for a while after its report.
   void CheckForNewPriFiles();
 
   /// The operator's Delete key: removes the selected entries of a queue and their files. The entry
@@ -35,8 +38,10 @@ class QueueIntake {
 
  private:
   void TakeOne(Priority p);
+  std::optional<std::string> NextFile(Priority p);
   bool Queue(Priority p, const std::string& source);
   std::string OldestOfProduct(Priority p, const std::string& file) const;
+  bool CanBeRead(const std::string& path) const;
   bool IsSuperseded(Priority p, const std::string& file) const;
   std::optional<std::size_t> PositionToReplace(Priority p, const std::string& name) const;
   void DiscardReplaced(Priority p, std::size_t position, const std::string& name);
@@ -50,6 +55,7 @@ class QueueIntake {
 
   Parts parts_;
   PlacedFiles placed_;
+  SteppedOverFiles steppedOver_;
   int retries_ = 0;
 };
 

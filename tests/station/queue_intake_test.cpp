@@ -1,4 +1,5 @@
 // From the holding folders into the queues: what replaces what, what is tried again, what stays.
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include "tests/support/virtual_station.h"
@@ -77,10 +78,37 @@ TEST(QueueIntake, TwentyRetriesServeAllPrioritiesOfACall) {
 
   station.Run(3s);
   isHeld = false;
-  station.Run(kCyclePeriod);
+  station.Run(10s);
   for (int p = 2; p <= 4; ++p) {
     EXPECT_EQ(station.Queue(p).size(), 1U) << "none was taken twice";
     EXPECT_EQ(station.Names(fmt::format("KvData/RtPri{}", p)), Lines{});
+  }
+}
+
+TEST(QueueIntake, AFileThatCannotBeTakenHoldsUpNoOther) {
+  enum class Trouble { kReading, kDeleting };
+  for (const auto trouble : {Trouble::kReading, Trouble::kDeleting}) {
+    VirtualStation station;
+    station.StartBusy();
+    const auto bad = station.Path("KvData/RtPri3/BAD.TXT");
+    const FaultyFiles::Fault fault = [&](const std::string& path) {
+      if (path == bad) throw Failure(failure_number::kDeviceError, "Broken");
+    };
+    (trouble == Trouble::kReading ? station.files.readFault : station.files.deleteFault) = fault;
+    station.files.copyFault = [&](const std::string& source, const std::string&) {
+      return trouble == Trouble::kReading && source == bad ? copy_code::kDeviceError : 0;
+    };
+    station.Hold(3, "BAD.TXT", "bad");
+    for (const auto* name : {"A.TXT", "B.TXT"}) station.Hold(3, name, "good");
+    station.Run(69s);  // tried after 10, 30 and 70 seconds
+    EXPECT_EQ(station.LogOf("CheckForNewPriFiles").size(), 3U);
+    station.files.readFault = station.files.deleteFault = nullptr;
+    station.files.copyFault = nullptr;
+    station.Run(2s);
+    auto queue = station.Queue(3);
+    std::sort(queue.begin(), queue.end());
+    EXPECT_EQ(queue, (Lines{"A.TXT", "B.TXT", "BAD.TXT"}));
+    EXPECT_EQ(station.Names("KvData/RtPri3"), Lines{});
   }
 }
 
