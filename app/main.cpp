@@ -60,7 +60,7 @@ struct Machine {
   QtEventLoop events{stop};
   QtTimer cycleTimer;
   QtTimer purgeTimer;
-  LinuxSerialPort port{clock, JoinPath(folder, "ports")};
+  LinuxSerialPort port{clock, JoinPath(folder, "ports"), &stop};
   UdpChannel datagrams;
   LinuxFiles files{clock};
   ZipArchives archives{files};

@@ -110,7 +110,7 @@ void Lifecycle::StartPurge() {
 void Lifecycle::ShutDown() {
   auto& platform = parts_.platform;
   platform.events.BeginShutdown();
-  parts_.engine.portReady = false;
+  parts_.engine.port = PortState::kClosed;
   const std::function<void()> steps[] = {
       [&] { platform.cycleTimer.Stop(); },
       [&] { platform.port.SetKeyLine1(false); },

@@ -13,30 +13,49 @@ constexpr const char* kProcedure = "Timer";
 constexpr int kTypeOfService = 68;
 constexpr int kLastSequence = 60;
 
+/// What both windows say of a port that is not on the air, or only one that it is.
+std::string PortText(PortState state, const Setup& setup) {
+  const auto& number = setup.lblOutPort.Get();
+  switch (state) {
+    case PortState::kClosed:
+      return "No Com Port Open";
+    case PortState::kOpen:
+      return fmt::format("Com Port # {} opened for transmit.", number);
+    case PortState::kFailed:
+      return fmt::format("Unable to open Com Port # {}.", number);
+    case PortState::kVanished:
+      return fmt::format("Com Port # {} has vanished.", number);
+  }
+  return {};
+}
+
 }  // namespace
 
+std::string DataRateText(PortState state, const Setup& setup) {
+  if (state != PortState::kOpen) return PortText(state, setup);
+  return fmt::format("Transmitting {} BPS", setup.lblOutBaud.Get());
+}
+
 OutputChannels::OutputChannels(const Parts& parts) : parts_(parts) {
-  parts_.port.OnPresence([this](bool present) { LogPresence(present); });
+  parts_.port.OnNews([this](const PortNews& news) { Hear(news); });
 }
 
 void OutputChannels::OpenComPort() {
-  parts_.engine.portReady = false;
+  SetPort(PortState::kClosed);
   parts_.cycleTimer.Stop();
   const auto& setup = parts_.setup;
   for (const auto* field : {&setup.lblOutPort, &setup.lblOutBaud, &setup.lblOutData,
                             &setup.lblOutParity, &setup.lblOutStop}) {
     if (field->Get().empty()) return;
   }
-  if (!TryStep([this] { OpenAndKey(); })) {
+  try {
+    OpenAndKey();
+  } catch (const std::exception& error) {
     parts_.port.Close();  // an opening that failed half-way must not leave the transmitter keyed
-    const auto message = fmt::format("Unable to open Com Port # {}.", setup.lblOutPort.Get());
-    parts_.mainWindow.lblDataRate.Set(message);
-    parts_.setup.lblCommMesg.Set(message);
-    return;
+    ShowPort(PortState::kFailed);
+    return LogPort("could not be opened: " + AsFailure(error).text());
   }
-  parts_.setup.lblCommMesg.Set(
-      fmt::format("Com Port # {} opened for transmit.", setup.lblOutPort.Get()));
-  parts_.engine.portReady = true;
+  ShowPort(isPresent_ ? PortState::kOpen : PortState::kVanished);
   parts_.cycleTimer.Start(kCyclePeriod);
 }
 
@@ -49,9 +68,12 @@ void OutputChannels::OpenAndKey() {
   parts_.port.SetKeyLine2(false);
   parts_.port.SetKeyLine1(false);
   parts_.port.Open(number, PortSettings());
+  isPresent_ = true;
   parts_.port.SetKeyLine2(true);
   parts_.port.SetKeyLine1(true);
-  parts_.clock.Sleep(LeadingMilliseconds(parts_.setup.txtTxDelay.Get()));
+  const auto keyUpDelay = LeadingMilliseconds(parts_.setup.txtTxDelay.Get());
+  parts_.port.Announce(keyUpDelay);
+  parts_.clock.Sleep(keyUpDelay);
 }
 
 std::string OutputChannels::PortSettings() const {
@@ -89,11 +111,43 @@ void OutputChannels::ClosePacketHost() {
   parts_.datagrams.Deactivate();
 }
 
-void OutputChannels::LogPresence(bool present) {
-  parts_.reporting.WriteLog(
-      "Port",
-      fmt::format("Com Port # {} {}", parts_.setup.lblOutPort.Get(),
-                  present ? "is back." : "has vanished. Transmitting waits for its return."));
+/// The red ground stands for whatever keeps the station off the air.
+void OutputChannels::SetPort(PortState state) {
+  parts_.engine.port = state;
+  parts_.mainWindow.lblDataRateBackColor.Set(state == PortState::kOpen ? Shade::kNone
+                                                                       : Shade::kRed);
+}
+
+void OutputChannels::ShowPort(PortState state) {
+  SetPort(state);
+  parts_.setup.lblCommMesg.Set(PortText(state, parts_.setup));
+  parts_.mainWindow.lblDataRate.Set(DataRateText(state, parts_.setup));
+}
+
+void OutputChannels::Hear(const PortNews& news) {
+  const auto note = [this](bool present) {
+    isPresent_ = present;
+    if (parts_.engine.portReady()) ShowPort(present ? PortState::kOpen : PortState::kVanished);
+  };
+  switch (news.event) {
+    case PortEvent::kVanished:
+      note(false);
+      return LogPort("has vanished. Transmitting waits for its return.");
+    case PortEvent::kReturned:
+      note(true);
+      return LogPort("is back.");
+    case PortEvent::kReleased:
+      return LogPort(
+          fmt::format("was released: the program had not answered for {} s. It is keyed again.",
+                      std::chrono::round<seconds>(news.silence).count()));
+    case PortEvent::kUnguarded:
+      return LogPort("had lost its keying guard. Another one watches it.");
+  }
+}
+
+void OutputChannels::LogPort(const std::string& what) {
+  parts_.reporting.WriteLog("Port",
+                            fmt::format("Com Port # {} {}", parts_.setup.lblOutPort.Get(), what));
 }
 
 }  // namespace ostrel

@@ -15,6 +15,9 @@
 
 namespace ostrel {
 
+/// What lblDataRate says of a port in this state.
+std::string DataRateText(PortState state, const Setup& setup);
+
 class OutputChannels {
  public:
   struct Parts {
@@ -32,7 +35,7 @@ class OutputChannels {
 
   /// Opens, or reopens, the port with the values in the port fields, keys the transmitter, serves
   /// the key-up delay and starts the cycle. With an empty field nothing is opened and the cycle
-  /// stays stopped; a failed opening says so in both windows.
+  /// stays stopped; a failed opening says so in both windows, and why in the log.
   void OpenComPort();
 
   /// Hands PendingPacket to the port and, when the packet host is on, to the UDP channel; empties
@@ -48,9 +51,13 @@ class OutputChannels {
   void OpenAndKey();
   std::string PortSettings() const;
   void SendDatagram();
-  void LogPresence(bool present);
+  void SetPort(PortState state);
+  void ShowPort(PortState state);
+  void Hear(const PortNews& news);
+  void LogPort(const std::string& what);
 
   Parts parts_;
+  bool isPresent_ = true;  // the open port's device
 };
 
 }  // namespace ostrel

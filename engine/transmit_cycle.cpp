@@ -39,12 +39,15 @@ void TransmitCycle::RunTick() {
   const auto now = Calendar(parts_.clock.Now());
   const int s = NewSecond(now);
   if (parts_.engine.timingReadout) ShowTimingReadout(s, now.second);
-  if (!parts_.engine.portReady) return parts_.mainWindow.lblDataRate.Set("No Com Port Open");
+  parts_.port.Announce(kCyclePeriod);
+  if (!IsReady()) {
+    return parts_.mainWindow.lblDataRate.Set(DataRateText(PortState::kClosed, parts_.setup));
+  }
   if (parts_.values.ingestPath.empty()) return;
 
   Step([&] { steps_.identify(s); });
   RunDutyCycle();
-  if (!parts_.engine.portReady) return;  // the operator took the port away during the pause
+  if (!IsReady()) return;  // the operator took the port away during a wait
   if (s == 0) {
     Step(steps_.processSchedule);
     parts_.mainWindow.lblFilesSent.Set(fmt::format("{}", parts_.engine.FilesSentInAll()));
@@ -96,8 +99,11 @@ void TransmitCycle::Pause() {
   BeginTxStart();
   WaitForPauseEnd();
   BeginTxStart();
+  if (!IsReady()) return;
   Step([this] { parts_.port.SetKeyLine1(true); });
-  parts_.clock.Sleep(LeadingMilliseconds(parts_.setup.txtTxDelay.Get()));
+  const auto keyUpDelay = LeadingMilliseconds(parts_.setup.txtTxDelay.Get());
+  parts_.port.Announce(keyUpDelay);
+  parts_.clock.Sleep(keyUpDelay);
 }
 
 void TransmitCycle::WaitForDrain() {
@@ -108,11 +114,12 @@ void TransmitCycle::WaitForDrain() {
 }
 
 void TransmitCycle::WaitForPauseEnd() {
-  for (;;) {
+  while (IsReady()) {
     FollowClockStep();
     const auto crossed = SecondBoundaries(parts_.engine.TxStart, parts_.clock.Now());
     if (static_cast<double>(crossed) > LeadingNumber(parts_.setup.totup.Get())) return;
     parts_.events.ProcessPendingEvents();
+    parts_.port.Announce(kPauseWait);
     parts_.clock.Sleep(kPauseWait);
   }
 }
@@ -128,7 +135,7 @@ void TransmitCycle::FollowClockStep() {
 }
 
 void TransmitCycle::ToggleActivityLight() {
-  if (parts_.port.BytesWaiting() == 0) return;
+  if (parts_.port.BytesWaiting() == 0 || parts_.engine.port == PortState::kVanished) return;
   auto& light = parts_.mainWindow.imgActivity;
   light.Set(light.Get() == Light::kRed ? Light::kYellow : Light::kRed);
 }
@@ -136,13 +143,13 @@ void TransmitCycle::ToggleActivityLight() {
 void TransmitCycle::ShowRates() {
   const double ratio = parts_.engine.compression.ratio;
   if (ratio <= 0) return;
-  const auto& rate = parts_.setup.lblOutBaud.Get();
   auto& window = parts_.mainWindow;
   window.lblCompressionRatio.Set(
       fmt::format("Compression Ratio = {}:1", FormatRounded(ratio, kRatioDecimals)));
-  window.lblDataRate.Set(fmt::format("Transmitting {} BPS", rate));
+  window.lblDataRate.Set(DataRateText(parts_.engine.port, parts_.setup));
+  const double rate = LeadingNumber(parts_.setup.lblOutBaud.Get());
   window.lblThroughput.Set(
-      fmt::format("Throughput = {} BPS", static_cast<long long>(ratio * LeadingNumber(rate))));
+      fmt::format("Throughput = {} BPS", static_cast<long long>(ratio * rate)));
 }
 
 void TransmitCycle::CheckBlockCompression() {

@@ -45,6 +45,7 @@ class TransmitCycle {
 
  private:
   void RunTick();
+  bool IsReady() const { return parts_.engine.portReady(); }
   int NewSecond(const CalendarTime& now);
   void ShowTimingReadout(int newSecond, int second);
   void RunDutyCycle();

@@ -5,7 +5,25 @@
 #include <functional>
 #include <string_view>
 
+#include "base/time.h"
+
 namespace ostrel {
+
+/// What happens to an open port of its own accord.
+enum class PortEvent {
+  kVanished,   // the device is gone
+  kReturned,   // it is back, its settings and lines restored
+  kReleased,   // nobody called for too long: the lines were dropped, and are up again
+  kUnguarded,  // what would have dropped them had ended; another guard has taken its place
+};
+
+struct PortNews {
+  PortEvent event;
+  milliseconds silence{0};  // of a release: how long nobody called
+};
+
+/// How long the lines stay up without a call, beyond what was announced and what is on the wire.
+inline constexpr milliseconds kGuardPatience{3000};
 
 class SerialPort {
  public:
@@ -37,9 +55,14 @@ class SerialPort {
   virtual bool KeyLine1() const = 0;
   virtual bool KeyLine2() const = 0;
 
-  /// Called with false when the open device vanishes and with true when it is back, its settings
-  /// and lines restored.
-  virtual void OnPresence(std::function<void(bool present)> call) = 0;
+  /// Tells that the next call may be `silence` in coming. Every call shows that the station lives;
+  /// when none comes for longer than announced before, than the bytes that wait need on the line,
+  /// and than kGuardPatience, both lines are dropped, whatever the calling thread hangs in. The
+  /// next call raises them again, and the bytes wait until the transmitter is up.
+  virtual void Announce(milliseconds silence) = 0;
+
+  /// `call` gets what happens of its own accord, from inside any of the calls above.
+  virtual void OnNews(std::function<void(const PortNews&)> call) = 0;
 };
 
 }  // namespace ostrel

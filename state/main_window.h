@@ -11,8 +11,8 @@
 
 namespace ostrel {
 
-/// Background of the field that names the file being sent.
-enum class Shade { kLightGrey, kYellow, kRed };
+/// Background of a field; kNone is the window's own.
+enum class Shade { kNone, kLightGrey, kYellow, kRed };
 
 /// The activity light: dark until data first flows.
 enum class Light { kNone, kRed, kYellow };
@@ -26,6 +26,7 @@ struct MainWindow {
   Field<Light> imgActivity{Light::kNone};
   Field<std::string> lblFilesSent;
   Field<std::string> lblDataRate;
+  Field<Shade> lblDataRateBackColor{Shade::kNone};
   Field<std::string> lblCompressionRatio;
   Field<std::string> lblThroughput;
   PerPriority<Field<std::string>> lblSending;

@@ -37,9 +37,21 @@ QColor ColorOf(Shade shade) {
     case Shade::kRed:
       return kRed;
     case Shade::kLightGrey:
+    case Shade::kNone:
       break;
   }
   return kLightGrey;
+}
+
+/// The label's ground follows `shade`.
+void Paint(QLabel* label, Field<Shade>& shade) {
+  const auto paint = [label](Shade value) {
+    if (value != Shade::kNone) return SetBackground(label, ColorOf(value));
+    label->setAutoFillBackground(false);
+    label->setPalette({});
+  };
+  paint(shade.Get());
+  KeepWith(label, shade.OnChange(paint));
 }
 
 }  // namespace
@@ -87,11 +99,13 @@ QLabel* MainWindow::AddFigure(const char* name, const QRect& place, Field<std::s
   return label;
 }
 
-void MainWindow::AddBoxedFigure(const char* name, const QRect& place, Field<std::string>& field) {
+QLabel* MainWindow::AddBoxedFigure(const char* name, const QRect& place,
+                                   Field<std::string>& field) {
   auto* const label = AddLabel<ElidedLabel>(name, place);
   Bind(label, name, field);
   SetBoxed(label);
   label->setAlignment(Qt::AlignCenter);
+  return label;
 }
 
 void MainWindow::BuildMenus() {
@@ -142,9 +156,7 @@ void MainWindow::BuildSending() {
   AddCaption("lblSend", FromTwips(120, 105, 720, kTextHeight), "Sending:");
   auto* const file =
       AddFigure("lblActivefile", FromTwips(840, 105, 1320, kTextHeight), state_.lblActivefile);
-  const auto paint = [file](Shade shade) { SetBackground(file, ColorOf(shade)); };
-  paint(state_.lblActivefileBackColor.Get());
-  KeepWith(file, state_.lblActivefileBackColor.OnChange(paint));
+  Paint(file, state_.lblActivefileBackColor);
 
   AddCaption("lblBlock", FromTwips(2160, 105, 435, kTextHeight), "Block");
   AddFigure("lblBlkPktNum", FromTwips(2595, 105, 360, kTextHeight), state_.lblBlkPktNum)
@@ -179,7 +191,8 @@ void MainWindow::BuildLight() {
 }
 
 void MainWindow::BuildFigures() {
-  AddBoxedFigure("lblDataRate", FromTwips(60, 345, 2535, kBoxHeight), state_.lblDataRate);
+  Paint(AddBoxedFigure("lblDataRate", FromTwips(60, 345, 2535, kBoxHeight), state_.lblDataRate),
+        state_.lblDataRateBackColor);
   AddBoxedFigure("lblCompressionRatio", FromTwips(2610, 345, 2520, kBoxHeight),
                  state_.lblCompressionRatio);
   AddBoxedFigure("lblThroughput", FromTwips(5145, 345, 2550, kBoxHeight), state_.lblThroughput);

@@ -28,7 +28,7 @@ class MainWindow : public QMainWindow {
   Label* AddLabel(const char* name, const QRect& place);
   void AddCaption(const char* name, const QRect& place, const char* text);
   QLabel* AddFigure(const char* name, const QRect& place, Field<std::string>& field);
-  void AddBoxedFigure(const char* name, const QRect& place, Field<std::string>& field);
+  QLabel* AddBoxedFigure(const char* name, const QRect& place, Field<std::string>& field);
 
   void BuildMenus();
   void BuildFrames();

@@ -11,13 +11,18 @@ namespace {
 
 constexpr std::size_t kOutputBuffer = 10000;
 constexpr seconds kLookInterval{2};
-/// The transmitter fell with its device, and needs its time to come up again.
+constexpr seconds kCheckInterval{1};
+/// A transmitter that fell needs its time to come up again.
 constexpr seconds kKeyUp{1};
 
 }  // namespace
 
-LinuxSerialPort::LinuxSerialPort(const Clock& clock, std::string portsFolder)
-    : clock_(clock), portsFolder_(std::move(portsFolder)), onPresence_([](bool) {}) {}
+LinuxSerialPort::LinuxSerialPort(const Clock& clock, std::string portsFolder,
+                                 const StopSignal* stop)
+    : clock_(clock),
+      portsFolder_(std::move(portsFolder)),
+      stop_(stop),
+      onNews_([](const PortNews&) {}) {}
 
 LinuxSerialPort::~LinuxSerialPort() {
   Close();
@@ -27,8 +32,13 @@ void LinuxSerialPort::Open(int number, std::string_view settings) {
   Close();
   line_ = LineTime(ParseLineSettings(settings));
   path_ = JoinPath(portsFolder_, fmt::format("COM{}", number));
-  device_.emplace(path_, line_.settings());
+  OpenDevice();
   open_ = true;
+}
+
+void LinuxSerialPort::OpenDevice() {
+  device_.emplace(path_, line_.settings(), stop_ != nullptr ? stop_->Descriptor() : -1);
+  Beat();
 }
 
 void LinuxSerialPort::Close() {
@@ -41,6 +51,7 @@ void LinuxSerialPort::Close() {
 
 std::size_t LinuxSerialPort::BytesWaiting() {
   if (!open_) return 0;
+  Beat();
   if (!device_) LookForDevice();
   const std::size_t inDriver = Pump();
   if (!device_ || IsSettling()) return kOutputBuffer;
@@ -51,14 +62,16 @@ std::size_t LinuxSerialPort::BytesWaiting() {
 
 void LinuxSerialPort::Write(std::string_view bytes) {
   if (!open_) throw Failure(failure_number::kDeviceError, "Device I/O error: the port is closed");
+  Beat();
   Pump();
   if (held_.size() + bytes.size() > kOutputBuffer) {
     throw Failure(failure_number::kDeviceError, "Device I/O error: the output buffer is full");
   }
   held_ += bytes;
   onItsWay_.emplace_back(bytes);
-  line_.Add(bytes.size(), clock_.Monotonic());
+  line_.Add(bytes.size(), std::max(clock_.Monotonic(), settledAt_));
   Pump();
+  Beat();
 }
 
 void LinuxSerialPort::SetKeyLine1(bool on) {
@@ -71,12 +84,65 @@ void LinuxSerialPort::SetKeyLine2(bool on) {
   SetLine(KeyingLine::kDataTerminalReady, on);
 }
 
-void LinuxSerialPort::OnPresence(std::function<void(bool present)> call) {
-  onPresence_ = std::move(call);
+void LinuxSerialPort::OnNews(std::function<void(const PortNews&)> call) {
+  onNews_ = std::move(call);
 }
 
 void LinuxSerialPort::SetLine(KeyingLine line, bool on) {
+  Beat();
   if (device_ && !device_->SetLine(line, on)) Vanish();
+}
+
+/// The station lives, and may be silent for `silence` now. What the line still has to send is not
+/// cut, however long the station is busy.
+void LinuxSerialPort::Beat(milliseconds silence) {
+  if (!device_) return;
+  const auto now = clock_.Monotonic();
+  const auto sending = std::chrono::ceil<milliseconds>(line_.IdleAt() - now);
+  device_->guard().Beat(silence + kGuardPatience + std::max(sending, milliseconds(0)));
+  const auto silent = now - std::exchange(lastBeat_, now);
+  if (device_->guard().TakeDropped()) TakeUpAgain(silent);
+  SeeThatItIsGuarded(now);
+}
+
+/// A transmitter without a guard is not kept keyed: when no other one can be had, the device counts
+/// as gone.
+void LinuxSerialPort::SeeThatItIsGuarded(milliseconds now) {
+  if (!device_ || now - lastCheck_ < kCheckInterval) return;
+  lastCheck_ = now;
+  if (device_->guard().IsWatching()) return;
+  try {
+    device_->RenewGuard();
+  } catch (const Failure&) {
+    return Vanish();
+  }
+  Beat();
+  onNews_({PortEvent::kUnguarded});
+}
+
+void LinuxSerialPort::TakeUpAgain(milliseconds silence) {
+  const bool isKeyed = keyLine1_ || keyLine2_;
+  if (!isKeyed || (stop_ != nullptr && stop_->IsRequested())) return;
+  if (!RestoreLines()) return Vanish();
+  Settle();
+  onNews_({PortEvent::kReleased, silence});
+}
+
+/// The lines as they were last set; false when one does not follow.
+bool LinuxSerialPort::RestoreLines() {
+  try {
+    return device_->SetLine(KeyingLine::kDataTerminalReady, keyLine2_) &&
+           device_->SetLine(KeyingLine::kRequestToSend, keyLine1_);
+  } catch (const Failure&) {
+    return false;
+  }
+}
+
+/// The bytes wait until the transmitter is up.
+void LinuxSerialPort::Settle() {
+  settledAt_ = clock_.Monotonic() + kKeyUp;
+  line_.Clear();
+  if (!held_.empty()) line_.Add(held_.size(), settledAt_);
 }
 
 /// Gives the driver what it takes. Returns the bytes that it and we still have.
@@ -106,27 +172,20 @@ void LinuxSerialPort::Vanish() {
   held_.clear();
   for (const auto& write : onItsWay_) held_ += write;
   lastLook_ = clock_.Monotonic();
-  onPresence_(false);
+  onNews_({PortEvent::kVanished});
 }
 
 void LinuxSerialPort::LookForDevice() {
   if (clock_.Monotonic() - lastLook_ < kLookInterval) return;
   lastLook_ = clock_.Monotonic();
   try {
-    device_.emplace(path_, line_.settings());
-    if (!device_->SetLine(KeyingLine::kDataTerminalReady, keyLine2_) ||
-        !device_->SetLine(KeyingLine::kRequestToSend, keyLine1_)) {
-      device_.reset();
-      return;
-    }
+    OpenDevice();
   } catch (const Failure&) {  // not yet there, or not yet ours to use
-    device_.reset();
     return;
   }
-  settledAt_ = clock_.Monotonic() + kKeyUp;
-  line_.Clear();
-  if (!held_.empty()) line_.Add(held_.size(), settledAt_);
-  onPresence_(true);
+  if (!RestoreLines()) return device_.reset();
+  Settle();
+  onNews_({PortEvent::kReturned});
 }
 
 }  // namespace ostrel

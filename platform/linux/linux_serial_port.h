@@ -1,6 +1,7 @@
 // The serial port over the system's terminal lines. Port n is the link COMn in the ports folder,
 // which points to a device; without the link there is no such port. A device that vanishes while
-// open is to the station a line that does not move, until it is back.
+// open is to the station a line that does not move, until it is back. Every call is a sign of life
+// to the guard over the lines.
 #pragma once
 
 #include <deque>
@@ -12,13 +13,15 @@
 #include "platform/clock.h"
 #include "platform/line_time.h"
 #include "platform/linux/serial_device.h"
+#include "platform/linux/stop_signal.h"
 #include "platform/serial_port.h"
 
 namespace ostrel {
 
 class LinuxSerialPort : public SerialPort {
  public:
-  LinuxSerialPort(const Clock& clock, std::string portsFolder);
+  /// With `stop`, nothing raises a line again once the program is asked to end.
+  LinuxSerialPort(const Clock& clock, std::string portsFolder, const StopSignal* stop = nullptr);
   ~LinuxSerialPort() override;
 
   void Open(int number, std::string_view settings) override;
@@ -33,10 +36,17 @@ class LinuxSerialPort : public SerialPort {
   void SetKeyLine2(bool on) override;
   bool KeyLine1() const override { return keyLine1_; }
   bool KeyLine2() const override { return keyLine2_; }
-  void OnPresence(std::function<void(bool present)> call) override;
+  void Announce(milliseconds silence) override { Beat(silence); }
+  void OnNews(std::function<void(const PortNews&)> call) override;
 
  private:
+  void OpenDevice();
   void SetLine(KeyingLine line, bool on);
+  void Beat(milliseconds silence = {});
+  void SeeThatItIsGuarded(milliseconds now);
+  void TakeUpAgain(milliseconds silence);
+  bool RestoreLines();
+  void Settle();
   std::size_t Pump();
   void ForgetSent(std::size_t unsent);
   void Vanish();
@@ -45,14 +55,17 @@ class LinuxSerialPort : public SerialPort {
 
   const Clock& clock_;
   std::string portsFolder_;
-  std::function<void(bool)> onPresence_;
+  const StopSignal* stop_;
+  std::function<void(const PortNews&)> onNews_;
   bool open_ = false;
   std::string path_;
   LineTime line_;
   std::optional<SerialDevice> device_;  // empty while gone
   std::string held_;                    // what the driver has not taken yet
   std::deque<std::string> onItsWay_;    // the writes that have not left the line whole
-  milliseconds lastLook_{0};
+  milliseconds lastLook_{0};            // for the device
+  milliseconds lastCheck_{0};           // of the guard
+  milliseconds lastBeat_{0};
   milliseconds settledAt_{0};
   bool keyLine1_ = false;
   bool keyLine2_ = false;

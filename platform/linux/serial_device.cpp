@@ -87,18 +87,24 @@ tcflag_t CharacterFlags(const LineSettings& settings) {
 
 }  // namespace
 
-SerialDevice::SerialDevice(const std::string& path, const LineSettings& settings)
-    : device_(open(path.c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
+SerialDevice::SerialDevice(const std::string& path, const LineSettings& settings, int stop)
+    : device_(open(path.c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)), stop_(stop) {
   if (!device_) DeviceUnavailable(path, errno);
   TakeForOurselves(path);
-  DropLines();  // the system raised both at opening
+  DropLines(device_.Get());  // the system raised both at opening
   Configure(settings);
-  DropLines();  // a rate after none raises them again
+  DropLines(device_.Get());  // a rate after none raises them again
+  guard_.emplace(device_.Get(), stop_);
 }
 
 SerialDevice::~SerialDevice() {
-  DropLines();
+  DropLines(device_.Get());
   tcflush(device_.Get(), TCIOFLUSH);
+}
+
+void SerialDevice::RenewGuard() {
+  guard_.reset();
+  guard_.emplace(device_.Get(), stop_);
 }
 
 void SerialDevice::TakeForOurselves(const std::string& path) {
@@ -128,10 +134,6 @@ void SerialDevice::Configure(const LineSettings& settings) {
   if (tcgetattr(device_.Get(), &line) != 0 || cfgetospeed(&line) != speed) {
     DeviceFails("the rate is refused");
   }
-}
-
-void SerialDevice::DropLines() noexcept {
-  for (const int line : {TIOCM_RTS, TIOCM_DTR}) ioctl(device_.Get(), TIOCMBIC, &line);
 }
 
 bool SerialDevice::SetLine(KeyingLine line, bool on) {

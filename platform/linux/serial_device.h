@@ -1,5 +1,5 @@
-// One open serial device: a terminal line in raw mode with its two keying lines. It knows nothing
-// of port numbers, buffers of the station's own or devices that come back.
+// One open serial device: a terminal line in raw mode with its two keying lines and the guard over
+// them. It knows nothing of port numbers, buffers of the station's own or devices that come back.
 #pragma once
 
 #include <cstddef>
@@ -9,6 +9,7 @@
 
 #include "platform/line_time.h"
 #include "platform/linux/descriptor.h"
+#include "platform/linux/keying_guard.h"
 
 namespace ostrel {
 
@@ -16,13 +17,18 @@ enum class KeyingLine { kRequestToSend, kDataTerminalReady };
 
 class SerialDevice {
  public:
-  /// Opens the device for this process alone, both lines down. Throws Failure 68 when it is
-  /// missing, in use or no serial device, 57 when it does not take the settings.
-  SerialDevice(const std::string& path, const LineSettings& settings);
+  /// Opens the device for this station alone, both lines down, and starts its guard; `stop` is as
+  /// the guard wants it. Throws Failure 68 when it is missing, in use or no serial device, 57 when
+  /// it does not take the settings, another one when no guard can be had.
+  SerialDevice(const std::string& path, const LineSettings& settings, int stop);
   /// Drops both lines, throws away what still waits, closes.
   ~SerialDevice();
   SerialDevice(const SerialDevice&) = delete;
   SerialDevice& operator=(const SerialDevice&) = delete;
+
+  KeyingGuard& guard() { return *guard_; }
+  /// Puts another guard in the place of one that has ended. Throws Failure when none can be had.
+  void RenewGuard();
 
   // Each of these returns false, or nothing, when the device has vanished.
 
@@ -37,10 +43,11 @@ class SerialDevice {
  private:
   void TakeForOurselves(const std::string& path);
   void Configure(const LineSettings& settings);
-  void DropLines() noexcept;
   bool IsGone() const;
 
   Descriptor device_;
+  int stop_;
+  std::optional<KeyingGuard> guard_;  // ends before the device is closed
 };
 
 }  // namespace ostrel

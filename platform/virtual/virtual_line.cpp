@@ -1,5 +1,6 @@
 #include "platform/virtual/virtual_line.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/failure.h"
@@ -26,7 +27,15 @@ void VirtualLine::Close() {
   isOpen_ = false;
 }
 
+/// Counts what the real port's guard would have done.
+void VirtualLine::Beat(milliseconds silence) {
+  if (isOpen_ && (keyLine1_ || keyLine2_) && clock_.Monotonic() > awaited_) ++releases;
+  const auto idleAt = std::chrono::ceil<milliseconds>(line_.IdleAt());
+  awaited_ = std::max(idleAt, clock_.Monotonic()) + silence + kGuardPatience;
+}
+
 std::size_t VirtualLine::BytesWaiting() {
+  Beat();
   if (!isOpen_) return 0;
   return isPresent_ ? line_.Unsent(Now()) : kBufferSize;
 }
@@ -43,10 +52,12 @@ void VirtualLine::Write(std::string_view bytes) {
 
 void VirtualLine::Carry(std::string_view bytes) {
   line_.Add(bytes.size(), Now());
+  Beat();
   onWrite(bytes);
 }
 
 void VirtualLine::SetLine(int line, bool& state, bool on) {
+  Beat();
   if (isOpen_ && lineFails) throw Failure(failure_number::kDeviceError, "Device I/O error");
   Record(line, state, on);
 }
@@ -60,7 +71,7 @@ void VirtualLine::SetPresent(bool present) {
   if (std::exchange(isPresent_, present) == present || !isOpen_) return;
   line_.Clear();
   if (present) Carry(std::exchange(held_, {}));
-  if (onPresence_) onPresence_(present);
+  if (onNews_) onNews_({present ? PortEvent::kReturned : PortEvent::kVanished});
 }
 
 }  // namespace ostrel

@@ -34,7 +34,8 @@ class VirtualLine : public SerialPort {
   void SetKeyLine2(bool on) override { SetLine(2, keyLine2_, on); }
   bool KeyLine1() const override { return keyLine1_; }
   bool KeyLine2() const override { return keyLine2_; }
-  void OnPresence(std::function<void(bool)> call) override { onPresence_ = std::move(call); }
+  void Announce(milliseconds silence) override { Beat(silence); }
+  void OnNews(std::function<void(const PortNews&)> call) override { onNews_ = std::move(call); }
 
   /// The device goes away, or comes back. While it is away nothing of what waits moves; what is
   /// written then goes out when it is back.
@@ -49,8 +50,10 @@ class VirtualLine : public SerialPort {
   std::string carried;                // all bytes written, in order
   std::vector<KeyEvent> keying;       // changes of the lines while open
   std::vector<std::string> openings;  // settings strings, in order
+  int releases = 0;                   // times that a guard would have dropped the lines
 
  private:
+  void Beat(milliseconds silence = {});
   void Carry(std::string_view bytes);
   void SetLine(int line, bool& state, bool on);
   void Record(int line, bool& state, bool on);
@@ -58,8 +61,9 @@ class VirtualLine : public SerialPort {
 
   const Clock& clock_;
   LineTime line_;
-  std::function<void(bool)> onPresence_;
-  std::string held_;  // written while the device was away
+  std::function<void(const PortNews&)> onNews_;
+  milliseconds awaited_{0};  // until when the next call must come
+  std::string held_;         // written while the device was away
   bool isOpen_ = false;
   bool isPresent_ = true;
   bool keyLine1_ = false;

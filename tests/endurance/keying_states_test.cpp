@@ -1,4 +1,6 @@
-// The real program, ended or robbed of its device in each state of the transmitter.
+// The real program, ended or robbed of its device in each state of the transmitter; hanging, and
+// robbed of its guard.
+#include <fstream>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -43,6 +45,8 @@ struct StationIn : RealStation {
     EXPECT_TRUE(ListenUntil(60s, isReached)) << Log();
     EXPECT_EQ(KeyingRecord().steps.find(kOpened), 0u) << KeyingRecord().steps;
   }
+  bool IsDown() { return KeyingRecord().steps.ends_with("00 "); }
+  bool IsUp() { return KeyingRecord().steps.ends_with("11 "); }
   int CountInLog(const std::string& text) {
     const auto log = Log();
     int count = 0;
@@ -63,16 +67,16 @@ TEST(KeyingStates, EndWithBothLinesDownWithinASecond) {
     StationIn station(state);
     const auto asked = std::chrono::steady_clock::now().time_since_epoch();
     const int status = station.End(signal);
+    EXPECT_TRUE(station.ListenUntil(2s, [&] { return station.IsDown(); }));
     const auto keying = station.KeyingRecord();
-    if (signal != SIGTERM) {  // the system drops them with the descriptor
+    EXPECT_LT(keying.last - asked, 1s);
+    fmt::print("{}: lines down after {} us\n", state.name, (keying.last - asked).count() / 1000);
+    if (signal != SIGTERM) {  // the guard dropped them, and without it the system would have
       EXPECT_EQ(WTERMSIG(status), signal);
       EXPECT_TRUE(keying.dropsAtClose);
       continue;
     }
     EXPECT_EQ(status, 0);
-    EXPECT_TRUE(keying.steps.ends_with("00 ")) << keying.steps;
-    EXPECT_LT(keying.last - asked, 1s);
-    fmt::print("{}: lines down after {} us\n", state.name, (keying.last - asked).count() / 1000);
     EXPECT_EQ(station.CountInLog("Program Stopped"), 1);
   }
 }
@@ -97,6 +101,57 @@ TEST(KeyingStates, WithoutTheDeviceBurnNoQueueAndGoOnWhenItIsBack) {
     EXPECT_EQ(station.CountInLog("is back"), 1);
     EXPECT_TRUE(station.KeyingRecord().steps.ends_with("11 "));
   }
+}
+
+TEST(KeyingStates, OfAStationThatHangsHaveBothLinesDownUntilItAnswersAgain) {
+  StationIn station(kTransmitting);
+  const auto mark = station.Path("KvData/RxFiles/.hangs");
+  const struct {
+    const char* what;
+    std::function<void()> begin, end;
+  } hangs[] = {{"stopped", [&] { station.Signal(SIGSTOP); }, [&] { station.Signal(SIGCONT); }},
+               {"in a file system", [&] { std::ofstream{mark}; }, [&] { remove(mark.c_str()); }}};
+  int released = 0;
+  for (const auto& hang : hangs) {
+    SCOPED_TRACE(hang.what);
+    const auto begun = std::chrono::steady_clock::now().time_since_epoch();
+    hang.begin();
+    EXPECT_TRUE(station.ListenUntil(20s, [&] { return station.IsDown(); }));
+    const auto down = station.KeyingRecord().last - begun;
+    EXPECT_GE(down, 2s);
+    fmt::print("{}: lines down after {} ms\n", hang.what, down.count() / 1'000'000);
+    hang.end();
+    station.heard.clear();
+    EXPECT_TRUE(station.ListenUntil(20s, [&] { return station.heard.size() > 1116; }));
+    EXPECT_TRUE(station.IsUp());
+    EXPECT_EQ(station.CountInLog("was released"), ++released) << station.Log();
+  }
+  // Asked to end while it hangs, it is not waited for so long.
+  std::ofstream{mark};
+  poll(nullptr, 0, 300);
+  const auto asked = std::chrono::steady_clock::now().time_since_epoch();
+  station.Signal(SIGTERM);
+  EXPECT_TRUE(station.ListenUntil(20s, [&] { return station.IsDown(); }));
+  const auto down = station.KeyingRecord().last - asked;
+  EXPECT_LT(down, 2s);
+  fmt::print("asked to end: lines down after {} ms\n", down.count() / 1'000'000);
+  remove(mark.c_str());
+  EXPECT_EQ(station.End(SIGTERM), 0);
+  EXPECT_TRUE(station.IsDown());
+}
+
+TEST(KeyingStates, ReplaceAGuardThatHasEndedOrWasStopped) {
+  StationIn station(kTransmitting);
+  int lost = 0;
+  for (const int signal : {SIGKILL, SIGSTOP}) {
+    station.SignalGuard(signal);
+    ++lost;
+    const auto isReplaced = [&] { return station.CountInLog("lost its keying guard") == lost; };
+    EXPECT_TRUE(station.ListenUntil(20s, isReplaced)) << station.Log();
+    EXPECT_TRUE(station.IsUp());
+  }
+  station.End(SIGKILL);
+  EXPECT_TRUE(station.ListenUntil(2s, [&] { return station.IsDown(); }));
 }
 
 }  // namespace

@@ -56,11 +56,17 @@ void RealStation::Start(int second) {
 
 int RealStation::End(int signal) {
   int status = -1;
-  kill(process_, signal);
+  Signal(signal);
   const auto ends = [&] { return waitpid(process_, &status, WNOHANG) == process_; };
   if (!ListenUntil(20s, ends)) return -1;
   process_ = 0;
   return status;
+}
+
+void RealStation::SignalGuard(int signal) {
+  pid_t guard = 0;  // its only child
+  std::ifstream(fmt::format("/proc/{0}/task/{0}/children", process_)) >> guard;
+  if (guard > 0) kill(guard, signal);
 }
 
 void RealStation::Replug() {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <functional>
 #include <optional>
+#include <signal.h>
 #include <sys/types.h>
 
 #include "tests/endurance/delivery.h"
@@ -33,6 +34,9 @@ class RealStation {
   void Start(int second = 0);
   /// Sends the signal. The status as waitpid gives it, or -1 when the program goes on.
   int End(int signal);
+  /// Sends the signal to the program, or to the guard that it has started.
+  void Signal(int signal) { kill(process_, signal); }
+  void SignalGuard(int signal);
   /// Another device takes the place of the one that was the line.
   void Replug();
   /// Until `done` says yes; false when `longest` passes first.

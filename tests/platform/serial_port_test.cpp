@@ -92,8 +92,8 @@ TEST_F(LinuxSerialPortTest, IsRefusedWhatIsNoPortOrAnothersPort) {
 }
 
 TEST_F(LinuxSerialPortTest, StandsStillWhileTheDeviceIsGoneAndGoesOnWhenItIsBack) {
-  std::vector<bool> presence;
-  port_.OnPresence([&](bool present) { presence.push_back(present); });
+  std::vector<PortEvent> presence;
+  port_.OnNews([&](const PortNews& news) { presence.push_back(news.event); });
   EXPECT_EQ(FailureOf([&] { port_.Write("not open yet"); }), 57);
   port_.Open(1, "1200,N,8,2");
   port_.Write("sent");
@@ -102,7 +102,7 @@ TEST_F(LinuxSerialPortTest, StandsStillWhileTheDeviceIsGoneAndGoesOnWhenItIsBack
   clock_.Advance(milliseconds(50));
   terminal_.Pull();
   EXPECT_EQ(port_.BytesWaiting(), kFullBuffer);
-  EXPECT_EQ(presence, std::vector<bool>{false});
+  EXPECT_EQ(presence, std::vector{PortEvent::kVanished});
   port_.Write(", held");
 
   PseudoTerminal replugged;
@@ -111,7 +111,7 @@ TEST_F(LinuxSerialPortTest, StandsStillWhileTheDeviceIsGoneAndGoesOnWhenItIsBack
   EXPECT_EQ(port_.BytesWaiting(), kFullBuffer);
   clock_.Advance(milliseconds(1));
   EXPECT_EQ(port_.BytesWaiting(), kFullBuffer);
-  EXPECT_EQ(presence, (std::vector<bool>{false, true}));
+  EXPECT_EQ(presence, (std::vector{PortEvent::kVanished, PortEvent::kReturned}));
   clock_.Advance(seconds(1));  // the transmitter comes up
   EXPECT_EQ(port_.BytesWaiting(), 16u);
   EXPECT_EQ(replugged.Read(16), "on its way, held");

@@ -31,6 +31,10 @@ void VirtualStation::MakeStation() {
   station = std::make_unique<Station>(machine.For(folder.path(), files, archives, stores));
 }
 
+VirtualStation::~VirtualStation() {
+  EXPECT_EQ(machine.line.releases, 0);
+}
+
 void VirtualStation::Start() {
   ASSERT_TRUE(station->Start());
   ASSERT_TRUE(machine.dialogs.messages.empty()) << machine.dialogs.messages.back().text;

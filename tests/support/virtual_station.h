@@ -39,7 +39,8 @@ class VirtualStation {
  public:
   explicit VirtualStation(UtcTime start = kNoon,
                           std::vector<ZoneRule> zone = {{UtcTime{}, std::chrono::seconds(0)}});
-  virtual ~VirtualStation() = default;
+  /// Expects that in all its life no keyed line was left alone for longer than announced.
+  virtual ~VirtualStation();
 
   /// Start-up; rules, settings and files have been laid before. Asserts that it came up.
   void Start();

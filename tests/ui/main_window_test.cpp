@@ -22,6 +22,11 @@ TEST(MainWindow, TheStationsFiguresShowAtTheirPlaces) {
   ostrel.window().lblActivefile.Set("Station ID");
   EXPECT_EQ(file->palette().color(QPalette::Window).name(), "#ff0000");
   EXPECT_EQ(file->text(), "Station ID");
+  auto* const rate = ostrel.Find<QLabel>("lblDataRate");
+  for (const auto shade : {Shade::kRed, Shade::kNone}) {
+    ostrel.window().lblDataRateBackColor.Set(shade);
+    EXPECT_EQ(rate->autoFillBackground(), shade == Shade::kRed);
+  }
   auto* const light = ostrel.Find<QLabel>("imgActivity");
   EXPECT_TRUE(light->pixmap().isNull());
   ostrel.window().imgActivity.Set(Light::kYellow);

@@ -7,6 +7,9 @@
 // The first one is the opening, at which the system raises both. With "hupcl" behind it, the system
 // drops them when the descriptor goes, however the process ends.
 //
+// A folder RxFiles that holds a file ".hangs" is a file system that hangs: whoever opens anything
+// there waits until that file is gone.
+//
 // CLOCK_AHEAD, if set, is by how many seconds the program's wall clock goes ahead of the real one,
 // so that nobody needs to wait for the turn of a minute.
 #include <array>
@@ -15,7 +18,9 @@
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 #include <sys/ioctl.h>
+#include <sys/mman.h>
 #include <termios.h>
 #include <time.h>
 #include <unistd.h>
@@ -24,7 +29,10 @@ namespace {
 
 constexpr int kBothLines = TIOCM_RTS | TIOCM_DTR;
 
-std::array<int, 1024> states;  // the lines, by descriptor
+/// The lines, by descriptor: the device's, so one for all processes that hold it.
+using States = std::array<int, 1024>;
+States& states = *static_cast<States*>(
+    mmap(nullptr, sizeof(States), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
 
 template <typename Call>
 Call Real(const char* name) {
@@ -51,6 +59,16 @@ int* LinesOf(int descriptor) {
   return descriptor >= 0 && index < states.size() && isatty(descriptor) ? &states[index] : nullptr;
 }
 
+void WaitWhileItHangs(const char* path) {
+  constexpr const char* kFolder = "/RxFiles";
+  const char* const at = strstr(path, kFolder);
+  if (at == nullptr) return;
+  std::array<char, 4096> mark;
+  const auto length = static_cast<int>(at - path);
+  snprintf(mark.data(), mark.size(), "%.*s%s/.hangs", length, path, kFolder);
+  while (access(mark.data(), F_OK) == 0) usleep(10'000);
+}
+
 /// Does what the request asks for; true when it was one about modem lines.
 bool Handled(int descriptor, unsigned long request, int* argument) {
   const bool isKnown = request == TIOCMGET || request == TIOCMBIS || request == TIOCMBIC;
@@ -74,6 +92,7 @@ int open(const char* path, int flags, ...) {
   const bool makes = (flags & (O_CREAT | __O_TMPFILE)) != 0;
   const mode_t mode = makes ? va_arg(arguments, mode_t) : 0;
   va_end(arguments);
+  WaitWhileItHangs(path);
   const int descriptor = Real<int (*)(const char*, int, ...)>("open")(path, flags, mode);
   if (int* const lines = LinesOf(descriptor)) Record(descriptor, *lines = kBothLines);
   return descriptor;
