@@ -35,7 +35,7 @@ Station::Station(const Platform& platform)
       intake_({platform.files, platform.clock, compression_, pending_, log_, mainWindow_, setup_,
                values_}),
       morse_({platform.clock, platform.events, platform.cycleTimer, platform.port, platform.files,
-              platform.dialogs, log_, mainWindow_, setup_, values_}),
+              platform.dialogs, log_, mainWindow_, setup_, engine_, values_}),
       schedule_({platform.files, platform.clock, copy_, platform.dialogs, log_, setup_,
                  values_.programFolder}),
       builder_({platform.files, platform.clock, log_, mainWindow_, setup_, engine_}),

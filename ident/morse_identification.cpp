@@ -21,20 +21,17 @@ void MorseIdentification::CountDown(int newSecond) {
   const bool isOn = LeadingNumber(parts_.setup.IDTime.Get()) > 0;
   if (!isOn || LeadingNumber(timeLeft.Get()) != 0) return;
   // Also after a failure, or it would be due again at every tick.
-  const ScopeGuard restart([this] { RestartCountdown(); });
+  const ScopeGuard restart([this] {
+    if (parts_.engine.portReady()) RestartCountdown();
+  });
   SendMorseId();
 }
 
 void MorseIdentification::SendOnDemand() {
   if (parts_.setup.CWidenty.Get().empty()) return;
-  if (!parts_.port.IsOpen()) {
-    parts_.dialogs.ShowMessage({kProgramName,
-                                "No com port is open. The station cannot be identified.",
-                                MessageIcon::kExclamation});
-    return;
-  }
+  if (!parts_.port.IsOpen()) return TellThatNoPortIsOpen();
   try {
-    SendMorseId();
+    if (!SendMorseId()) return TellThatNoPortIsOpen();
   } catch (const Failure& failure) {
     parts_.reporting.ReportError(failure, "SendMorseId");
     parts_.dialogs.ShowMessage({kProgramName,
@@ -44,7 +41,13 @@ void MorseIdentification::SendOnDemand() {
   RestartCountdown();
 }
 
-void MorseIdentification::SendMorseId() {
+void MorseIdentification::TellThatNoPortIsOpen() {
+  parts_.dialogs.ShowMessage({kProgramName,
+                              "No com port is open. The station cannot be identified.",
+                              MessageIcon::kExclamation});
+}
+
+bool MorseIdentification::SendMorseId() {
   const bool timerWasRunning = parts_.cycleTimer.IsRunning();
   parts_.cycleTimer.Stop();
   const ScopeGuard restore([&] { Restore(timerWasRunning); });
@@ -52,6 +55,7 @@ void MorseIdentification::SendMorseId() {
   const auto keyUpDelay = LeadingMilliseconds(parts_.setup.txtTxDelay.Get());
   const int factor = TimingFactor(parts_.setup.CWSpeed.Get());
   Drain();
+  if (!parts_.engine.portReady()) return false;
   parts_.mainWindow.lblActivefileBackColor.Set(Shade::kRed);
   parts_.mainWindow.lblActivefile.Set("Station ID");
   parts_.dialogs.RepaintMainWindow();
@@ -61,10 +65,12 @@ void MorseIdentification::SendMorseId() {
   parts_.setup.LastId.Set(FormatGeneral(parts_.clock.Now()));
   Key(ReadElements(text), factor);
   SetLines(true);
+  parts_.port.Announce(keyUpDelay);
   parts_.clock.Sleep(keyUpDelay);
 
   if (IsChecked(parts_.setup.LogIt)) parts_.reporting.WriteLog("CW ID", " Sent - " + text);
   RestartCountdown();
+  return true;
 }
 
 std::string MorseIdentification::ReadElements(const std::string& text) {
@@ -101,7 +107,8 @@ void MorseIdentification::SetLines(bool on) {
 void MorseIdentification::Restore(bool timerWasRunning) {
   parts_.mainWindow.lblActivefileBackColor.Set(Shade::kLightGrey);
   parts_.mainWindow.lblActivefile.Set("");
-  if (parts_.events.StopIsRequested()) return;  // the shutdown drops the lines; nothing raises them
+  // The shutdown drops the lines and nothing raises them; no more does anything without a port.
+  if (parts_.events.StopIsRequested() || !parts_.engine.portReady()) return;
   for (const auto set : {&SerialPort::SetKeyLine1, &SerialPort::SetKeyLine2}) {
     RunStep(parts_.reporting, "SendMorseId", [&] { (parts_.port.*set)(true); });
   }

@@ -29,13 +29,15 @@ class MorseIdentification {
     Reporting& reporting;
     MainWindow& mainWindow;
     Setup& setup;
+    const Engine& engine;
     const ProgramValues& values;
   };
   explicit MorseIdentification(const Parts& parts) : parts_(parts) {}
 
   /// The countdown, once a tick: goes down by one at second 30, and at 0 identifies when the
   /// interval is above 0. `newSecond` is the second that this tick newly saw, or 99. Throws Failure
-  /// when the identification fails; the countdown has then begun again all the same.
+  /// when the identification fails; the countdown has then begun again all the same. Without a port
+  /// it stays due.
   void CountDown(int newSecond);
 
   /// The operator's demand. Nothing with an empty text; a message when no port is open or when the
@@ -47,9 +49,11 @@ class MorseIdentification {
   void RestartCountdown() { parts_.setup.TimeLeft.Set(parts_.setup.IDTime.Get()); }
 
  private:
-  /// Sends one identification; blocks for its whole length. Throws Failure; the transmitter, the
+  /// Sends one identification; blocks for its whole length. False, with nothing keyed, when the
+  /// operator took the port away while it waited for the line. Throws Failure; the transmitter, the
   /// timer and the window are then as before.
-  void SendMorseId();
+  bool SendMorseId();
+  void TellThatNoPortIsOpen();
   void Drain();
   void Key(const std::string& elements, int factor);
   void SetLines(bool on);

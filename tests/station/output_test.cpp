@@ -45,8 +45,12 @@ TEST(PortOpening, IsToldInBothWindowsAndNothingMovesWithoutAPort) {
   const auto expectTold = [&](const std::string& text) {
     EXPECT_EQ(station.setup().lblCommMesg.Get(), text);
     EXPECT_EQ(station.window().lblDataRate.Get() == text, !line.IsOpen()) << text;
+    const auto ground = line.IsOpen() ? Shade::kNone : Shade::kRed;
+    EXPECT_EQ(station.window().lblDataRateBackColor.Get(), ground) << text;
   };
   expectTold("Unable to open Com Port # 1.");
+  EXPECT_EQ(station.Messages("Port"),
+            Lines{"Com Port # 1 could not be opened: Device unavailable"});
   station.Drop("TORXXX.TXT", "warning");
   station.Run(5s);
   EXPECT_EQ(station.window().lblDataRate.Get(), "No Com Port Open") << "the cycle runs";
@@ -81,6 +85,60 @@ TEST(PortOpening, IsToldInBothWindowsAndNothingMovesWithoutAPort) {
   operators.StepBaud();
   expectTold("Unable to open Com Port # 2.");
   EXPECT_FALSE(line.IsOpen() || station.machine.cycleTimer.IsRunning());
+}
+
+TEST(PortOpening, StaysFailedWhenTheOperatorTakesThePortAwayWithinAWait) {
+  const struct {
+    const char* what;
+    std::map<std::string, std::string> settings;
+    milliseconds at;
+  } waits[] = {{"drain before an identification", {{"CWIDTime", "1"}, {"TxUpTime", "0"}}, 30'500ms},
+               {"drain before a pause", {{"CWIDTime", "0"}, {"TxUpTime", "0.5"}}, 60'500ms},
+               {"pause", {{"CWIDTime", "0"}, {"TxUpTime", "0.5"}}, 66s}};
+  for (const auto& wait : waits) {
+    SCOPED_TRACE(wait.what);
+    VirtualStation station;
+    station.Set(wait.settings);
+    station.Set("LogProgram", "1");
+    auto& machine = station.machine;
+    machine.line.devices = {1, 3};
+    station.Start();
+    auto& operators = station.station->operators();
+    machine.clock.At(wait.at, [&] { operators.StepPort(Button::kLeft); });
+    station.Run(80s);
+    EXPECT_EQ(station.window().lblDataRate.Get(), "Unable to open Com Port # 2.");
+    EXPECT_FALSE(machine.cycleTimer.IsRunning() || machine.line.KeyLine1());
+    EXPECT_EQ(station.window().lblActivefile.Get(), "");
+    EXPECT_EQ(station.setup().LastId.Get(), "");
+    EXPECT_EQ(station.LogOf("CW ID"), Lines{});
+
+    operators.StepPort(Button::kLeft);
+    station.Run(1s);
+    EXPECT_EQ(station.window().lblDataRate.Get(), "Transmitting 1200 BPS");
+    EXPECT_EQ(station.setup().LastId.Get().empty(), wait.settings.at("CWIDTime") == "0")
+        << "what was due is sent";
+  }
+}
+
+TEST(PortOpening, AVanishedDeviceIsToldInBothWindowsUntilItIsBack) {
+  VirtualStation station;
+  station.Set("CWIDTime", "0");
+  station.Start();
+  station.Run(5s);
+  auto& window = station.window();
+  station.machine.line.SetPresent(false);
+  int flickers = 0;
+  const auto count = window.imgActivity.OnChange([&](Light) { ++flickers; });
+  const auto expectTold = [&](const std::string& rate, const std::string& message, Shade ground) {
+    station.Run(2s);
+    EXPECT_EQ(window.lblDataRate.Get(), rate);
+    EXPECT_EQ(station.setup().lblCommMesg.Get(), message);
+    EXPECT_EQ(window.lblDataRateBackColor.Get(), ground);
+    EXPECT_EQ(flickers > 0, ground == Shade::kNone);
+  };
+  expectTold("Com Port # 1 has vanished.", "Com Port # 1 has vanished.", Shade::kRed);
+  station.machine.line.SetPresent(true);
+  expectTold("Transmitting 1200 BPS", "Com Port # 1 opened for transmit.", Shade::kNone);
 }
 
 }  // namespace
