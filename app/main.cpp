@@ -3,7 +3,9 @@
 #include <QApplication>
 #include <QSocketNotifier>
 #include <array>
+#include <cstdio>
 #include <cstdlib>
+#include <fmt/format.h>
 
 #include "app/station.h"
 #include "base/names.h"
@@ -21,6 +23,7 @@
 #include "platform/qt/qt_event_loop.h"
 #include "platform/qt/qt_timer.h"
 #include "platform/qt/udp_channel.h"
+#include "platform/qt/x_windows.h"
 #include "ui/looks.h"
 #include "ui/main_window.h"
 #include "ui/setup_dialog.h"
@@ -30,12 +33,21 @@ namespace {
 
 using namespace ostrel;
 
+constexpr int kNoAnswer = 2;  // exit status: a display is named and cannot be reached
+
+bool IsSet(const char* variable) {
+  const char* const value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
 bool HasDisplay() {
-  for (const char* const name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
-    const char* const value = std::getenv(name);
-    if (value != nullptr && *value != '\0') return true;
-  }
-  return false;
+  return IsSet("DISPLAY") || IsSet("WAYLAND_DISPLAY") || IsSet("QT_QPA_PLATFORM");
+}
+
+/// The toolkit aborts where only an X server is named and that one does not answer.
+bool DisplayIsDead() {
+  const bool isOnlyX = IsSet("DISPLAY") && !IsSet("WAYLAND_DISPLAY") && !IsSet("QT_QPA_PLATFORM");
+  return isOnlyX && !XWindows().IsConnected();
 }
 
 /// What the toolkit is started with: the program takes no arguments, and a station without a
@@ -80,6 +92,10 @@ struct Machine {
 int main(int /*count*/, char* arguments[]) {
   FillStandardStreams();
   ShareWithGroupOf(ProgramFolder());
+  if (DisplayIsDead()) {
+    fmt::print(stderr, "ostrel: the display {} does not answer.\n", std::getenv("DISPLAY"));
+    return kNoAnswer;
+  }
   ToolkitArguments toolkit(arguments[0]);
   QApplication application(toolkit.count, toolkit.values.data());
   QApplication::setQuitOnLastWindowClosed(false);
@@ -91,14 +107,22 @@ int main(int /*count*/, char* arguments[]) {
   ui::MainWindow mainWindow(station.mainWindow(), station.engine(), station.operators());
   auto* const setup = new ui::SetupDialog(station.setup(), station.operators(), &mainWindow);
   machine.dialogs.Attach(mainWindow, *setup);
+  const bool isSeen = QGuiApplication::platformName() != QLatin1String("offscreen");
+  if (!isSeen) machine.dialogs.GoWithoutDisplay();
 
   QSocketNotifier stopNotifier(machine.stop.Descriptor(), QSocketNotifier::Read);
   QObject::connect(&stopNotifier, &QSocketNotifier::activated, &stopNotifier, [&] {
     stopNotifier.setEnabled(false);
-    machine.dialogs.EndMessages();
     station.Stop();
   });
 
-  if (!station.Start()) return EXIT_FAILURE;
-  return QApplication::exec();
+  const bool started = station.Start();
+  if (started) {
+    // Not before: what stopped the start is in the log, and a second instance leaves no line there.
+    machine.dialogs.LogMessagesTo(station.reporting());
+  } else if (!isSeen) {
+    station.Stop();  // no operator reads the message and closes the window
+  }
+  QApplication::exec();
+  return started ? EXIT_SUCCESS : EXIT_FAILURE;
 }

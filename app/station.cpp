@@ -59,9 +59,9 @@ Station::Station(const Platform& platform)
 }
 
 bool Station::Start() {
-  if (!lifecycle_.IsFirstInstance()) return false;
-  activity_.Run([this] { lifecycle_.StartUp(); });
-  return true;
+  bool succeeded = lifecycle_.IsFirstInstance();
+  if (succeeded) activity_.Run([&] { succeeded = lifecycle_.StartUp(); });
+  return succeeded;
 }
 
 CycleSteps Station::Steps() {

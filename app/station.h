@@ -37,7 +37,7 @@ class Station {
   Station(const Station&) = delete;
   Station& operator=(const Station&) = delete;
 
-  /// Start-up. False when there can be no first instance here: the program is to end at once.
+  /// Start-up. False when it was refused or failed, which a message says.
   bool Start();
   /// Asks the program to end: waits end, what runs unwinds, the shutdown runs.
   void Stop() { activity_.RequestStop(); }
@@ -47,6 +47,7 @@ class Station {
   Engine& engine() { return engine_; }
   ProgramValues& values() { return values_; }
   Operator& operators() { return operator_; }
+  Reporting& reporting() { return log_; }
 
  private:
   CycleSteps Steps();

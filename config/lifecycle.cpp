@@ -23,11 +23,14 @@ bool Lifecycle::IsFirstInstance() {
     // Mostly an account that may not write to the station's folder.
     refusal = fmt::format("{}: {}", kStartProcedure, DescribeFailure(AsFailure(error)));
   }
-  parts_.platform.dialogs.ShowMessage({kProgramName, refusal, MessageIcon::kStop});
+  parts_.platform.dialogs.ShowMessage(
+      {kProgramName, refusal, MessageIcon::kStop},
+      [this](MessageAnswer) { parts_.platform.dialogs.EndProgram(); });
   return false;
 }
 
-void Lifecycle::StartUp() {
+bool Lifecycle::StartUp() {
+  hasBegun_ = true;
   try {
     parts_.settings.LoadProgramValues();
     CreateFolders();
@@ -46,12 +49,14 @@ void Lifecycle::StartUp() {
     StartPurge();
     parts_.output.OpenPacketHost();
     parts_.platform.cycleTimer.Start(kCyclePeriod);
+    return true;
   } catch (const std::exception& error) {
     const auto report = DescribeFailure(AsFailure(error));
     parts_.reporting.WriteLog(kStartProcedure, report);
     parts_.platform.dialogs.ShowMainWindow();
     parts_.platform.dialogs.ShowMessage(
         {kProgramName, fmt::format("{}: {}", kStartProcedure, report), MessageIcon::kStop});
+    return false;
   }
 }
 
@@ -109,6 +114,7 @@ void Lifecycle::StartPurge() {
 
 void Lifecycle::ShutDown() {
   auto& platform = parts_.platform;
+  if (!hasBegun_) return platform.dialogs.EndProgram();
   platform.events.BeginShutdown();
   parts_.engine.port = PortState::kClosed;
   const std::function<void()> steps[] = {

@@ -31,12 +31,14 @@ class Lifecycle {
   explicit Lifecycle(const Parts& parts) : parts_(parts) {}
 
   /// False when another instance runs, or that cannot be told because the station's folder cannot
-  /// be written, which a message has said: the program ends at once then.
+  /// be written: a message says so, and the program ends when it has been read.
   bool IsFirstInstance();
   /// All of start-up. A failure at any step stops it there, with a log line and a message; the main
-  /// window stays and can be closed.
-  void StartUp();
+  /// window stays and can be closed. False then.
+  bool StartUp();
   /// All of shutdown, each step whatever becomes of the one before it: the lines drop in any case.
+  /// A program that is asked to end before start-up has begun only ends: the log, the store and the
+  /// ingest program are not its own, but perhaps those of a first instance.
   void ShutDown();
 
  private:
@@ -48,6 +50,7 @@ class Lifecycle {
   void SavePlacement();
 
   Parts parts_;
+  bool hasBegun_ = false;
   std::optional<FilePurge> purge_;
 };
 

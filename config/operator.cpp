@@ -42,12 +42,13 @@ void Operator::SendMorseId() {
 void Operator::ViewLogfile() {
   parts_.activity.Run([this] {
     const auto path = LogPath(parts_.values.programFolder);
-    bool started = false;
-    TryStep([&] { started = parts_.platform.desktop.OpenText(path); });
-    if (started) return;
-    parts_.platform.dialogs.ShowMessage(
-        {kProgramName, fmt::format("No text editor could be started for {}.", path),
-         MessageIcon::kExclamation});
+    parts_.platform.desktop.OpenText(path, [this, path] {
+      parts_.activity.Run([&] {
+        parts_.platform.dialogs.ShowMessage(
+            {kProgramName, fmt::format("No text editor could be started for {}.", path),
+             MessageIcon::kExclamation});
+      });
+    });
   });
 }
 
@@ -60,7 +61,10 @@ void Operator::ExportSettings() {
 }
 
 void Operator::ImportSettings() {
-  parts_.activity.Run([this] { parts_.transfer.Import(); });
+  const auto import = [this](MessageAnswer answer) {
+    if (answer == MessageAnswer::kYes) parts_.activity.Run([this] { parts_.transfer.Import(); });
+  };
+  parts_.activity.Run([&] { parts_.transfer.AskAboutImport(import); });
 }
 
 void Operator::Exit() {

@@ -58,7 +58,7 @@ class Operator {
   void ImportSettings();
   /// Unloads the setup dialog, then ends the program.
   void Exit();
-  /// The main window's close box or a signal: ends the program.
+  /// The main window's close box: ends the program.
   void Close();
   void OpenWebSite();
   void MailSupport();

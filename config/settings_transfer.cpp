@@ -1,5 +1,7 @@
 #include "config/settings_transfer.h"
 
+#include <utility>
+
 #include "base/reporting.h"
 #include "config/about.h"
 
@@ -10,11 +12,13 @@ void SettingsTransfer::Export() {
   Say("Your Corvain registry entries have been saved.", MessageIcon::kInformation);
 }
 
+void SettingsTransfer::AskAboutImport(std::function<void(MessageAnswer)> answered) {
+  dialogs_.ShowMessage({kMainCaption, "Do you really want to import the backup registry entries?",
+                        MessageIcon::kQuestion, MessageButtons::kYesNo},
+                       std::move(answered));
+}
+
 void SettingsTransfer::Import() {
-  const auto answer = dialogs_.ShowMessage(
-      {kMainCaption, "Do you really want to import the backup registry entries?",
-       MessageIcon::kQuestion, MessageButtons::kYesNo});
-  if (answer != MessageAnswer::kYes) return;
   if (!files_.Exists(ExportPath()))
     return Say("The Corvain registry file could not be found.", MessageIcon::kExclamation);
   TryStep([this] { StartTool("import"); });

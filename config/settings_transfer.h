@@ -2,6 +2,7 @@
 // not waited for.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "platform/desktop.h"
@@ -19,7 +20,9 @@ class SettingsTransfer {
   /// Starts the export to KvRegSet.txt and says at once that it is done; whether it is, is not
   /// known.
   void Export();
-  /// Asks, looks for the file, starts the import and says at once that it is done.
+  /// Asks whether the stored settings are to be replaced; `answered` gets Yes or No.
+  void AskAboutImport(std::function<void(MessageAnswer)> answered);
+  /// Looks for the file, starts the import and says at once that it is done.
   void Import();
 
  private:

@@ -1,6 +1,7 @@
 // Other programs on the same desktop: the companion ingest programs, the text editor, the browser.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,9 @@ class Desktop {
   virtual void Start(const std::vector<std::string>& command) = 0;
   /// The desktop's "open" action for a web address or a mail link.
   virtual void OpenAddress(const std::string& address) = 0;
-  /// The desktop's editor for plain text. Returns false when none starts.
-  virtual bool OpenText(const std::string& path) = 0;
+  /// The desktop's editor for plain text. Does not wait for it: `failed` is called later, as one of
+  /// the window's events, when it turns out that none starts.
+  virtual void OpenText(const std::string& path, std::function<void()> failed) = 0;
 };
 
 }  // namespace ostrel

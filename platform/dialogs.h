@@ -2,6 +2,7 @@
 // show are in state/.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -28,14 +29,20 @@ struct Message {
   std::string text;
   MessageIcon icon;
   MessageButtons buttons = MessageButtons::kOk;
+  friend bool operator==(const Message&, const Message&) = default;
 };
 
 class Dialogs {
  public:
   virtual ~Dialogs() = default;
 
-  /// Shows a message box and waits for its answer. The setup dialog is not left by it.
-  virtual MessageAnswer ShowMessage(const Message& message) = 0;
+  /// Shows a message box and returns at once. `answered` is called when the operator has closed the
+  /// box, as one of the window's events; never when the program ends before. A message that is on
+  /// the screen already comes forward again, and keeps the call that it has. Where nobody can see a
+  /// box, `answered` gets the answer that changes nothing before this returns. The setup dialog is
+  /// not left by a message box.
+  virtual void ShowMessage(const Message& message,
+                           std::function<void(MessageAnswer)> answered = {}) = 0;
   /// Opens the error window, or brings it forward, and sets its message.
   virtual void ShowErrorWindow(const std::string& text) = 0;
   virtual void CloseErrorWindow() = 0;

@@ -90,19 +90,29 @@ void SetupDialog::showEvent(QShowEvent* event) {
   if (auto* const entry = qobject_cast<EntryField*>(focusWidget())) entry->clear();
 }
 
-void SetupDialog::Dismiss() {
-  Leave();
-  if (isHidden()) BringForward(mainWindow_);
+// What a message box says of the dialog goes with it.
+void SetupDialog::hideEvent(QHideEvent* event) {
+  QWidget::hideEvent(event);
+  if (event->spontaneous()) return;
+  for (auto* const box : findChildren<QMessageBox*>()) box->close();
 }
 
-void SetupDialog::Leave() {
-  if (leaving_ || unloaded_ || isHidden()) return;
+void SetupDialog::Dismiss() {
+  if (Leave()) BringForward(mainWindow_);
+}
+
+bool SetupDialog::Leave() {
+  if (leaving_ || unloaded_ || isHidden()) return isHidden();
   leaving_ = true;
   const ScopeGuard left([this] { leaving_ = false; });
   const SaveOutcome outcome = operators_.LeaveSetup();
-  if (outcome == SaveOutcome::kHide) return hide();
+  if (outcome == SaveOutcome::kHide) hide();
+  if (outcome == SaveOutcome::kFocusLogSize) FocusLogSize();
+  return isHidden();
+}
+
+void SetupDialog::FocusLogSize() {
   BringForward(this);
-  if (outcome != SaveOutcome::kFocusLogSize) return;
   auto* const logSize = findChild<QLineEdit*>("txtLogSize");
   tabs_->setCurrentWidget(logSize->parentWidget());
   logSize->setFocus();

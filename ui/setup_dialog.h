@@ -19,12 +19,16 @@ class SetupDialog : public QWidget {
  public:
   SetupDialog(Setup& setup, Operator& operators, QWidget* mainWindow);
 
+  /// Stores the settings and hides, or stays when they were refused. True when the dialog is not in
+  /// sight afterwards.
+  bool Leave();
   /// Hides for good; nothing is stored any more.
   void Unload();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
   void showEvent(QShowEvent* event) override;
+  void hideEvent(QHideEvent* event) override;
 
  private:
   void BuildMenu();
@@ -32,8 +36,7 @@ class SetupDialog : public QWidget {
   void BuildTabs(Setup& setup);
   /// The close box and the menu's E&xit.
   void Dismiss();
-  /// Stores the settings and hides, or stays when they were refused.
-  void Leave();
+  void FocusLogSize();
   void FollowFocus(QWindow* window);
   void FocusEntryOf(int tab);
 

@@ -1,59 +1,26 @@
 #include "ui/window_dialogs.h"
 
 #include <QApplication>
-#include <QGridLayout>
-#include <QMessageBox>
 #include <QScreen>
-#include <QSpacerItem>
 #include <fmt/format.h>
 
 #include "ui/bindings.h"
 #include "ui/main_window.h"
 #include "ui/menus.h"
+#include "ui/message_box.h"
 #include "ui/setup_dialog.h"
 #include "ui/twips.h"
 
 namespace ostrel::ui {
 namespace {
 
-constexpr int kFrameButtonsWidth = 120;
-
-QMessageBox::Icon IconOf(MessageIcon icon) {
-  switch (icon) {
-    case MessageIcon::kStop:
-      return QMessageBox::Critical;
-    case MessageIcon::kQuestion:
-      return QMessageBox::Question;
-    case MessageIcon::kExclamation:
-      return QMessageBox::Warning;
-    case MessageIcon::kInformation:
-      break;
-  }
-  return QMessageBox::Information;
-}
+constexpr const char* kCategory = "Message";
 
 float ToTwips(int pixels) {
   return static_cast<float>(pixels * kTwipsPerPixel);
 }
 int ToPixels(float twips) {
   return qRound(twips / kTwipsPerPixel);
-}
-
-/// A station without a display has nobody to read the box: its one line goes where the service
-/// manager keeps what programs say.
-void SayWithoutDisplay(const QString& text) {
-  if (QGuiApplication::platformName() != QLatin1String("offscreen")) return;
-  fmt::print(stderr, "ostrel: {}\n", text.simplified().toStdString());
-}
-
-/// Widens the box until its title stands in the frame uncut, beside the frame's own buttons.
-void MakeRoomForTitle(QMessageBox& box) {
-  QFont bold = box.font();
-  bold.setBold(true);
-  const int width = QFontMetrics(bold).horizontalAdvance(box.windowTitle()) + kFrameButtonsWidth;
-  auto* const grid = qobject_cast<QGridLayout*>(box.layout());
-  if (grid == nullptr) return;
-  grid->addItem(new QSpacerItem(width, 0), grid->rowCount(), 0, 1, grid->columnCount());
 }
 
 Qt::WindowStates StateOf(WindowState state) {
@@ -75,26 +42,31 @@ void WindowDialogs::Attach(MainWindow& mainWindow, SetupDialog& setup) {
   setup_ = &setup;
 }
 
-void WindowDialogs::EndMessages() {
-  ending_ = true;
-  while (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-    box->done(QMessageBox::NoButton);
+void WindowDialogs::ShowMessage(const Message& message,
+                                std::function<void(MessageAnswer)> answered) {
+  if (hasDisplay_) {
+    // Comes up last, in front of the windows that its asker has yet to show, hide and activate.
+    QMetaObject::invokeMethod(
+        mainWindow_, [this, message, answered] { OpenBox(message, answered); },
+        Qt::QueuedConnection);
+    return;
   }
+  const auto text = ToQt(message.text).simplified().toStdString();
+  fmt::print(stderr, "ostrel: {}\n", text);
+  if (log_ != nullptr) log_->WriteLog(kCategory, text);
+  if (answered) answered(SafeAnswer(message));
 }
 
-MessageAnswer WindowDialogs::ShowMessage(const Message& message) {
-  const bool asks = message.buttons == MessageButtons::kYesNo;
-  const MessageAnswer unanswered = asks ? MessageAnswer::kNo : MessageAnswer::kOk;
-  SayWithoutDisplay(ToQt(message.text));
-  if (ending_) return unanswered;
+void WindowDialogs::OpenBox(const Message& message,
+                            const std::function<void(MessageAnswer)>& answered) {
+  for (QWidget* const window : QApplication::topLevelWidgets()) {
+    auto* const open = qobject_cast<MessageBox*>(window);
+    if (open != nullptr && open->Shows(message)) return BringForward(open);
+  }
   QWidget* const owner = setup_->isVisible()        ? static_cast<QWidget*>(setup_)
                          : mainWindow_->isVisible() ? mainWindow_
                                                     : nullptr;
-  QMessageBox box(IconOf(message.icon), ToQt(message.title), ToQt(message.text).remove('\r'),
-                  asks ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok, owner);
-  box.setTextFormat(Qt::PlainText);
-  MakeRoomForTitle(box);
-  return box.exec() == QMessageBox::Yes ? MessageAnswer::kYes : unanswered;
+  BringForward(new MessageBox(message, answered, owner));
 }
 
 void WindowDialogs::ShowErrorWindow(const std::string& text) {

@@ -3,7 +3,9 @@
 #pragma once
 
 #include <QPointer>
+#include <functional>
 
+#include "base/reporting.h"
 #include "platform/clock.h"
 #include "platform/dialogs.h"
 #include "ui/error_window.h"
@@ -20,11 +22,13 @@ class WindowDialogs : public Dialogs {
   /// The windows are made after the core, which holds what they show; this comes before anything
   /// is asked of them.
   void Attach(MainWindow& mainWindow, SetupDialog& setup);
-  /// Closes the message boxes that wait for an answer, and answers later ones at once: the program
-  /// is asked to end.
-  void EndMessages();
+  /// Nobody can see a box: messages go to standard error, where the service manager keeps what
+  /// programs say.
+  void GoWithoutDisplay() { hasDisplay_ = false; }
+  /// ... and from now on to the log as well.
+  void LogMessagesTo(Reporting& log) { log_ = &log; }
 
-  MessageAnswer ShowMessage(const Message& message) override;
+  void ShowMessage(const Message& message, std::function<void(MessageAnswer)> answered) override;
   void ShowErrorWindow(const std::string& text) override;
   void CloseErrorWindow() override;
   void ShowMainWindow() override;
@@ -39,11 +43,14 @@ class WindowDialogs : public Dialogs {
   void EndProgram() override;
 
  private:
+  void OpenBox(const Message& message, const std::function<void(MessageAnswer)>& answered);
+
   const Clock& clock_;
   MainWindow* mainWindow_ = nullptr;
   SetupDialog* setup_ = nullptr;
   QPointer<ErrorWindow> errors_;
-  bool ending_ = false;
+  Reporting* log_ = nullptr;
+  bool hasDisplay_ = true;
 };
 
 }  // namespace ostrel::ui

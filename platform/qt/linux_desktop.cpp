@@ -1,6 +1,6 @@
 #include "platform/qt/linux_desktop.h"
 
-#include <QEventLoop>
+#include <QDeadlineTimer>
 #include <QProcess>
 #include <filesystem>
 #include <fstream>
@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kEnding = ".exe";
 constexpr const char* kOpener = "xdg-open";
-constexpr milliseconds kOpenerPatience{3000};
+constexpr milliseconds kOpenerPatience{10000};
 constexpr milliseconds kMinimizeInterval{250};
 constexpr int kMinimizeTries = 40;
 
@@ -119,27 +119,23 @@ void LinuxDesktop::OpenAddress(const std::string& address) {
   Start({kOpener, address});
 }
 
-bool LinuxDesktop::OpenText(const std::string& path) {
+void LinuxDesktop::OpenText(const std::string& path, std::function<void()> failed) {
   auto* const opener = new QProcess;  // lives as long as the editor does, whoever ends first
   opener->setStandardInputFile(QProcess::nullDevice());
   opener->setStandardOutputFile(QProcess::nullDevice());
   opener->setStandardErrorFile(QProcess::nullDevice());
-  QEventLoop wait;
-  bool opened = true;
-  QObject::connect(opener, &QProcess::errorOccurred, &wait, [&] {
-    opened = false;
-    wait.exit();
+  // An editor that was at work and then fails is no concern of the station's.
+  const QDeadlineTimer patience(kOpenerPatience);
+  QObject::connect(opener, &QProcess::errorOccurred, opener, [=](QProcess::ProcessError error) {
+    if (error != QProcess::FailedToStart) return;  // whatever did start finishes
+    opener->deleteLater();
+    failed();
   });
-  QObject::connect(opener, &QProcess::finished, &wait, [&](int code) {
-    opened = code == 0;
-    wait.exit();
+  QObject::connect(opener, &QProcess::finished, opener, [=](int code) {
+    opener->deleteLater();
+    if (code != 0 && !patience.hasExpired()) failed();
   });
-  QObject::connect(opener, &QProcess::errorOccurred, opener, &QObject::deleteLater);
-  QObject::connect(opener, &QProcess::finished, opener, &QObject::deleteLater);
-  QTimer::singleShot(kOpenerPatience, &wait, [&] { wait.exit(); });
   opener->start(kOpener, {QString::fromStdString(path)});
-  if (opened) wait.exec();
-  return opened;
 }
 
 }  // namespace ostrel

@@ -20,8 +20,8 @@ class LinuxDesktop : public Desktop {
   void StartMinimized(const std::vector<std::string>& command) override;
   void Start(const std::vector<std::string>& command) override;
   void OpenAddress(const std::string& address) override;
-  /// Waits, with the windows alive, a moment for the opener to say that it has no editor.
-  bool OpenText(const std::string& path) override;
+  /// An opener that ends with a failure within some seconds has found no editor.
+  void OpenText(const std::string& path, std::function<void()> failed) override;
 
  private:
   void MinimizeWhenShown();

@@ -1,11 +1,12 @@
-// The rest of a virtual machine: windows that nobody sees, an operator's answers given beforehand,
-// datagrams that go nowhere. All of it remembers what was asked.
+// The rest of a virtual machine: windows that nobody sees, datagrams that go nowhere, other
+// programs that are only named. All of it remembers what was asked.
 #pragma once
 
-#include <deque>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/failure.h"
@@ -18,13 +19,12 @@ namespace ostrel {
 
 class VirtualDialogs : public Dialogs {
  public:
-  MessageAnswer ShowMessage(const Message& message) override {
+  void ShowMessage(const Message& message, std::function<void(MessageAnswer)> answered) override {
     messages.push_back(message);
-    if (answers.empty()) return MessageAnswer::kOk;
-    const auto answer = answers.front();
-    answers.pop_front();
-    return answer;
+    answered_ = std::move(answered);
   }
+  /// The operator closes the box of the last message, which wants to hear of it.
+  void Answer(MessageAnswer answer) { std::exchange(answered_, {})(answer); }
   void ShowErrorWindow(const std::string& text) override { errors.push_back(text); }
   void CloseErrorWindow() override {}
   void ShowMainWindow() override { mainIsShown = true; }
@@ -38,12 +38,14 @@ class VirtualDialogs : public Dialogs {
   void EndProgram() override { hasEnded = true; }
 
   std::vector<Message> messages;
-  std::deque<MessageAnswer> answers;  // for the next messages; kOk beyond them
   std::vector<std::string> errors;
   WindowPlacement placement{0, 0, 7875, 6375};
   bool mainIsShown = false;
   bool setupIsShown = false;
   bool hasEnded = false;
+
+ private:
+  std::function<void(MessageAnswer)> answered_;
 };
 
 class VirtualDatagrams : public Datagrams {
@@ -78,9 +80,9 @@ class VirtualDesktop : public Desktop {
   void StartMinimized(const std::vector<std::string>& command) override { Start(command); }
   void Start(const std::vector<std::string>& command) override { started.push_back(command); }
   void OpenAddress(const std::string& address) override { opened.push_back(address); }
-  bool OpenText(const std::string& path) override {
+  void OpenText(const std::string& path, std::function<void()> failed) override {
     opened.push_back(path);
-    return hasEditor;
+    if (!hasEditor) failed();
   }
 
   std::set<std::string> windows;

@@ -32,8 +32,6 @@ const State kPausing = {
 const State kIdentifying = {
     "in a Morse element", 27, "", "01 00 10 11 ", {{"CWIDTime", "1"}, {"CWSpeed", "1"}}};
 const State kOpening = {"opening", 0, "", kOpened, {{"TxDelay", "5000"}}};
-// No packet host can be opened at this port: start-up says so in a box and waits.
-const State kInAMessage = {"with a message open", 0, "LINE 100", "11 ", {{"UdpPort", "0"}}};
 
 struct StationIn : RealStation {
   explicit StationIn(const State& state) : RealStation(state.settings) {
@@ -59,9 +57,9 @@ TEST(KeyingStates, EndWithBothLinesDownWithinASecond) {
   const struct {
     const State& state;
     int signal;
-  } endings[] = {{kTransmitting, SIGTERM}, {kDraining, SIGTERM},   {kPausing, SIGTERM},
-                 {kIdentifying, SIGTERM},  {kOpening, SIGTERM},    {kInAMessage, SIGTERM},
-                 {kTransmitting, SIGABRT}, {kIdentifying, SIGKILL}};
+  } endings[] = {{kTransmitting, SIGTERM}, {kDraining, SIGTERM}, {kPausing, SIGTERM},
+                 {kIdentifying, SIGTERM},  {kOpening, SIGTERM},  {kTransmitting, SIGABRT},
+                 {kIdentifying, SIGKILL}};
   for (const auto& [state, signal] : endings) {
     SCOPED_TRACE(fmt::format("{}, signal {}", state.name, signal));
     StationIn station(state);
@@ -79,6 +77,15 @@ TEST(KeyingStates, EndWithBothLinesDownWithinASecond) {
     EXPECT_EQ(status, 0);
     EXPECT_EQ(station.CountInLog("Program Stopped"), 1);
   }
+}
+
+TEST(KeyingStates, EndWithAFailedStartThatNobodySees) {
+  const std::map<std::string, std::string> settings = {{"UdpPort", "0"}};  // opens no packet host
+  RealStation station(settings);
+  station.Start();
+  EXPECT_EQ(WEXITSTATUS(station.End(0)), 1);
+  EXPECT_TRUE(station.KeyingRecord().steps.ends_with("00 "));
+  EXPECT_NE(station.Log().find("FormLoad     Error # 5,"), std::string::npos) << station.Log();
 }
 
 TEST(KeyingStates, WithoutTheDeviceBurnNoQueueAndGoOnWhenItIsBack) {

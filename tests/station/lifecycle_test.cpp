@@ -10,12 +10,22 @@ namespace {
 namespace fs = std::filesystem;
 
 TEST(StartUp, ASecondInstanceOrAFolderThatCannotBeWrittenEndsItAndChangesNothing) {
-  const auto attempt = [](VirtualStation& station) {
-    EXPECT_FALSE(station.station->Start());
+  const auto endsUnchanged = [](VirtualStation& station) {
+    EXPECT_TRUE(station.machine.dialogs.hasEnded);
     EXPECT_EQ(station.Names(""), (Lines{"FillFile.txt", "RtMorse.txt"})) << "no log, no store";
+  };
+  const auto attempt = [&](VirtualStation& station) {
+    EXPECT_FALSE(station.station->Start());
+    EXPECT_FALSE(station.machine.dialogs.hasEnded) << "the message waits to be read";
+    station.machine.instance.failure ? station.station->Stop()
+                                     : station.machine.dialogs.Answer(MessageAnswer::kOk);
+    endsUnchanged(station);
     return station.machine.dialogs.messages.at(0).text;
   };
-  VirtualStation second, unwritable;
+  VirtualStation second, unwritable, stoppedAtOnce;
+  stoppedAtOnce.machine.loop.RequestStop();
+  EXPECT_TRUE(stoppedAtOnce.station->Start());
+  endsUnchanged(stoppedAtOnce);
   second.machine.instance.isFirst = false;
   EXPECT_EQ(attempt(second), " The Retransmission Engine Is Already Running");
   unwritable.machine.instance.failure = Failure(70, "Permission denied: /station/.ostrel.lock");
@@ -36,7 +46,7 @@ TEST(StartUp, ADamagedValueStopsItThereAndTheProgramCanBeClosed) {
     SCOPED_TRACE(std::string(key) + " = " + value);
     VirtualStation station;
     station.Set(key, value, section);
-    EXPECT_TRUE(station.station->Start());
+    EXPECT_FALSE(station.station->Start());
     const auto report =
         std::string("Error # ") + failure + ", occurred at reference (unspecified), in Ostrel";
     ASSERT_EQ(station.machine.dialogs.messages.size(), 1U);

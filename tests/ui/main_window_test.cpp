@@ -82,6 +82,17 @@ TEST(MainWindow, TheErrorWindowStampsTheLatestMessage) {
   EXPECT_FALSE(display->isVisible());
 }
 
+TEST(MainWindow, AMessageThatNobodyCanSeeTakesTheAnswerThatChangesNothing) {
+  WindowedStation ostrel;
+  ostrel.dialogs.GoWithoutDisplay();
+  ostrel.dialogs.LogMessagesTo(ostrel.station->reporting());
+  ostrel.WriteFile(ostrel.Path("KvRegSet.txt"), "");
+  ostrel.Find<QAction>("mnuRegistryImport")->trigger();
+  EXPECT_EQ(ostrel.Messages("Message"),
+            Lines{"Do you really want to import the backup registry entries?"});
+  EXPECT_TRUE(ostrel.Boxes().empty() && ostrel.machine.desktop.started.empty());
+}
+
 TEST(MainWindow, TheCloseBoxEndsTheStationAndTheNextWindowComesBackWhereItStood) {
   WindowedStation ostrel;
   ostrel.mainWindow->setGeometry(120, 90, 600, 500);

@@ -64,17 +64,47 @@ TEST(SetupDialog, PatternsAreAddedRefusedAndRemoved) {
   EXPECT_TRUE(list.empty());
 }
 
-TEST(SetupDialog, ScheduleEntriesAreAddedRefusedEditedAndRemoved) {
+TEST(SetupDialog, ScheduleEntriesAreAddedEditedAndRemoved) {
   WindowedStation ostrel;
   ostrel.ShowSetup(kScheduleTab);
   EXPECT_TRUE(ostrel.Enter("txtSchedule", "13:00 /A/X.TXT /b/x.txt").empty());
   EXPECT_TRUE(ostrel.Enter("txtSchedule", "13:30 /a/y.txt /b/y.txt").empty());
-  EXPECT_EQ(ostrel.Enter("txtSchedule", "25:00 /a /b").size(), 1);
-  EXPECT_EQ(ostrel.setupDialog->focusWidget()->objectName(), "txtSchedule");
   ostrel.Select("lstSchedule", {0});
   EXPECT_EQ(ostrel.Find<QLineEdit>("txtSchedule")->text(), "13:00 /a/x.txt /b/x.txt");
   ostrel.Click("cmdRemove");
   EXPECT_EQ(Entries(ostrel.setup().lstSchedule), Lines{"13:30 /a/y.txt /b/y.txt"});
+}
+
+TEST(SetupDialog, ABoxThatIsLeftOpenKeepsNeitherTheTransmitterNorTheDialogWaiting) {
+  WindowedStation ostrel;
+  ostrel.setup().totdown.Set("1");
+  ostrel.setup().IDTime.Set("0");
+  ostrel.ShowSetup(kScheduleTab);
+  const auto refuse = [&] {
+    ostrel.Type("txtSchedule", "25:00 /a /b");
+    QTest::keyClick(ostrel.Find<QWidget>("txtSchedule"), Qt::Key_Return);
+    QCoreApplication::processEvents();
+  };
+  // In the drain before the pause, and in the pause.
+  for (const auto at : {122s, 128s}) ostrel.machine.loop.OperatorAt(at, refuse);
+  ostrel.Run(3min);
+
+  std::vector<milliseconds> changes;
+  for (const auto& event : ostrel.machine.line.keying) {
+    if (event.line == 1 && event.at > 0s) changes.push_back(event.at);
+  }
+  ASSERT_EQ(changes.size(), 2U) << "one pause";
+  EXPECT_TRUE(changes[0] > 122s && changes[0] < 128s) << changes[0].count();
+  EXPECT_LT(changes[1] - changes[0], 11s + 50ms);
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr) << "every other window can be used";
+  for (const bool isClosed : {false, true}) {
+    if (isClosed) QTest::keyClick(ostrel.Boxes()[0], Qt::Key_Return);
+    EXPECT_EQ(ostrel.Boxes().size(), isClosed ? 0 : 1) << "the same message twice is one box";
+    EXPECT_TRUE(ostrel.setupDialog->isVisible());
+    EXPECT_EQ(ostrel.setupDialog->isActiveWindow(), isClosed);
+    EXPECT_EQ(ostrel.setupDialog->focusWidget()->objectName(), "txtSchedule");
+    EXPECT_EQ(ostrel.Find<QLineEdit>("txtSchedule")->text(), "25:00 /a /b");
+  }
 }
 
 TEST(SetupDialog, TheKeysLeadToEveryTabAndFieldAndTypingBeginsAtOnce) {
@@ -121,13 +151,15 @@ TEST(SetupDialog, ALogSizeThatIsNoNumberKeepsTheDialog) {
   ostrel.ShowSetup(kSystemTab);
   ostrel.Type("txtLogSize", "much");
   ostrel.Find<QTabWidget>("SSTab1")->setCurrentIndex(0);
-  EXPECT_EQ(ostrel.MessagesOf([&] { ostrel.setupDialog->close(); }).value(0),
-            "Log file size must be numeric.");
+  ostrel.setupDialog->close();
+  ASSERT_EQ(ostrel.Boxes().size(), 1);
+  EXPECT_EQ(ostrel.Boxes()[0]->text(), "Log file size must be numeric.");
   EXPECT_TRUE(ostrel.Find<QLineEdit>("txtLogSize")->isVisible());
   EXPECT_EQ(ostrel.setupDialog->focusWidget()->objectName(), "txtLogSize");
 
   ostrel.Type("txtLogSize", "100");
-  EXPECT_TRUE(ostrel.MessagesOf([&] { ostrel.Find<QAction>("exitmenu")->trigger(); }).empty());
+  ostrel.Find<QAction>("exitmenu")->trigger();
+  EXPECT_TRUE(ostrel.Boxes().empty()) << "what was said of the dialog goes with it";
   EXPECT_FALSE(ostrel.setupDialog->isVisible());
   EXPECT_EQ(ostrel.Find<QLineEdit>("txtLogSize")->text(), "50000");
 }

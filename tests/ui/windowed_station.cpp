@@ -1,8 +1,5 @@
 #include "tests/ui/windowed_station.h"
 
-#include <QMessageBox>
-#include <QTimer>
-
 namespace ostrel {
 
 WindowedStation::WindowedStation() {
@@ -38,7 +35,13 @@ void WindowedStation::Type(const QString& field, const QString& text) {
 
 QStringList WindowedStation::Enter(const QString& field, const QString& text) {
   Type(field, text);
-  return MessagesOf([&] { QTest::keyClick(Find<QWidget>(field), Qt::Key_Return); });
+  QTest::keyClick(Find<QWidget>(field), Qt::Key_Return);
+  QStringList seen;
+  for (auto* const box : Boxes()) {
+    seen << box->text();
+    QTest::keyClick(box, Qt::Key_Return);
+  }
+  return seen;
 }
 
 void WindowedStation::Click(const QString& element) {
@@ -56,18 +59,14 @@ void WindowedStation::Select(const QString& list, std::initializer_list<int> row
   }
 }
 
-QStringList WindowedStation::MessagesOf(const std::function<void()>& action) {
-  QStringList seen;
-  QTimer operatorAtScreen;
-  QObject::connect(&operatorAtScreen, &QTimer::timeout, &operatorAtScreen, [&] {
-    auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-    if (box == nullptr) return;
-    seen << box->text();
-    QTest::keyClick(box, Qt::Key_Return);
-  });
-  operatorAtScreen.start(0);
-  action();
-  return seen;
+QList<QMessageBox*> WindowedStation::Boxes() {
+  QCoreApplication::processEvents();
+  QList<QMessageBox*> boxes;
+  for (QWidget* const window : QApplication::topLevelWidgets()) {
+    auto* const box = qobject_cast<QMessageBox*>(window);
+    if (box != nullptr && box->isVisible()) boxes << box;
+  }
+  return boxes;
 }
 
 }  // namespace ostrel

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QTest>
 
 #include "tests/support/virtual_station.h"
@@ -31,13 +32,13 @@ class WindowedStation : public VirtualStation {
   /// Shows the dialog on a tab, and waits until it is active.
   void ShowSetup(int tab);
   void Type(const QString& field, const QString& text);
-  /// Types and presses Enter; what the program said to it.
+  /// Types and presses Enter; what the program said to it, each box closed by its own default.
   QStringList Enter(const QString& field, const QString& text);
   void Click(const QString& element);
   /// Selects these positions, the first by a click and the others with Ctrl.
   void Select(const QString& list, std::initializer_list<int> rows);
-  /// What `action` made the program say, each box answered by its own default.
-  QStringList MessagesOf(const std::function<void()>& action);
+  /// The message boxes that are open.
+  QList<QMessageBox*> Boxes();
 
   /// The windows stay for the next look, where the program would end with them.
   struct KeptDialogs : ui::WindowDialogs {

@@ -120,11 +120,16 @@ TEST_F(WindowsTest, MinimizesWhatItStartsAndRestoresAWindowOfThatProgramAlone) {
   EXPECT_TRUE(BecomesIconic(dialog, false));
 }
 
-TEST_F(LinuxDesktopTest, TellsWhetherATextFoundItsEditor) {
-  WriteScript("xdg-open", "[ $1 = /some/RtLog.txt ]");
-  EXPECT_TRUE(desktop_.OpenText("/some/RtLog.txt"));
+TEST_F(LinuxDesktopTest, TellsLaterThatATextFoundNoEditor) {
+  int failures = 0;
+  const auto open = [&] { desktop_.OpenText("/some/RtLog.txt", [&] { ++failures; }); };
+  WriteScript("xdg-open", "echo $1 > " + (folder_ / "argument"));
+  open();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return fs::exists(folder_ / "argument"); }));
   WriteScript("xdg-open", "exit 3");
-  EXPECT_FALSE(desktop_.OpenText("/some/RtLog.txt"));
+  open();
+  EXPECT_EQ(failures, 0) << "it does not wait";
+  EXPECT_TRUE(QTest::qWaitFor([&] { return failures == 1; }));
 }
 
 }  // namespace
