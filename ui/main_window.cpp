@@ -11,6 +11,7 @@
 #include "ui/elided_label.h"
 #include "ui/looks.h"
 #include "ui/menus.h"
+#include "ui/setup_dialog.h"
 #include "ui/status_window.h"
 #include "ui/twips.h"
 #include "ui/value_label.h"
@@ -75,7 +76,9 @@ MainWindow::MainWindow(ostrel::MainWindow& state, const Engine& engine, Operator
 
 void MainWindow::closeEvent(QCloseEvent* event) {
   event->ignore();
-  operators_.Close();
+  // A taskbar closes a window that is not active; the setup dialog has not been left then.
+  auto* const setup = findChild<SetupDialog*>();
+  if (setup == nullptr || setup->Leave()) operators_.Close();
 }
 
 template <typename Label>

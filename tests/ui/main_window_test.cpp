@@ -93,16 +93,19 @@ TEST(MainWindow, AMessageThatNobodyCanSeeTakesTheAnswerThatChangesNothing) {
   EXPECT_TRUE(ostrel.Boxes().empty() && ostrel.machine.desktop.started.empty());
 }
 
-TEST(MainWindow, TheCloseBoxEndsTheStationAndTheNextWindowComesBackWhereItStood) {
+TEST(MainWindow, TheCloseBoxLeavesSetupEndsTheStationAndTheNextWindowComesBackWhereItStood) {
   WindowedStation ostrel;
   ostrel.mainWindow->setGeometry(120, 90, 600, 500);
   const QPoint place = ostrel.mainWindow->pos();
+  ostrel.ShowSetup(0);
+  ostrel.Type("CWidenty", "W1AW");
   EXPECT_FALSE(ostrel.mainWindow->close());
   EXPECT_TRUE(ostrel.machine.dialogs.hasEnded);
   EXPECT_FALSE(ostrel.machine.cycleTimer.IsRunning());
   ostrel.Restart();
   EXPECT_EQ(ostrel.mainWindow->pos(), place);
   EXPECT_EQ(ostrel.mainWindow->size(), QSize(600, 500));
+  EXPECT_EQ(ostrel.setup().CWidenty.Get(), "W1AW");
 }
 
 }  // namespace

@@ -146,16 +146,17 @@ TEST(SetupDialog, GoingToTheMainWindowButNotToAnotherProgramStoresEverything) {
   EXPECT_EQ(ostrel.setup().Diddle.Get(), "/fill/\xe9.txt");
 }
 
-TEST(SetupDialog, ALogSizeThatIsNoNumberKeepsTheDialog) {
+TEST(SetupDialog, ALogSizeThatIsNoNumberKeepsTheDialogAndTheProgram) {
   WindowedStation ostrel;
   ostrel.ShowSetup(kSystemTab);
   ostrel.Type("txtLogSize", "much");
   ostrel.Find<QTabWidget>("SSTab1")->setCurrentIndex(0);
-  ostrel.setupDialog->close();
+  ostrel.mainWindow->close();
   ASSERT_EQ(ostrel.Boxes().size(), 1);
   EXPECT_EQ(ostrel.Boxes()[0]->text(), "Log file size must be numeric.");
   EXPECT_TRUE(ostrel.Find<QLineEdit>("txtLogSize")->isVisible());
   EXPECT_EQ(ostrel.setupDialog->focusWidget()->objectName(), "txtLogSize");
+  EXPECT_FALSE(ostrel.machine.dialogs.hasEnded);
 
   ostrel.Type("txtLogSize", "100");
   ostrel.Find<QAction>("exitmenu")->trigger();
