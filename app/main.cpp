@@ -106,7 +106,7 @@ int main(int /*count*/, char* arguments[]) {
   Station station(machine.AsPlatform());
   ui::MainWindow mainWindow(station.mainWindow(), station.engine(), station.operators());
   auto* const setup = new ui::SetupDialog(station.setup(), station.operators(), &mainWindow);
-  machine.dialogs.Attach(mainWindow, *setup);
+  machine.dialogs.Attach(mainWindow, *setup, station.setup(), station.operators());
   const bool isSeen = QGuiApplication::platformName() != QLatin1String("offscreen");
   if (!isSeen) machine.dialogs.GoWithoutDisplay();
 

@@ -10,6 +10,7 @@
 #include "config/ingest_programs.h"
 #include "config/program_log.h"
 #include "config/settings_io.h"
+#include "config/settings_table.h"
 #include "config/settings_transfer.h"
 #include "engine/output_channels.h"
 #include "ident/morse_identification.h"
@@ -169,6 +170,17 @@ void Operator::BraskClicked() {
 
 void Operator::ByteBlasterClicked() {
   if (IsChecked(parts_.setup.chkByteBlaster)) parts_.setup.chkBrask.Set(Check::kUnchecked);
+}
+
+void Operator::ShowErrorsClicked() {
+  parts_.activity.Run([this] {
+    parts_.values.showErrors = IsChecked(parts_.setup.chkShowErrors);
+    TryStep([this] {
+      OpenAtRoot(parts_.platform.stores)
+          ->WriteSetting(KeyPath(Section::kShared), "ShowErrors",
+                         parts_.values.showErrors ? "1" : "0");
+    });
+  });
 }
 
 SaveOutcome Operator::LeaveSetup() {

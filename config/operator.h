@@ -91,6 +91,10 @@ class Operator {
   void BraskClicked();
   void ByteBlasterClicked();
 
+  /// A click on "Show Errors" in the error window: in force at once and stored by itself, where the
+  /// setup dialog's is stored with everything else.
+  void ShowErrorsClicked();
+
   /// The setup dialog lost activation to another window of the program (or is being closed).
   /// Stores everything; the result says whether the dialog hides or stays with a field in focus.
   SaveOutcome LeaveSetup();

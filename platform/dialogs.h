@@ -43,7 +43,8 @@ class Dialogs {
   /// not left by a message box.
   virtual void ShowMessage(const Message& message,
                            std::function<void(MessageAnswer)> answered = {}) = 0;
-  /// Opens the error window, or brings it forward, and sets its message.
+  /// Opens the error window, or brings it forward, and sets its message. The activation goes to it,
+  /// but for a message that it has had since it was opened.
   virtual void ShowErrorWindow(const std::string& text) = 0;
   virtual void CloseErrorWindow() = 0;
   virtual void ShowMainWindow() = 0;

@@ -1,19 +1,28 @@
 #include "ui/error_window.h"
 
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QVBoxLayout>
 
 #include "ui/bindings.h"
+#include "ui/form.h"
 
 namespace ostrel::ui {
 namespace {
 
 constexpr QSize kInitialSize(480, 300);
+constexpr int kMostKnown = 100;
+
+QString WithoutTime(QString text) {
+  static const QRegularExpression time("^At .*$", QRegularExpression::MultilineOption);
+  return text.remove(time);
+}
 
 }  // namespace
 
-ErrorWindow::ErrorWindow(const Clock& clock, QWidget* parent)
+ErrorWindow::ErrorWindow(const Clock& clock, Setup& setup, Operator& operators, QWidget* parent)
     : QDialog(parent),
       clock_(clock),
       txtError_(new QPlainTextEdit(this)),
@@ -30,6 +39,9 @@ ErrorWindow::ErrorWindow(const Clock& clock, QWidget* parent)
   txtDisplay_->setReadOnly(true);
   txtDisplay_->setTabChangesFocus(true);
   heading->setBuddy(txtDisplay_);
+  auto* const showErrors = MakeCheckBox(this, "chkShowErrors", "Show Errors", setup.chkShowErrors,
+                                        "Check for program to pop-up program errors.");
+  connect(showErrors, &QCheckBox::clicked, this, [&operators] { operators.ShowErrorsClicked(); });
   auto* const close = new QPushButton("&Close", this);
   close->setObjectName("cmdClose");
   connect(close, &QPushButton::clicked, this, &QWidget::close);
@@ -37,15 +49,24 @@ ErrorWindow::ErrorWindow(const Clock& clock, QWidget* parent)
   auto* const layout = new QVBoxLayout(this);
   layout->addWidget(heading);
   layout->addWidget(txtDisplay_);
-  layout->addWidget(close, 0, Qt::AlignHCenter);
+  auto* const bottom = new QHBoxLayout;
+  bottom->addWidget(showErrors);
+  bottom->addStretch();
+  bottom->addWidget(close);
+  layout->addLayout(bottom);
   resize(kInitialSize);
   connect(txtError_, &QPlainTextEdit::textChanged, this, &ErrorWindow::Display);
 }
 
-void ErrorWindow::SetMessage(const QString& text) {
+ErrorNews ErrorWindow::SetMessage(const QString& text) {
   QString plain = text;
   plain.replace("\r\n", "\n");
-  if (plain != txtError_->toPlainText()) txtError_->setPlainText(plain);
+  txtError_->setPlainText(plain);
+  const QString failure = WithoutTime(plain);
+  if (known_.contains(failure)) return ErrorNews::kKnown;
+  if (known_.size() == kMostKnown) known_.clear();
+  known_.insert(failure);
+  return ErrorNews::kNew;
 }
 
 void ErrorWindow::Display() {

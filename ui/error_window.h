@@ -1,21 +1,29 @@
-// Shows the latest failure, stamped with the time it arrived.
+// Shows the latest failure, stamped with the time it arrived, and lets the operator have no more of
+// them.
 #pragma once
 
 #include <QDialog>
 #include <QPlainTextEdit>
+#include <QSet>
 
+#include "config/operator.h"
 #include "platform/clock.h"
+#include "state/setup.h"
 
 namespace ostrel::ui {
+
+/// Whether a message has been in this window before.
+enum class ErrorNews { kNew, kKnown };
 
 class ErrorWindow : public QDialog {
   Q_OBJECT
 
  public:
-  ErrorWindow(const Clock& clock, QWidget* parent);
+  ErrorWindow(const Clock& clock, Setup& setup, Operator& operators, QWidget* parent);
 
-  /// A text that the window already holds does not count as a new message.
-  void SetMessage(const QString& text);
+  /// Shows the message with the present time. Known is what has come since the window was opened,
+  /// the line aside that tells when the failure was: a failure that lasts comes at every tick.
+  ErrorNews SetMessage(const QString& text);
 
  private:
   void Display();
@@ -23,6 +31,7 @@ class ErrorWindow : public QDialog {
   const Clock& clock_;
   QPlainTextEdit* txtError_;  // hidden: the message as it came
   QPlainTextEdit* txtDisplay_;
+  QSet<QString> known_;
 };
 
 }  // namespace ostrel::ui

@@ -37,9 +37,11 @@ Qt::WindowStates StateOf(WindowState state) {
 
 }  // namespace
 
-void WindowDialogs::Attach(MainWindow& mainWindow, SetupDialog& setup) {
+void WindowDialogs::Attach(MainWindow& mainWindow, SetupDialog& setup, Setup& fields,
+                           Operator& operators) {
   mainWindow_ = &mainWindow;
   setup_ = &setup;
+  makeErrorWindow_ = [&, this] { return new ErrorWindow(clock_, fields, operators, &mainWindow); };
 }
 
 void WindowDialogs::ShowMessage(const Message& message,
@@ -70,9 +72,9 @@ void WindowDialogs::OpenBox(const Message& message,
 }
 
 void WindowDialogs::ShowErrorWindow(const std::string& text) {
-  if (!errors_) errors_ = new ErrorWindow(clock_, mainWindow_);
-  errors_->SetMessage(ToQt(text));
-  BringForward(errors_);
+  if (!errors_) errors_ = makeErrorWindow_();
+  if (errors_->SetMessage(ToQt(text)) == ErrorNews::kNew) return BringForward(errors_);
+  errors_->raise();
 }
 
 void WindowDialogs::CloseErrorWindow() {

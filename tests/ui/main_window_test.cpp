@@ -1,3 +1,4 @@
+#include <QCheckBox>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QSignalSpy>
@@ -71,15 +72,27 @@ TEST(MainWindow, TheStatusWindowShowsTheQueuesAtOnceAndIsOnlyOne) {
   EXPECT_EQ(ostrel.Find<QLabel>("lblMaxWait(9)")->text(), "7");
 }
 
-TEST(MainWindow, TheErrorWindowStampsTheLatestMessage) {
+TEST(MainWindow, AFailureThatLastsLeavesTheOperatorInSetupAndIsSilencedInItsOwnWindow) {
   WindowedStation ostrel;
-  ostrel.dialogs.ShowErrorWindow("first\r\nline");
-  ostrel.machine.clock.Advance(std::chrono::seconds(5));
-  ostrel.dialogs.ShowErrorWindow("second");
-  auto* const display = ostrel.Find<QPlainTextEdit>("txtDisplay");
-  EXPECT_EQ(display->toPlainText(), "11/18/2026 12:00:05\nsecond");
-  ostrel.dialogs.CloseErrorWindow();
-  EXPECT_FALSE(display->isVisible());
+  const auto comesForward = [&](const char* failure) {
+    ostrel.ShowSetup(0);
+    ostrel.machine.clock.Advance(5s);
+    ostrel.station->reporting().ReportError(Failure(61, failure), "Timer");
+    QCoreApplication::processEvents();
+    return QApplication::activeWindow() != ostrel.setupDialog && ostrel.setupDialog->isHidden();
+  };
+  EXPECT_TRUE(comesForward("Disk full"));
+  EXPECT_FALSE(comesForward("Disk full"));
+  const auto text = ostrel.Find<QPlainTextEdit>("txtDisplay")->toPlainText();
+  EXPECT_TRUE(text.startsWith("11/18/2026 12:00:10\nOstrel.frmMain.Timer"));
+  EXPECT_TRUE(comesForward("Permission denied"));
+  EXPECT_FALSE(comesForward("Disk full")) << "they take turns";
+
+  QTest::mouseClick(ostrel.Find<QDialog>("frmError")->findChild<QCheckBox*>(), Qt::LeftButton);
+  ostrel.Click("cmdClose");
+  EXPECT_FALSE(comesForward("Device I/O error"));
+  ostrel.Restart();
+  EXPECT_EQ(ostrel.setup().chkShowErrors.Get(), Check::kUnchecked);
 }
 
 TEST(MainWindow, AMessageThatNobodyCanSeeTakesTheAnswerThatChangesNothing) {

@@ -16,7 +16,7 @@ void WindowedStation::MakeStation() {
                                                machine.desktop, machine.instance});
   mainWindow = std::make_unique<ui::MainWindow>(window(), station->engine(), station->operators());
   setupDialog = new ui::SetupDialog(setup(), station->operators(), mainWindow.get());
-  dialogs.Attach(*mainWindow, *setupDialog);
+  dialogs.Attach(*mainWindow, *setupDialog, setup(), station->operators());
 }
 
 void WindowedStation::ShowSetup(int tab) {
