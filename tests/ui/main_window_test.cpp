@@ -76,7 +76,7 @@ TEST(MainWindow, AFailureThatLastsLeavesTheOperatorInSetupAndIsSilencedInItsOwnW
   WindowedStation ostrel;
   const auto comesForward = [&](const char* failure) {
     ostrel.ShowSetup(0);
-    ostrel.machine.clock.Advance(5s);
+    ostrel.Run(5s);
     ostrel.station->reporting().ReportError(Failure(61, failure), "Timer");
     QCoreApplication::processEvents();
     return QApplication::activeWindow() != ostrel.setupDialog && ostrel.setupDialog->isHidden();
