@@ -20,6 +20,7 @@
 #include "intake/compression.h"
 #include "intake/file_copy.h"
 #include "intake/ingest_scan.h"
+#include "intake/kept_files.h"
 #include "intake/pending_files.h"
 #include "intake/queue_intake.h"
 #include "intake/routing_rules.h"
@@ -65,6 +66,7 @@ class Station {
   RoutingRules rules_;
   PendingFiles pending_;
   Compression compression_;
+  KeptFiles kept_;
   IngestScan scan_;
   QueueIntake intake_;
   MorseIdentification morse_;

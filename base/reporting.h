@@ -75,4 +75,17 @@ bool TryStep(Step&& step) {
   }
 }
 
+/// Runs the step of one part of a work that goes on without it. A failure adds "NAME (reason)" to
+/// `failed`. Returns true when the step did its work.
+template <typename Step>
+bool TryPart(std::vector<std::string>& failed, std::string_view name, Step&& step) {
+  try {
+    std::forward<Step>(step)();
+    return true;
+  } catch (const std::exception& error) {
+    failed.push_back(std::string(name) + " (" + AsFailure(error).text() + ")");
+    return false;
+  }
+}
+
 }  // namespace ostrel

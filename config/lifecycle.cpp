@@ -38,6 +38,7 @@ bool Lifecycle::StartUp() {
     PlaceMainWindow();
     parts_.reporting.WriteLog(kCategory, fmt::format("Program Started - {}.{} build {}",
                                                      kVersionMajor, kVersionMinor, kVersionBuild));
+    parts_.engine.portMayOpen = true;
     parts_.settings.LoadSettings();
     parts_.engine.datagramSequence = 1;
     parts_.platform.dialogs.ShowMainWindow();
@@ -51,6 +52,7 @@ bool Lifecycle::StartUp() {
     parts_.platform.cycleTimer.Start(kCyclePeriod);
     return true;
   } catch (const std::exception& error) {
+    parts_.engine.portMayOpen = parts_.settings.IsLoaded();
     const auto report = DescribeFailure(AsFailure(error));
     parts_.reporting.WriteLog(kStartProcedure, report);
     parts_.platform.dialogs.ShowMainWindow();
@@ -79,14 +81,15 @@ void Lifecycle::RemoveTemporaries() {
   };
   const auto& values = parts_.values;
   for (int n = 1; n <= kCompressFolder; ++n) clean(values.HoldingFolder(n));
-  for (const auto& folder :
-       {values.programFolder, values.ingestPath, values.TransmitFolder(), values.SentFolder()})
+  for (const auto& folder : {values.programFolder, values.ingestPath, values.TransmitFolder(),
+                             values.SentFolder(), values.KeptFolder()})
     clean(folder);
 }
 
 void Lifecycle::PlaceMainWindow() {
   CentreMainWindow(parts_.platform.dialogs);
   const auto store = OpenAtRoot(parts_.platform.stores);
+  placementIsKnown_ = true;  // a damaged value of it is put right at the end
   RestorePlacement(*store, parts_.platform.dialogs);
 }
 
@@ -124,6 +127,7 @@ void Lifecycle::ShutDown() {
       [&] { platform.port.Close(); },
       [&] { parts_.output.ClosePacketHost(); },
       [&] { purge_.reset(); },
+      [&] { parts_.settings.SaveUnsaved(); },
       [&] { platform.dialogs.UnloadSetup(); },
       [&] { platform.dialogs.CloseErrorWindow(); },
       [&] { parts_.ingest.ShowIngest(); },
@@ -135,6 +139,7 @@ void Lifecycle::ShutDown() {
 }
 
 void Lifecycle::SavePlacement() {
+  if (!placementIsKnown_) return;  // the window stands where nobody put it
   const auto store = OpenAtRoot(parts_.platform.stores);
   StorePlacement(*store, parts_.platform.dialogs.Placement());
 }

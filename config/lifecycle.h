@@ -52,6 +52,7 @@ class Lifecycle {
   Parts parts_;
   bool hasBegun_ = false;
   std::optional<FilePurge> purge_;
+  bool placementIsKnown_ = false;
 };
 
 }  // namespace ostrel

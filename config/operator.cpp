@@ -33,7 +33,7 @@ std::string SteppedAround(const std::string& text, Button button, int first, int
 }  // namespace
 
 void Operator::ShowSetup() {
-  parts_.activity.Run([this] { parts_.platform.dialogs.ShowSetup(); });
+  parts_.activity.Run([this] { parts_.settings.OpenSetup(); });
 }
 
 void Operator::SendMorseId() {
@@ -184,7 +184,7 @@ void Operator::ShowErrorsClicked() {
 }
 
 SaveOutcome Operator::LeaveSetup() {
-  auto outcome = SaveOutcome::kStay;
+  auto outcome = SaveOutcome::kHide;
   parts_.activity.Run([&] { outcome = parts_.settings.SaveSettings(); });
   return outcome;
 }

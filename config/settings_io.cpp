@@ -11,6 +11,9 @@ namespace ostrel {
 namespace {
 
 constexpr double kSmallestLog = 50000;
+constexpr const char* kStoreName = "the settings store";
+constexpr const char* kTriedAgain =
+    " They are in force, and are tried again when Setup is left and when the program ends.";
 
 std::string WithoutSeparator(std::string_view path) {
   if (path.ends_with('/')) path.remove_suffix(1);
@@ -49,28 +52,74 @@ void Fill(const SettingField& field, const std::string& text) {
   if (const auto* box = std::get_if<Field<Check>*>(&field)) (*box)->Set(CheckOf(text));
 }
 
+/// Throws Failure 13 or 6 for a text that names no engine number.
+std::int16_t EngineOf(const std::string& text) {
+  const auto engine = StrictInteger(text);
+  if (engine < INT16_MIN || engine > INT16_MAX)
+    throw Failure(failure_number::kOverflow, "Overflow");
+  return static_cast<std::int16_t>(engine);
+}
+
+/// Throws Failure 13 or 6 for a text that does not convert.
+void TakeValue(ProgramValues& values, const std::string& key, const std::string& text) {
+  if (key == "IngestPath") values.ingestPath = WithSeparator(text);
+  if (key == "Engine") values.engine = EngineOf(text);
+  if (key == "LogSize") values.logSize = LeadingInteger(text);
+  if (key == "UnZipFiles") values.unZipFiles = StrictBoolean(text);
+  if (key == "PacketHost") values.packetHost = StrictBoolean(text);
+  if (key == "UdpAddress") values.udpAddress = text;
+  if (key == "UdpPort") values.udpPort = StrictInteger(text);
+}
+
+std::string Read(SettingsStore& store, const SettingRow& row) {
+  return store.ReadSetting(KeyPath(row.section), row.key, row.fallback);
+}
+
 }  // namespace
 
 void SettingsIo::LoadProgramValues() {
-  const auto store = OpenAtRoot(parts_.stores);
-  const auto rows = StartupSettings(parts_.values.programFolder);
-  auto row = rows.begin();
-  const auto next = [&] {
-    const auto text = store->ReadSetting(KeyPath(row->section), row->key, row->fallback);
-    ++row;
-    return text;
-  };
+  const auto damaged = ReadProgramValues(*OpenAtRoot(parts_.stores));
+  if (!damaged.empty()) throw damaged.front().failure;
+}
+
+std::vector<SettingsIo::Damaged> SettingsIo::ReadProgramValues(SettingsStore& store) {
+  std::vector<Damaged> damaged;
   auto& values = parts_.values;
-  values.ingestPath = WithSeparator(next());
-  const auto engine = StrictInteger(next());
-  if (engine < INT16_MIN || engine > INT16_MAX)
-    throw Failure(failure_number::kOverflow, "Overflow");
-  values.engine = static_cast<std::int16_t>(engine);
-  values.logSize = LeadingInteger(next());
-  values.unZipFiles = StrictBoolean(next());
-  values.packetHost = StrictBoolean(next());
-  values.udpAddress = next();
-  values.udpPort = StrictInteger(next());
+  for (const auto& row : StartupSettings(values.programFolder)) {
+    const auto text = Read(store, row);
+    try {
+      TakeValue(values, row.key, text);
+    } catch (const Failure& failure) {
+      TakeValue(values, row.key, row.fallback);
+      damaged.push_back({row.key, failure});
+    }
+  }
+  // The first lines are written before the fields are filled: a daily log is daily for them too.
+  for (const auto& row : FieldSettings(parts_.setup, values.programFolder)) {
+    if (row.key == "LogDaily") Fill(row.field, Read(store, row));
+  }
+  return damaged;
+}
+
+void SettingsIo::OpenSetup() {
+  const auto unread = LoadWhatIsMissing();
+  parts_.dialogs.ShowSetup();
+  if (unread.empty() || unread == toldUnread_) return;
+  toldUnread_ = unread;
+  Say(fmt::format("These settings could not be loaded: {}.", fmt::join(unread, ", ")));
+}
+
+std::vector<std::string> SettingsIo::LoadWhatIsMissing() {
+  auto unread = parts_.rules.LoadRuleLists();
+  if (isLoaded_) return unread;
+  TryPart(unread, kStoreName, [&] {
+    for (const auto& [key, failure] : ReadProgramValues(*OpenAtRoot(parts_.stores)))
+      unread.push_back(fmt::format("{} ({})", key, failure.text()));
+    ShowProgramValues();
+    LoadFields();
+    parts_.schedule.LoadSchedule();
+  });
+  return unread;
 }
 
 void SettingsIo::LoadSettings() {
@@ -79,9 +128,9 @@ void SettingsIo::LoadSettings() {
   LoadFields();
   parts_.output.OpenComPort();
   parts_.compression.RefreshCompressList();
-  if (parts_.setup.CompFiles.Get().empty()) parts_.setup.CompFiles.Set("20");
   parts_.values.showErrors = IsChecked(parts_.setup.chkShowErrors);
   parts_.schedule.LoadSchedule();
+  parts_.kept.GiveBack();
   parts_.dialogs.HideSetup();
 }
 
@@ -99,9 +148,11 @@ void SettingsIo::ShowProgramValues() {
 void SettingsIo::LoadFields() {
   const auto store = OpenAtRoot(parts_.stores);
   for (const auto& row : FieldSettings(parts_.setup, parts_.values.programFolder))
-    Fill(row.field, store->ReadSetting(KeyPath(row.section), row.key, row.fallback));
+    Fill(row.field, Read(*store, row));
+  if (parts_.setup.CompFiles.Get().empty()) parts_.setup.CompFiles.Set("20");
   // Set here as well: an interval that is the field's initial text is no change of it.
   parts_.morse.RestartCountdown();
+  isLoaded_ = true;
 }
 
 SaveOutcome SettingsIo::SaveSettings() {
@@ -113,20 +164,36 @@ SaveOutcome SettingsIo::SaveSettings() {
     return SaveOutcome::kFocusLogSize;
   }
   if (LeadingNumber(setup.txtLogSize.Get()) < kSmallestLog) setup.txtLogSize.Set("50000");
-  TakeProgramValues();
-
-  auto unsaved = parts_.rules.SaveRuleLists();
-  if (!TryStep([&] { StoreFields(unsaved); })) unsaved.emplace_back("the settings store");
-  parts_.values.ingestPath = WithSeparator(setup.txtIngestPath.Get());
-  if (!unsaved.empty()) {
-    parts_.dialogs.ShowMessage(
-        {kProgramName,
-         fmt::format("These settings could not be saved: {}.", fmt::join(unsaved, ", ")),
-         MessageIcon::kExclamation});
-    return SaveOutcome::kStay;
-  }
+  if (isLoaded_) TakeProgramValues();
+  const auto edited = Edited();
+  const bool isNews = unsaved_ != edited;
+  unsaved_ = edited;  // first of all: a stop in the midst of the saving ends it
+  const auto refusal = SaveUnsaved();
+  if (isLoaded_) parts_.values.ingestPath = WithSeparator(setup.txtIngestPath.Get());
+  parts_.kept.GiveBack();
   parts_.dialogs.HideSetup();
+  if (!refusal.empty() && isNews) Say(refusal + kTriedAgain);
   return SaveOutcome::kHide;
+}
+
+std::string SettingsIo::SaveUnsaved() {
+  if (!unsaved_) return {};
+  auto failed = parts_.rules.SaveRuleLists(unsaved_->rules);
+  TryPart(failed, kStoreName, [&] {
+    if (!unsaved_->areLoaded) throw Failure(failure_number::kDeviceError, "it was not loaded");
+    OpenAtRoot(parts_.stores)->WriteAll(unsaved_->values);
+  });
+  if (failed.empty()) {
+    unsaved_.reset();
+    return {};
+  }
+  auto text = fmt::format("These settings could not be saved: {}.", fmt::join(failed, ", "));
+  parts_.reporting.WriteLog("SaveSettings", text);
+  return text;
+}
+
+void SettingsIo::Say(const std::string& text) {
+  parts_.dialogs.ShowMessage({kProgramName, text, MessageIcon::kExclamation});
 }
 
 void SettingsIo::TakeProgramValues() {
@@ -141,21 +208,22 @@ void SettingsIo::TakeProgramValues() {
   values.showErrors = IsChecked(setup.chkShowErrors);
 }
 
-void SettingsIo::StoreFields(std::vector<std::string>& unsaved) {
-  const auto store = OpenAtRoot(parts_.stores);
-  const auto write = [&](Section section, const std::string& key, const std::string& text) {
-    if (!store->WriteSetting(KeyPath(section), key, text)) unsaved.push_back(key);
+SettingsIo::Edits SettingsIo::Edited() {
+  Edits edits{parts_.rules.Texts(), {}, isLoaded_};
+  const auto add = [&](Section section, const std::string& key, std::string text) {
+    edits.values.push_back({.keyPath = KeyPath(section), .name = key, .value = std::move(text)});
   };
   auto& setup = parts_.setup;
-  write(Section::kSettings, "IngestPath", setup.txtIngestPath.Get());
-  write(Section::kSettings, "Engine", fmt::format("{}", parts_.values.engine));
+  add(Section::kSettings, "IngestPath", setup.txtIngestPath.Get());
+  add(Section::kSettings, "Engine", fmt::format("{}", parts_.values.engine));
   for (const auto& row : FieldSettings(setup, parts_.values.programFolder)) {
-    write(row.section, row.key, TextOf(row.field));
+    add(row.section, row.key, TextOf(row.field));
     if (row.key != "LogProgram") continue;
-    write(Section::kSettings, "LogSize", FormatPlain(LeadingNumber(setup.txtLogSize.Get())));
-    write(Section::kSettings, "UnZipFiles", StateOf(setup.chkUnZipFiles.Get()));
-    write(Section::kSettings, "PacketHost", StateOf(setup.chkPacketHost.Get()));
+    add(Section::kSettings, "LogSize", FormatPlain(LeadingNumber(setup.txtLogSize.Get())));
+    add(Section::kSettings, "UnZipFiles", StateOf(setup.chkUnZipFiles.Get()));
+    add(Section::kSettings, "PacketHost", StateOf(setup.chkPacketHost.Get()));
   }
+  return edits;
 }
 
 }  // namespace ostrel

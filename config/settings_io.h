@@ -2,13 +2,16 @@
 // out whenever the operator leaves the dialog.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "base/reporting.h"
 #include "engine/output_channels.h"
 #include "ident/morse_identification.h"
 #include "ident/schedule.h"
 #include "intake/compression.h"
+#include "intake/kept_files.h"
 #include "intake/routing_rules.h"
 #include "platform/dialogs.h"
 #include "platform/settings_store.h"
@@ -20,7 +23,6 @@ namespace ostrel {
 /// What the setup dialog does after a save.
 enum class SaveOutcome {
   kHide,
-  kStay,          // something was not saved; a message has named it
   kFocusLogSize,  // refused: `txtLogSize` is no number
 };
 
@@ -36,30 +38,65 @@ class SettingsIo {
     Compression& compression;
     MorseIdentification& morse;
     OutputChannels& output;
+    KeptFiles& kept;
+    Reporting& reporting;
   };
   explicit SettingsIo(const Parts& parts) : parts_(parts) {}
 
-  /// Reads what start-up needs before there is a dialog. Throws Failure 13 for a text that does not
-  /// convert, 57 when the store cannot be read.
+  /// Reads what start-up needs before there is a dialog, and what governs the log. Throws Failure
+  /// 13 or 6 for the first text that does not convert, once all are read, 57 when the store cannot
+  /// be read.
   void LoadProgramValues();
 
   /// Fills every field, loads the rule lists and the schedule, opens the port. Throws Failure 57
   /// when the store cannot be read.
   void LoadSettings();
 
-  /// Stores every field and the rule lists, and refreshes the program-wide values. Nothing is
-  /// stored when the log size is no number. What could not be stored is named in a message; the
-  /// rest is.
+  /// Shows the dialog. What start-up did not come to load, or could not, is loaded first, the port
+  /// not opened; a message names what cannot be, once. A start-up value that does not convert shows
+  /// its default then.
+  void OpenSetup();
+
+  /// Stores every field and the rule lists, and refreshes the program-wide values. Refused when the
+  /// log size is no number. Nothing is stored that was not loaded. What cannot be stored stays in
+  /// force and is kept to be tried again; a message names it when there are new edits since the
+  /// last try.
   SaveOutcome SaveSettings();
 
+  /// Tries once more what the last save could not store. Returns what to tell the operator, which
+  /// is in the log then; empty when nothing is left unsaved.
+  std::string SaveUnsaved();
+
+  /// True when the fields hold what the store held.
+  bool IsLoaded() const { return isLoaded_; }
+
  private:
+  struct Damaged {
+    std::string key;
+    Failure failure;
+  };
+  /// What the operator left the dialog with.
+  struct Edits {
+    RuleTexts rules;
+    std::vector<StoredValue> values;
+    bool areLoaded;  // the values were loaded before they were edited
+    friend bool operator==(const Edits&, const Edits&) = default;
+  };
+
+  /// A text that does not convert is returned, and its default taken.
+  std::vector<Damaged> ReadProgramValues(SettingsStore& store);
+  /// Returns a name and a reason for each thing that could not be loaded.
+  std::vector<std::string> LoadWhatIsMissing();
   void ShowProgramValues();
   void LoadFields();
-  /// Appends the keys that could not be stored to `unsaved`.
-  void StoreFields(std::vector<std::string>& unsaved);
   void TakeProgramValues();
+  Edits Edited();
+  void Say(const std::string& text);
 
   Parts parts_;
+  bool isLoaded_ = false;
+  std::optional<Edits> unsaved_;
+  std::vector<std::string> toldUnread_;
 };
 
 }  // namespace ostrel

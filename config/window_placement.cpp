@@ -52,12 +52,15 @@ void RestorePlacement(SettingsStore& store, Dialogs& dialogs) {
 }
 
 void StorePlacement(SettingsStore& store, const WindowPlacement& placement) {
-  const auto path = KeyPath(Section::kScreen);
+  std::vector<StoredValue> values;
+  const auto add = [&](const char* key, std::string text) {
+    values.push_back({.keyPath = KeyPath(Section::kScreen), .name = key, .value = std::move(text)});
+  };
   if (placement.state != WindowState::kMinimized) {
-    for (const auto& [key, member] : kPlacementValues)
-      store.WriteSetting(path, key, FormatPlain(placement.*member));
+    for (const auto& [key, member] : kPlacementValues) add(key, FormatPlain(placement.*member));
   }
-  store.WriteSetting(path, kStateKey, fmt::format("{}", static_cast<int>(placement.state)));
+  add(kStateKey, fmt::format("{}", static_cast<int>(placement.state)));
+  store.WriteAll(values);
 }
 
 }  // namespace ostrel

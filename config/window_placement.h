@@ -13,7 +13,8 @@ void CentreMainWindow(Dialogs& dialogs);
 /// Throws Failure 13 for a text that is no number, 380 for a state that is none.
 void RestorePlacement(SettingsStore& store, Dialogs& dialogs);
 
-/// Stores the placement; a minimized window keeps the position and size last stored.
+/// Stores the placement, whole or not at all; a minimized window keeps the position and size last
+/// stored. Throws Failure 57.
 void StorePlacement(SettingsStore& store, const WindowPlacement& placement);
 
 }  // namespace ostrel

@@ -41,6 +41,7 @@ OutputChannels::OutputChannels(const Parts& parts) : parts_(parts) {
 }
 
 void OutputChannels::OpenComPort() {
+  if (!parts_.engine.portMayOpen) return;
   SetPort(PortState::kClosed);
   parts_.cycleTimer.Stop();
   const auto& setup = parts_.setup;

@@ -35,7 +35,8 @@ class OutputChannels {
 
   /// Opens, or reopens, the port with the values in the port fields, keys the transmitter, serves
   /// the key-up delay and starts the cycle. With an empty field nothing is opened and the cycle
-  /// stays stopped; a failed opening says so in both windows, and why in the log.
+  /// stays stopped; a failed opening says so in both windows, and why in the log. Nothing happens
+  /// before start-up has come to the port: a station that is half started does not go on the air.
   void OpenComPort();
 
   /// Hands PendingPacket to the port and, when the packet host is on, to the UDP channel; empties

@@ -47,8 +47,11 @@ void IngestScan::TakeFile(const std::string& listedName) {
   if (parts_.rules.DiscardedBy(name)) return DeleteTaken(*hold, path);
   MakeCopies(path, name);
   const auto target = parts_.rules.TargetOf(name);
-  if (!target) return DeleteTaken(*hold, path);
-  PlaceInFolder(target->folder(), path, name);
+  if (target) {
+    PlaceInFolder(target->folder(), path, name);
+  } else {
+    parts_.kept.Keep(path, name);
+  }
   DeleteTaken(*hold, path);
 }
 

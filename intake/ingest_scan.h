@@ -7,6 +7,7 @@
 
 #include "base/reporting.h"
 #include "intake/file_copy.h"
+#include "intake/kept_files.h"
 #include "intake/placed_files.h"
 #include "intake/routing_rules.h"
 #include "platform/archives.h"
@@ -24,6 +25,7 @@ class IngestScan {
     Archives& archives;
     FileCopy& copy;
     const RoutingRules& rules;
+    KeptFiles& kept;
     Reporting& reporting;
     const ProgramValues& values;
   };

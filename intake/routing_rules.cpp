@@ -86,7 +86,7 @@ void RoutingRules::AddKeyword(std::size_t index) {
     parts_.dialogs.ShowMessage(*refusal);
     return;
   }
-  unread_[index] = false;
+  isKnown_[index] = true;
   const auto copies = TrimBlanks(parts_.setup.lblCopies.Get());
   parts_.setup.SetupPriList[index].Append(
       index == kCopiesList ? fmt::format("{} | C={}", keyword, copies) : keyword);
@@ -126,41 +126,70 @@ std::optional<Message> RoutingRules::DuplicateOf(const std::string& keyword) con
 void RoutingRules::RemoveSelectedKeywords(std::size_t index,
                                           const std::vector<std::size_t>& selected) {
   if (selected.empty()) return;
-  unread_[index] = false;
+  isKnown_[index] = true;
   parts_.setup.SetupPriList[index].RemoveEach(selected);
 }
 
-void RoutingRules::LoadRuleLists() {
+std::vector<std::string> RoutingRules::LoadRuleLists() {
+  const bool hasHistory = AnyFileExists();
+  std::vector<std::string> unknown;
   for (std::size_t index = 0; index < kRuleListCount; ++index) {
-    unread_[index] = !RunStep(
-        parts_.reporting, "LoadRuleLists", [&] { LoadList(index); },
-        " File Name: " + PathOf(index));
-  }
-}
-
-void RoutingRules::LoadList(std::size_t index) {
-  std::vector<std::string> entries;
-  if (parts_.files.Exists(PathOf(index))) {
-    ForEachLine(parts_.files.ReadAll(PathOf(index)), [&](std::string_view text) {
-      auto line = ToUpper(TrimBlanks(text));
-      const bool taken = index == kCopiesList ? IsCopiesLine(line) : !line.empty();
-      if (taken) entries.push_back(std::move(line));
+    if (isKnown_[index]) continue;
+    isKnown_[index] = TryPart(unknown, FileNameOf(PathOf(index)), [&] {
+      if (hasHistory) TakeLines(index, ReadFile(PathOf(index)));
     });
   }
+  if (!unknown.empty()) {
+    parts_.reporting.WriteLog(
+        "LoadRuleLists", fmt::format("Could not be read: {}. Until they can, files that no rule "
+                                     "names are kept in KvData/RtKept.",
+                                     fmt::join(unknown, ", ")));
+  }
+  return unknown;
+}
+
+std::string RoutingRules::ReadFile(const std::string& path) const {
+  if (!parts_.files.Exists(path)) throw Failure(failure_number::kFileNotFound, "missing");
+  return parts_.files.ReadAll(path);
+}
+
+bool RoutingRules::AnyFileExists() const {
+  for (std::size_t index = 0; index < kRuleListCount; ++index) {
+    if (parts_.files.Exists(PathOf(index))) return true;
+  }
+  return false;
+}
+
+bool RoutingRules::AllAreKnown() const {
+  return std::find(isKnown_.begin(), isKnown_.end(), false) == isKnown_.end();
+}
+
+void RoutingRules::TakeLines(std::size_t index, std::string_view content) {
+  std::vector<std::string> entries;
+  ForEachLine(content, [&](std::string_view text) {
+    auto line = ToUpper(TrimBlanks(text));
+    const bool taken = index == kCopiesList ? IsCopiesLine(line) : !line.empty();
+    if (taken) entries.push_back(std::move(line));
+  });
   parts_.setup.SetupPriList[index].Assign(entries);
 }
 
-std::vector<std::string> RoutingRules::SaveRuleLists() {
+RuleTexts RoutingRules::Texts() const {
+  RuleTexts texts;
+  for (std::size_t index = 0; index < kRuleListCount; ++index) {
+    if (!isKnown_[index]) continue;
+    auto& text = texts[index].emplace();
+    for (const auto& entry : parts_.setup.SetupPriList[index]) text.append(entry).append(kLineEnd);
+  }
+  return texts;
+}
+
+std::vector<std::string> RoutingRules::SaveRuleLists(const RuleTexts& texts) {
   std::vector<std::string> unsaved;
   for (std::size_t index = 0; index < kRuleListCount; ++index) {
-    if (unread_[index]) continue;
-    std::string content;
-    for (const auto& entry : parts_.setup.SetupPriList[index])
-      content.append(entry).append(kLineEnd);
-    const bool saved = RunStep(
-        parts_.reporting, "SaveRuleLists", [&] { parts_.files.WriteAll(PathOf(index), content); },
-        " File Name: " + PathOf(index));
-    if (!saved) unsaved.emplace_back(FileNameOf(PathOf(index)));
+    if (!texts[index]) continue;
+    TryPart(unsaved, FileNameOf(PathOf(index)),
+            [&] { parts_.files.WriteAll(PathOf(index), *texts[index]); });
   }
   return unsaved;
 }

@@ -30,6 +30,9 @@ struct CopiesEntry {
 };
 CopiesEntry ParseCopiesEntry(std::string_view entry);
 
+/// What the list files are to hold, by list index; nothing for a list that is not known.
+using RuleTexts = std::array<std::optional<std::string>, kRuleListCount>;
+
 class RoutingRules {
  public:
   struct Parts {
@@ -57,22 +60,30 @@ class RoutingRules {
   void RemoveSelectedKeywords(std::size_t index, const std::vector<std::size_t>& selected);
 
   // Files RtList0.txt to RtList12.txt in the program folder
-  /// A missing file is an empty list. A file that cannot be read is reported, and not written over
-  /// until the operator edits its list; the others still load.
-  void LoadRuleLists();
-  /// Writes every list anew. Returns the names of the files that could not be written; each failure
-  /// is reported.
-  std::vector<std::string> SaveRuleLists();
+  /// Reads every list that is not known yet, and leaves those that are as they stand. A new station
+  /// has no file and empty lists; where any of the files lies, one that is missing was lost. What
+  /// is lost or cannot be read stays unknown. Returns a name and a reason for each of these; one
+  /// log line names them.
+  std::vector<std::string> LoadRuleLists();
+  /// True when every list was read from its file, or edited since: a file that no rule names is
+  /// truly named by none.
+  bool AllAreKnown() const;
+  RuleTexts Texts() const;
+  /// Writes the files of these lists anew. Returns a name and a reason for each that could not
+  /// be written; the others are.
+  std::vector<std::string> SaveRuleLists(const RuleTexts& texts);
 
  private:
   std::optional<Message> Refusal(std::size_t index, const std::string& keyword) const;
   std::optional<Message> DuplicateOf(const std::string& keyword) const;
-  void LoadList(std::size_t index);
+  bool AnyFileExists() const;
+  std::string ReadFile(const std::string& path) const;
+  void TakeLines(std::size_t index, std::string_view content);
   std::string PathOf(std::size_t index) const;
 
   Parts parts_;
-  /// Lists whose file could not be read: what stands in it is unknown, so it is not replaced.
-  std::array<bool, kRuleListCount> unread_{};
+  /// What stands in the file of an unknown list may be anything, so it is not replaced.
+  std::array<bool, kRuleListCount> isKnown_{};
 };
 
 }  // namespace ostrel

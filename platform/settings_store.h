@@ -41,14 +41,15 @@ class SettingsStore {
 
   /// Everything at or below `keyPath`, ordered by path and name. Key paths compare without case.
   virtual std::vector<StoredValue> List(const std::string& keyPath) = 0;
-  /// Stores all of `values` or none. Returns false when none was.
-  virtual bool WriteAll(const std::vector<StoredValue>& values) = 0;
+  /// Stores all of `values`, in their order, or none. Throws Failure 57 when none was.
+  virtual void WriteAll(const std::vector<StoredValue>& values) = 0;
 };
 
 class SettingsStores {
  public:
   virtual ~SettingsStores() = default;
-  /// Throws Failure 57 when the store cannot be opened.
+  /// Throws Failure 57 when the store cannot be opened. A store that another process holds is
+  /// waited for: half a second in all for everything that is done with one opening.
   virtual std::unique_ptr<SettingsStore> Open() = 0;
 };
 

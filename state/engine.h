@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <string>
 
 #include "base/priority.h"
@@ -30,6 +31,7 @@ inline constexpr milliseconds kCyclePeriod{125};
 
 struct Engine {
   PortState port = PortState::kClosed;
+  bool portMayOpen = false;  // once start-up has come to the port; not after one that failed
   bool timingReadout = false;
   LocalTime TxStart{};            // of the present transmit period, or pause
   std::string PendingPacket;      // empty, or one packet
@@ -55,7 +57,8 @@ struct ProgramValues {
   std::string dataRoot;       // likewise
   std::string ingestPath;     // with one at its end, or empty
   std::int16_t engine = 0;    // 0 none, 1 serial ingest program, 2 internet ingest program
-  std::int32_t logSize = 100000;
+  /// Bytes. A start that could not read it cuts no log.
+  std::int32_t logSize = std::numeric_limits<std::int32_t>::max();
   bool unZipFiles = false;
   bool packetHost = false;
   bool showErrors = false;
@@ -68,6 +71,8 @@ struct ProgramValues {
   }
   std::string TransmitFolder() const { return dataRoot + "/RtXmit"; }
   std::string SentFolder() const { return dataRoot + "/RtSent"; }
+  /// What no rule names, while not every rule is known. Made when the first file comes.
+  std::string KeptFolder() const { return dataRoot + "/RtKept"; }
   /// The path of the file `name` in the one folder or the other.
   std::string InTransmitFolder(const std::string& name) const {
     return TransmitFolder() + "/" + name;

@@ -1,7 +1,9 @@
 #include "platform/linux/sqlite_settings_store.h"
 
+#include <chrono>
 #include <fcntl.h>
 #include <sqlite3.h>
+#include <thread>
 
 #include "base/failure.h"
 #include "platform/linux/descriptor.h"
@@ -10,7 +12,9 @@
 namespace ostrel {
 namespace {
 
-constexpr int kBusyMilliseconds = 2000;
+// The line is fed between two packets at most, and a stop is heard no later than this.
+constexpr std::chrono::milliseconds kLongestWait{500};
+constexpr std::chrono::milliseconds kWaitStep{10};
 
 constexpr const char* kSchema =
     "CREATE TABLE IF NOT EXISTS setting ("
@@ -87,6 +91,18 @@ class Statement {
   int bound_ = 0;
 };
 
+/// The library's way of waiting while another process holds the store. `waited` sums up over all
+/// that is done with one opening, so that many keys do not wait many times. 0 ends the waiting.
+int WaitForStore(void* waited, int /*attempt*/) {
+  using std::chrono::steady_clock;
+  auto& sum = *static_cast<steady_clock::duration*>(waited);
+  if (sum >= kLongestWait) return 0;
+  const auto start = steady_clock::now();
+  std::this_thread::sleep_for(kWaitStep);
+  sum += steady_clock::now() - start;
+  return 1;
+}
+
 /// Cut to `longest` bytes, or a few fewer so that no character is halved.
 std::string Cut(std::string value, int longest) {
   auto size = static_cast<std::size_t>(longest);
@@ -106,7 +122,7 @@ class SqliteSettingsStore : public SettingsStore {
     const int result = sqlite3_open(path.c_str(), &opened);
     database_.reset(opened);
     if (result != SQLITE_OK) StoreFails(opened);
-    sqlite3_busy_timeout(opened, kBusyMilliseconds);
+    sqlite3_busy_handler(opened, WaitForStore, &waited_);
     // When another process is just doing the same, its doing suffices.
     sqlite3_exec(opened, "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
     Execute(opened, "PRAGMA synchronous = NORMAL");
@@ -126,7 +142,12 @@ class SqliteSettingsStore : public SettingsStore {
 
   bool WriteSetting(const std::string& keyPath, const std::string& name,
                     const std::string& value) override {
-    return WriteAll({{.keyPath = keyPath, .name = name, .value = value}});
+    try {
+      WriteAll({{.keyPath = keyPath, .name = name, .value = value}});
+      return true;
+    } catch (const Failure&) {
+      return false;
+    }
   }
 
   std::vector<StoredValue> List(const std::string& keyPath) override {
@@ -140,19 +161,14 @@ class SqliteSettingsStore : public SettingsStore {
     return values;
   }
 
-  bool WriteAll(const std::vector<StoredValue>& values) override {
-    try {
-      Execute(database_.get(), "BEGIN IMMEDIATE");
-    } catch (const Failure&) {
-      return false;
-    }
+  void WriteAll(const std::vector<StoredValue>& values) override {
+    Execute(database_.get(), "BEGIN IMMEDIATE");
     try {
       for (const auto& value : values) Put(value);
       Execute(database_.get(), "COMMIT");
-      return true;
     } catch (const Failure&) {
       sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
-      return false;
+      throw;
     }
   }
 
@@ -167,6 +183,7 @@ class SqliteSettingsStore : public SettingsStore {
     write.Step();
   }
 
+  std::chrono::steady_clock::duration waited_{};
   Database database_;
   std::uint32_t root_ = kHkeyLocalMachine;
 };

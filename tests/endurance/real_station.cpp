@@ -17,8 +17,9 @@ RealStation::RealStation(const std::map<std::string, std::string>& settings)
   fs::create_hard_link(OSTREL_BINARY_DIR "/ostrel", Path("ostrel"));
   fs::copy_file(OSTREL_SOURCE_DIR "/packaging/station/RtMorse.txt", Path("RtMorse.txt"));
   std::ofstream(Path("FillFile.txt")) << SampleText(3000, 99);
-  for (const auto& [list, keyword] : kManyRules)
-    std::ofstream(Path(fmt::format("RtList{}.txt", list))) << keyword;
+  for (std::size_t list = 0; list < kRuleListCount; ++list)
+    std::ofstream(Path(fmt::format("RtList{}.txt", list)))
+        << (kManyRules.contains(list) ? kManyRules.at(list) : "");
   const auto store = OpenSettings();
   store->WriteSetting(KeyPath(Section::kShared), "ShowErrors", "0");
   for (const auto* const some : {&kManySettings, &kNoWaits, &settings}) {

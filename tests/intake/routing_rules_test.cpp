@@ -69,7 +69,9 @@ TEST_F(RoutingRulesTest, AKeywordStandsOnceInAllListsButCopies) {
 TEST_F(RoutingRulesTest, TheListFilesAreReadForgivinglyAndWrittenPlainly) {
   station.WriteFile(PathOf(0), "  zfp* \r\n\r\n    \r\nA.B.C\nlast");
   station.WriteFile(PathOf(2), "LOST*\r\n");
+  station.Rule(5, "AFD*");
   station.WriteFile(PathOf(12), "zfp* | c=3\r\nNO COUNT |\r\nNOBAR C=2\r\n  AFD* |C=2\r\n");
+  std::filesystem::remove(PathOf(1));
   station.files.readFault = [&](const std::string& path) {
     if (path == PathOf(2)) throw Failure(failure_number::kDeviceError, "Device I/O error");
   };
@@ -79,21 +81,39 @@ TEST_F(RoutingRulesTest, TheListFilesAreReadForgivinglyAndWrittenPlainly) {
   station.Start();
   EXPECT_EQ(ListOf(0), (Lines{"ZFP*", "A.B.C", "LAST"})) << "loaded keywords are not checked";
   EXPECT_EQ(ListOf(kCopiesList), (Lines{"ZFP* | C=3", "AFD* |C=2"}));
-  EXPECT_EQ(ListOf(1), Lines{}) << "a missing file is an empty list";
+  const std::string unread = "RtList1.txt (missing), RtList2.txt (Device I/O error)";
+  EXPECT_EQ(station.Messages("LoadRuleLists"),
+            Lines{"Could not be read: " + unread +
+                  ". Until they can, files that no rule names are kept in KvData/RtKept."});
 
-  station.station->operators().LeaveSetup();
-  EXPECT_EQ(station.machine.dialogs.messages.at(0).text,
-            "These settings could not be saved: RtList5.txt.");
+  const auto leave = [&] {
+    station.station->operators().ShowSetup();
+    EXPECT_EQ(station.station->operators().LeaveSetup(), SaveOutcome::kHide);
+    Lines said;
+    for (const auto& message : station.machine.dialogs.messages) said.push_back(message.text);
+    station.machine.dialogs.messages.clear();
+    return said;
+  };
+  const std::string unsaved =
+      "These settings could not be saved: RtList5.txt (Disk full). They are in force, and are "
+      "tried "
+      "again when Setup is left and when the program ends.";
+  EXPECT_EQ(leave(), (Lines{"These settings could not be loaded: " + unread + ".", unsaved}));
+  EXPECT_EQ(leave(), Lines{}) << "nothing is new";
   EXPECT_EQ(Content(0), "ZFP*\r\nA.B.C\r\nLAST\r\n");
   EXPECT_EQ(Content(2), "LOST*\r\n") << "what could not be read is not written over";
-  const auto failures = station.LogOf("LoadRuleLists"), others = station.LogOf("SaveRuleLists");
-  ASSERT_EQ(failures.size() + others.size(), 2U);
-  EXPECT_TRUE(failures[0].ends_with("LoadRuleLists  File Name: " + PathOf(2))) << failures[0];
-  EXPECT_TRUE(others[0].ends_with("SaveRuleLists  File Name: " + PathOf(5))) << others[0];
+  EXPECT_FALSE(std::filesystem::exists(PathOf(1)));
 
-  Enter(2, "new*");
-  station.station->operators().LeaveSetup();
-  EXPECT_EQ(Content(2), "NEW*\r\n") << "until the operator has edited the list";
+  Enter(1, "new*");
+  EXPECT_EQ(leave().back(), unsaved) << "there are new edits";
+  EXPECT_EQ(Content(1), "NEW*\r\n") << "until the operator has edited the list";
+  station.files.readFault = station.files.writeFault = nullptr;
+  Enter(5, "last*");
+  station.station->operators().ShowSetup();
+  EXPECT_EQ(ListOf(2), Lines{"LOST*"}) << "until it can be read";
+  station.station->Stop();
+  EXPECT_EQ(Content(5), "AFD*\r\n") << "the end tries once more what the dialog was left with";
+  EXPECT_EQ(Content(2), "LOST*\r\n") << "and it was not known then";
 }
 
 TEST_F(RoutingRulesTest, TheListsOfANewStationAreWhatAnOperatorCouldHaveEntered) {

@@ -97,6 +97,31 @@ TEST(IngestScan, TheNameAloneDecidesWhereAFileGoes) {
   }
 }
 
+TEST(IngestScan, WhatNoRuleNamesIsKeptWhileAListIsLostAndComesBackWithIt) {
+  VirtualStation station;
+  station.Rule(3, "AB*");
+  station.files.copyFault = RefuseQueueing;
+  std::filesystem::rename(station.Path("RtList3.txt"), station.Path("lost"));
+  station.Start();
+  station.Drop("AB.OLD", "stale");
+  station.Run(1s);
+  for (int i = 0; i < 2; ++i) {
+    station.Drop("ab.txt", "text");
+    station.Run(1s);
+  }
+  EXPECT_EQ(station.Names(kIngest), Lines{}) << "nothing is held up";
+  EXPECT_EQ(station.Names("KvData/RtKept"), (Lines{"AB.OLD", "AB.TXT", "AB.TXT.1"}));
+  station.files.SetLastWriteTime(station.Path("KvData/RtKept/AB.OLD"),
+                                 station.machine.clock.UtcNow() - 151min);
+  std::filesystem::rename(station.Path("lost"), station.Path("RtList3.txt"));
+  station.Restart();
+  station.Run(1s);
+  EXPECT_EQ(station.Names("KvData/RtKept"), Lines{});
+  EXPECT_EQ(station.Names("KvData/RtPri4"), (Lines{"AB.TXT", "AB.TXT.1"}));
+  EXPECT_EQ(station.Messages("Kept"),
+            Lines{"The rule lists are there again: 2 of 3 files went back to the ingest folder."});
+}
+
 TEST(IngestScan, AFileThatFindsNoRoomStaysAndOneThatCannotBeDeletedIsPlacedOnce) {
   VirtualStation station;
   station.Rule(3, "AB*");

@@ -59,6 +59,54 @@ TEST(StartUp, ADamagedValueStopsItThereAndTheProgramCanBeClosed) {
   }
 }
 
+TEST(StartUp, SetupAfterOneThatFailedCostsNoRuleNoSettingAndKeysNothing) {
+  for (const bool isUnmounted : {true, false}) {
+    VirtualStation station;
+    auto& messages = station.machine.dialogs.messages;
+    station.Rule(0, "TOR*");
+    station.Set({{"IngestPath", "/in"}, {"OverWrite3", "1"}, {"UnZipFiles", "1"}});
+    station.Set({{"ComParity", "E"}, {"LogSize", "70000"}, {"Engine", "1"}});
+    station.Set("MainLeft", "900", Section::kScreen);
+    if (isUnmounted) {
+      fs::remove_all(station.Path("KvData"));
+      fs::create_directory_symlink(station.Path("disk"), station.Path("KvData"));
+    } else {
+      station.Set("Engine", "");
+    }
+    EXPECT_FALSE(station.station->Start());
+    EXPECT_EQ(messages.size(), 1U);
+    messages.clear();
+    const auto before = OpenAtRoot(station.stores)->List(kFamilyTree);
+    auto& operators = station.station->operators();
+    operators.ShowSetup();
+    EXPECT_EQ(operators.LeaveSetup(), SaveOutcome::kHide);
+    operators.StepPort(Button::kLeft);
+    EXPECT_TRUE(station.machine.line.openings.empty());
+    operators.Exit();
+    EXPECT_EQ(messages.size(), isUnmounted ? 0U : 1U);
+    EXPECT_TRUE(isUnmounted ||
+                messages[0].text == "These settings could not be loaded: Engine (Type mismatch).");
+    messages.clear();
+
+    fs::create_directory(station.Path("disk"));
+    station.Restart();
+    EXPECT_EQ(Entries(station.setup().SetupPriList[0]), Lines{"TOR*"});
+    for (const auto& [path, key, value, isRaw] : before)
+      EXPECT_EQ(OpenAtRoot(station.stores)->ReadSetting(path, key, ""), value == "" ? "0" : value);
+  }
+}
+
+TEST(StartUp, ADailyLogKeepsWhatIsBehindIt) {
+  for (const char* const engine : {"0", "no number"}) {
+    VirtualStation station;
+    station.Set("LogDaily", "1", Section::kShared);
+    station.Set("Engine", engine);
+    station.WriteFile(station.Path("RtLog.txt"), std::string(150'000, '\n'));
+    EXPECT_EQ(station.station->Start(), engine == std::string("0"));
+    EXPECT_FALSE(fs::exists(station.Path("RtLog.old"))) << engine;
+  }
+}
+
 TEST(ShutDown, DropsTheLinesWithinATickInWhateverMomentItIsAskedFor) {
   // Through the opening, two identifications and a pause, draining, keying, waiting.
   for (milliseconds at = 100ms; at < 140s; at += 1709ms) {

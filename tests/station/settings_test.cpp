@@ -1,5 +1,7 @@
 // The settings' way from the store into the dialog's fields and back.
+#include <chrono>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include "tests/support/virtual_station.h"
 
@@ -72,6 +74,29 @@ TEST(Settings, AnImportAsksThenLooksForItsFileThenStartsAndSaysSo) {
   station.station->Stop();
   dialogs.Answer(MessageAnswer::kYes);
   EXPECT_EQ(started.size(), 1U) << "the program was ending";
+}
+
+TEST(Settings, AStoreThatAnotherProcessHoldsCostsNeitherTimeNorEdits) {
+  VirtualStation station;
+  station.Start();
+  sqlite3* other = nullptr;
+  ASSERT_EQ(sqlite3_open(station.Path("KvRegistry.db").c_str(), &other), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+  station.station->operators().ShowSetup();
+  station.setup().CWidenty.Set("W1AW");
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(Save(station), SaveOutcome::kHide);
+  EXPECT_EQ(Save(station), SaveOutcome::kHide);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 20s) << "two waits, not one for each key";
+  EXPECT_FALSE(station.machine.dialogs.setupIsShown);
+  ASSERT_EQ(station.machine.dialogs.messages.size(), 1U) << "nothing is new at the second time";
+  EXPECT_TRUE(station.machine.dialogs.messages[0].text.starts_with(
+      "These settings could not be saved: the settings store (Settings store: database is "
+      "locked)."));
+  sqlite3_close(other);
+  station.machine.dialogs.messages.clear();
+  station.Restart();
+  EXPECT_EQ(station.setup().CWidenty.Get(), "W1AW") << "the end has tried once more";
 }
 
 }  // namespace

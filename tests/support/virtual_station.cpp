@@ -53,7 +53,9 @@ void VirtualStation::StartBusy() {
 }
 
 void VirtualStation::Rule(std::size_t list, const std::string& keyword) {
-  std::ofstream(Path("RtList" + std::to_string(list) + ".txt"), std::ios::app) << keyword << "\r\n";
+  for (std::size_t i = 0; i < kRuleListCount; ++i)
+    std::ofstream(Path(fmt::format("RtList{}.txt", i)), std::ios::app)
+        << (i == list ? keyword + "\r\n" : "");
 }
 
 void VirtualStation::Set(const std::string& key, const std::string& value, Section section) {

@@ -41,7 +41,7 @@ std::string RouteOf(const RoutingRules& rules, const std::string& name, bool unZ
   if (const auto keyword = rules.DiscardedBy(name)) return "discarded\t" + *keyword;
   const auto copies = CopiesText(rules.CopiesOf(name));
   const auto target = rules.TargetOf(name);
-  if (!target) return "no rule, thrown away" + copies;
+  if (!target) return (rules.AllAreKnown() ? "no rule, thrown away" : "no rule, kept") + copies;
   return fmt::format("{}\t{}{}", TargetText(*target), target->keyword, copies);
 }
 

@@ -60,8 +60,7 @@ void ImportSettings(StationFolder& station, const std::string& file) {
   };
   try {
     const auto import = ParseRegistryText(Decode(station.files().ReadAll(file)));
-    if (!station.OpenStore()->WriteAll(import.values))
-      throw Failure(failure_number::kDeviceError, "the store could not be written");
+    station.OpenStore()->WriteAll(import.values);
     for (const auto& leftOut : import.leftOut) note("Import left out " + leftOut);
     fmt::print("{} values taken from {}\n", import.values.size(), file);
   } catch (const Failure& failure) {

@@ -1,0 +1,54 @@
+// What no rule names is thrown away. While a rule list is unknown (lost, or not to be read) nobody
+// can tell whether a rule names a file; such files are kept in a folder that nothing purges, out of
+// the way of those that the known rules name, until every list is there again.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "base/reporting.h"
+#include "intake/file_copy.h"
+#include "intake/routing_rules.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "state/engine.h"
+#include "state/setup.h"
+
+namespace ostrel {
+
+class KeptFiles {
+ public:
+  struct Parts {
+    Files& files;
+    Clock& clock;
+    FileCopy& copy;
+    const RoutingRules& rules;
+    Reporting& reporting;
+    const Setup& setup;
+    const ProgramValues& values;
+  };
+  explicit KeptFiles(const Parts& parts) : parts_(parts) {}
+
+  /// A file that no known rule names, before its caller deletes it: copied to the folder under a
+  /// free name while a list is unknown. 10,000 files are kept; what comes beyond them is not, with
+  /// one log line. Throws Failure when the copy fails.
+  void Keep(const std::string& path, const std::string& name);
+
+  /// Once every list is known: what is kept goes back to the ingest folder, or is deleted when it
+  /// is past the purge age, as it would have been in a queue. A failure is reported and ends it;
+  /// what is left stays for the next call.
+  void GiveBack();
+
+ private:
+  bool HasRoom();
+  bool IsTooOld(const std::string& path);
+  void Return(const std::string& name);
+  std::string PathOf(const std::string& name) const;
+
+  Parts parts_;
+  std::optional<std::size_t> count_;  // of the files in the folder, once it was looked at
+  bool toldFull_ = false;
+};
+
+}  // namespace ostrel
