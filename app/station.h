@@ -23,7 +23,8 @@
 #include "intake/kept_files.h"
 #include "intake/pending_files.h"
 #include "intake/queue_intake.h"
-#include "intake/routing_rules.h"
+#include "intake/rule_lists.h"
+#include "intake/rule_matcher.h"
 #include "platform/platform.h"
 #include "state/engine.h"
 #include "state/main_window.h"
@@ -63,7 +64,8 @@ class Station {
   Activity activity_;
   ProgramLog log_;
   FileCopy copy_;
-  RoutingRules rules_;
+  RuleLists rules_;
+  RuleMatcher matcher_;
   PendingFiles pending_;
   Compression compression_;
   KeptFiles kept_;

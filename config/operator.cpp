@@ -16,7 +16,7 @@
 #include "ident/morse_identification.h"
 #include "ident/schedule.h"
 #include "intake/queue_intake.h"
-#include "intake/routing_rules.h"
+#include "intake/rule_lists.h"
 
 namespace ostrel {
 
@@ -98,7 +98,10 @@ void Operator::RemoveQueued(Priority p, const std::vector<std::size_t>& selected
 }
 
 void Operator::AddKeyword(std::size_t list) {
-  parts_.activity.Run([&] { parts_.rules.AddKeyword(list); });
+  parts_.activity.Run([&] {
+    if (const auto refusal = parts_.rules.AddKeyword(list))
+      parts_.platform.dialogs.ShowMessage(*refusal);
+  });
 }
 
 void Operator::RemoveKeywords(std::size_t list, const std::vector<std::size_t>& selected) {

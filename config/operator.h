@@ -18,7 +18,7 @@ class IngestPrograms;
 class MorseIdentification;
 class OutputChannels;
 class QueueIntake;
-class RoutingRules;
+class RuleLists;
 class Schedule;
 class SettingsIo;
 class SettingsTransfer;
@@ -40,7 +40,7 @@ class Operator {
     ProgramValues& values;
     MorseIdentification& morse;
     Schedule& schedule;
-    RoutingRules& rules;
+    RuleLists& rules;
     QueueIntake& intake;
     OutputChannels& output;
     SettingsIo& settings;

@@ -12,7 +12,7 @@
 #include "ident/schedule.h"
 #include "intake/compression.h"
 #include "intake/kept_files.h"
-#include "intake/routing_rules.h"
+#include "intake/rule_lists.h"
 #include "platform/dialogs.h"
 #include "platform/settings_store.h"
 #include "state/engine.h"
@@ -33,7 +33,7 @@ class SettingsIo {
     Dialogs& dialogs;
     Setup& setup;
     ProgramValues& values;
-    RoutingRules& rules;
+    RuleLists& rules;
     Schedule& schedule;
     Compression& compression;
     MorseIdentification& morse;

@@ -9,7 +9,7 @@
 #include "intake/file_copy.h"
 #include "intake/kept_files.h"
 #include "intake/placed_files.h"
-#include "intake/routing_rules.h"
+#include "intake/rule_matcher.h"
 #include "platform/archives.h"
 #include "state/engine.h"
 
@@ -24,7 +24,7 @@ class IngestScan {
     Files& files;
     Archives& archives;
     FileCopy& copy;
-    const RoutingRules& rules;
+    const RuleMatcher& rules;
     KeptFiles& kept;
     Reporting& reporting;
     const ProgramValues& values;

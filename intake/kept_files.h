@@ -9,7 +9,7 @@
 
 #include "base/reporting.h"
 #include "intake/file_copy.h"
-#include "intake/routing_rules.h"
+#include "intake/rule_lists.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "state/engine.h"
@@ -23,7 +23,7 @@ class KeptFiles {
     Files& files;
     Clock& clock;
     FileCopy& copy;
-    const RoutingRules& rules;
+    const RuleLists& rules;
     Reporting& reporting;
     const Setup& setup;
     const ProgramValues& values;

@@ -5,8 +5,8 @@
 #include "base/text.h"
 #include "config/settings_table.h"
 #include "intake/ingest_scan.h"
-#include "intake/routing_rules.h"
-#include "platform/virtual/virtual_desk.h"
+#include "intake/rule_lists.h"
+#include "intake/rule_matcher.h"
 #include "tools/settings/commands.h"
 
 namespace ostrel {
@@ -36,12 +36,21 @@ std::string CopiesText(const std::vector<CopiesEntry>& entries) {
   return text;
 }
 
-std::string RouteOf(const RoutingRules& rules, const std::string& name, bool unZip) {
+/// What becomes of files, as the rules of a station stand.
+struct Routes {
+  const RuleMatcher& rules;
+  bool allAreKnown;
+  bool unZip;
+
+  std::string Of(const std::string& name) const;
+};
+
+std::string Routes::Of(const std::string& name) const {
   if (unZip && IsReceivedArchive(name)) return "unpacked";
   if (const auto keyword = rules.DiscardedBy(name)) return "discarded\t" + *keyword;
   const auto copies = CopiesText(rules.CopiesOf(name));
   const auto target = rules.TargetOf(name);
-  if (!target) return (rules.AllAreKnown() ? "no rule, thrown away" : "no rule, kept") + copies;
+  if (!target) return (allAreKnown ? "no rule, thrown away" : "no rule, kept") + copies;
   return fmt::format("{}\t{}{}", TargetText(*target), target->keyword, copies);
 }
 
@@ -49,14 +58,15 @@ std::string RouteOf(const RoutingRules& rules, const std::string& name, bool unZ
 
 void RouteNames(StationFolder& station, const std::vector<std::string>& names) {
   Setup setup;
-  VirtualDialogs dialogs;
   TerminalReporting reporting;
-  RoutingRules rules({station.files(), dialogs, reporting, setup, station.path()});
-  rules.LoadRuleLists();
+  RuleLists lists({station.files(), reporting, setup, station.path()});
+  lists.LoadRuleLists();
   const bool unZip = StrictBoolean(
       station.OpenStore()->ReadSetting(KeyPath(Section::kSettings), "UnZipFiles", "0"));
+  const RuleMatcher rules(setup.SetupPriList);
+  const Routes routes{rules, lists.AllAreKnown(), unZip};
   const auto route = [&](const std::string& name) {
-    fmt::print("{}\t{}\n", name, RouteOf(rules, ToUpper(name), unZip));
+    fmt::print("{}\t{}\n", name, routes.Of(ToUpper(name)));
   };
   for (const auto& name : names) {
     if (name != "-") {

@@ -1,5 +1,5 @@
-// The routing rules: thirteen lists of keywords that decide by a file's name alone what becomes of
-// it. The lists are those of the setup dialog; an edit is in force for the next file.
+// The thirteen lists of keywords that route a file by its name: entered, loaded and saved. The lists
+// are those of the setup dialog; an edit is in force for the next file.
 #pragma once
 
 #include <array>
@@ -15,47 +15,23 @@
 
 namespace ostrel {
 
-/// Where a rule sends a file, and which entry says so.
-struct Target {
-  std::size_t list;  // 0 to 10
-  std::string keyword;
-  /// 1 to 10 for the priorities, 11 for block compression.
-  int folder() const { return static_cast<int>(list) + 1; }
-};
-
-/// One entry of the Copies list: "ZFP* | C=3". The count includes the received file.
-struct CopiesEntry {
-  std::string keyword;
-  int count;
-};
-CopiesEntry ParseCopiesEntry(std::string_view entry);
-
 /// What the list files are to hold, by list index; nothing for a list that is not known.
 using RuleTexts = std::array<std::optional<std::string>, kRuleListCount>;
 
-class RoutingRules {
+class RuleLists {
  public:
   struct Parts {
     Files& files;
-    Dialogs& dialogs;
     Reporting& reporting;
     Setup& setup;
     const std::string& programFolder;
   };
-  explicit RoutingRules(const Parts& parts) : parts_(parts) {}
-
-  // Evaluation. `name` is the name as received, in upper case.
-  /// The Discard keyword that throws the file away, if any.
-  std::optional<std::string> DiscardedBy(std::string_view name) const;
-  /// The Copies entries that the name itself matches, in list order. A numbered copy makes none.
-  std::vector<CopiesEntry> CopiesOf(std::string_view name) const;
-  /// The first list of 0 to 10 with a matching keyword; nothing when no rule names the file.
-  std::optional<Target> TargetOf(std::string_view name) const;
+  explicit RuleLists(const Parts& parts) : parts_(parts) {}
 
   // Editing
-  /// Enter in the entry field of list `index`: its text is upper-cased, checked and added, or
-  /// refused with a message and left standing.
-  void AddKeyword(std::size_t index);
+  /// Enter in the entry field of list `index`: its text is upper-cased, checked and added. One that
+  /// is refused is left standing; returns what to tell the operator then.
+  std::optional<Message> AddKeyword(std::size_t index);
   /// Removes the entries at the selected positions.
   void RemoveSelectedKeywords(std::size_t index, const std::vector<std::size_t>& selected);
 

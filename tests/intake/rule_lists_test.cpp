@@ -1,14 +1,15 @@
-#include "intake/routing_rules.h"
+#include "intake/rule_lists.h"
 
 #include <gtest/gtest.h>
 
 #include "base/text.h"
+#include "intake/rule_matcher.h"
 #include "tests/support/virtual_station.h"
 
 namespace ostrel {
 namespace {
 
-class RoutingRulesTest : public testing::Test {
+class RuleListsTest : public testing::Test {
  protected:
   /// Enters `keyword`; returns the refusal's title and text, or nothing.
   std::string Enter(std::size_t list, const std::string& keyword) {
@@ -27,7 +28,7 @@ class RoutingRulesTest : public testing::Test {
   ostrel::Setup& setup = station.setup();
 };
 
-TEST_F(RoutingRulesTest, AKeywordIsRefusedForTheFirstThingWrongWithIt) {
+TEST_F(RuleListsTest, AKeywordIsRefusedForTheFirstThingWrongWithIt) {
   station.Start();
   const std::string wildcards =
       "Not enough information...|You have entered too many wildcard characters. \r\n"
@@ -45,7 +46,7 @@ TEST_F(RoutingRulesTest, AKeywordIsRefusedForTheFirstThingWrongWithIt) {
   EXPECT_EQ(ListOf(3), (Lines{"AB*", "ZFP.TXT", "[!AB]*"}));
 }
 
-TEST_F(RoutingRulesTest, AKeywordStandsOnceInAllListsButCopies) {
+TEST_F(RuleListsTest, AKeywordStandsOnceInAllListsButCopies) {
   station.Start();
   const std::pair<std::size_t, const char*> tabs[] = {{0, "Priority 1"},
                                                       {9, "Priority 10"},
@@ -66,7 +67,7 @@ TEST_F(RoutingRulesTest, AKeywordStandsOnceInAllListsButCopies) {
   EXPECT_EQ(ListOf(kCopiesList), Lines{"ZFP10* | C=3"});
 }
 
-TEST_F(RoutingRulesTest, TheListFilesAreReadForgivinglyAndWrittenPlainly) {
+TEST_F(RuleListsTest, TheListFilesAreReadForgivinglyAndWrittenPlainly) {
   station.WriteFile(PathOf(0), "  zfp* \r\n\r\n    \r\nA.B.C\nlast");
   station.WriteFile(PathOf(2), "LOST*\r\n");
   station.Rule(5, "AFD*");
@@ -96,8 +97,7 @@ TEST_F(RoutingRulesTest, TheListFilesAreReadForgivinglyAndWrittenPlainly) {
   };
   const std::string unsaved =
       "These settings could not be saved: RtList5.txt (Disk full). They are in force, and are "
-      "tried "
-      "again when Setup is left and when the program ends.";
+      "tried again when Setup is left and when the program ends.";
   EXPECT_EQ(leave(), (Lines{"These settings could not be loaded: " + unread + ".", unsaved}));
   EXPECT_EQ(leave(), Lines{}) << "nothing is new";
   EXPECT_EQ(Content(0), "ZFP*\r\nA.B.C\r\nLAST\r\n");
@@ -116,7 +116,7 @@ TEST_F(RoutingRulesTest, TheListFilesAreReadForgivinglyAndWrittenPlainly) {
   EXPECT_EQ(Content(2), "LOST*\r\n") << "and it was not known then";
 }
 
-TEST_F(RoutingRulesTest, TheListsOfANewStationAreWhatAnOperatorCouldHaveEntered) {
+TEST_F(RuleListsTest, TheListsOfANewStationAreWhatAnOperatorCouldHaveEntered) {
   station.Start();
   for (std::size_t list = 0; list < kRuleListCount; ++list) {
     const auto shipped =

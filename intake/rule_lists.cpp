@@ -1,26 +1,16 @@
-#include "intake/routing_rules.h"
+#include "intake/rule_lists.h"
 
 #include <algorithm>
 #include <fmt/format.h>
 
 #include "base/names.h"
-#include "base/numbers.h"
 #include "base/text.h"
 #include "intake/match_pattern.h"
+#include "intake/rule_matcher.h"
 
 namespace ostrel {
 
 namespace {
-
-constexpr std::string_view kCopiesMark = " |";
-constexpr std::string_view kCountMark = "C=";
-
-const std::string* FirstMatch(const ListField& keywords, std::string_view name) {
-  for (const auto& keyword : keywords) {
-    if (MatchPattern(name, keyword)) return &keyword;
-  }
-  return nullptr;
-}
 
 Message Exclamation(std::string title, std::string text) {
   return {std::move(title), std::move(text), MessageIcon::kExclamation};
@@ -38,62 +28,23 @@ std::string TabOf(std::size_t list) {
   return fmt::format("Priority {}", list + 1);
 }
 
-bool IsCopiesLine(std::string_view line) {
-  return line.find(kCountMark) != std::string_view::npos &&
-         line.find(kCopiesMark) != std::string_view::npos;
-}
-
 }  // namespace
 
-CopiesEntry ParseCopiesEntry(std::string_view entry) {
-  const auto count = entry.find(kCountMark);
-  return {std::string(entry.substr(0, entry.find(kCopiesMark))),
-          count == std::string_view::npos
-              ? 0
-              : LeadingInteger(entry.substr(count + kCountMark.size()))};
-}
-
-std::optional<std::string> RoutingRules::DiscardedBy(std::string_view name) const {
-  const auto* keyword = FirstMatch(parts_.setup.SetupPriList[kDiscardList], StripDupSuffix(name));
-  return keyword ? std::optional(*keyword) : std::nullopt;
-}
-
-std::vector<CopiesEntry> RoutingRules::CopiesOf(std::string_view name) const {
-  std::vector<CopiesEntry> matching;
-  if (IsNumberedCopy(name)) return matching;  // or copies would be copied without end
-  for (const auto& line : parts_.setup.SetupPriList[kCopiesList]) {
-    auto entry = ParseCopiesEntry(line);
-    if (MatchPattern(name, entry.keyword)) matching.push_back(std::move(entry));
-  }
-  return matching;
-}
-
-std::optional<Target> RoutingRules::TargetOf(std::string_view name) const {
-  const auto product = StripDupSuffix(name);
-  for (std::size_t list = 0; list <= kCompressList; ++list) {
-    if (const auto* keyword = FirstMatch(parts_.setup.SetupPriList[list], product))
-      return Target{list, *keyword};
-  }
-  return std::nullopt;
-}
-
-void RoutingRules::AddKeyword(std::size_t index) {
+std::optional<Message> RuleLists::AddKeyword(std::size_t index) {
   auto& entryField = parts_.setup.pri1inbox[index];
-  if (entryField.Get().empty()) return;
+  if (entryField.Get().empty()) return std::nullopt;
   const auto keyword = ToUpper(entryField.Get());
   entryField.Set(keyword);
-  if (const auto refusal = Refusal(index, keyword)) {
-    parts_.dialogs.ShowMessage(*refusal);
-    return;
-  }
+  if (auto refusal = Refusal(index, keyword)) return refusal;
   isKnown_[index] = true;
   const auto copies = TrimBlanks(parts_.setup.lblCopies.Get());
   parts_.setup.SetupPriList[index].Append(
       index == kCopiesList ? fmt::format("{} | C={}", keyword, copies) : keyword);
   entryField.Set("");
+  return std::nullopt;
 }
 
-std::optional<Message> RoutingRules::Refusal(std::size_t index, const std::string& keyword) const {
+std::optional<Message> RuleLists::Refusal(std::size_t index, const std::string& keyword) const {
   constexpr auto kTooLittle = "Not enough information...";
   if (CountOf(keyword, '?', '?') + 2 > keyword.size()) {
     return Exclamation(kTooLittle,
@@ -112,7 +63,7 @@ std::optional<Message> RoutingRules::Refusal(std::size_t index, const std::strin
   return index == kCopiesList ? std::nullopt : DuplicateOf(keyword);
 }
 
-std::optional<Message> RoutingRules::DuplicateOf(const std::string& keyword) const {
+std::optional<Message> RuleLists::DuplicateOf(const std::string& keyword) const {
   for (std::size_t list = 0; list <= kDiscardList; ++list) {
     if (parts_.setup.SetupPriList[list].Contains(keyword)) {
       return Exclamation(
@@ -123,14 +74,14 @@ std::optional<Message> RoutingRules::DuplicateOf(const std::string& keyword) con
   return std::nullopt;
 }
 
-void RoutingRules::RemoveSelectedKeywords(std::size_t index,
+void RuleLists::RemoveSelectedKeywords(std::size_t index,
                                           const std::vector<std::size_t>& selected) {
   if (selected.empty()) return;
   isKnown_[index] = true;
   parts_.setup.SetupPriList[index].RemoveEach(selected);
 }
 
-std::vector<std::string> RoutingRules::LoadRuleLists() {
+std::vector<std::string> RuleLists::LoadRuleLists() {
   const bool hasHistory = AnyFileExists();
   std::vector<std::string> unknown;
   for (std::size_t index = 0; index < kRuleListCount; ++index) {
@@ -148,33 +99,33 @@ std::vector<std::string> RoutingRules::LoadRuleLists() {
   return unknown;
 }
 
-std::string RoutingRules::ReadFile(const std::string& path) const {
+std::string RuleLists::ReadFile(const std::string& path) const {
   if (!parts_.files.Exists(path)) throw Failure(failure_number::kFileNotFound, "missing");
   return parts_.files.ReadAll(path);
 }
 
-bool RoutingRules::AnyFileExists() const {
+bool RuleLists::AnyFileExists() const {
   for (std::size_t index = 0; index < kRuleListCount; ++index) {
     if (parts_.files.Exists(PathOf(index))) return true;
   }
   return false;
 }
 
-bool RoutingRules::AllAreKnown() const {
+bool RuleLists::AllAreKnown() const {
   return std::find(isKnown_.begin(), isKnown_.end(), false) == isKnown_.end();
 }
 
-void RoutingRules::TakeLines(std::size_t index, std::string_view content) {
+void RuleLists::TakeLines(std::size_t index, std::string_view content) {
   std::vector<std::string> entries;
   ForEachLine(content, [&](std::string_view text) {
     auto line = ToUpper(TrimBlanks(text));
-    const bool taken = index == kCopiesList ? IsCopiesLine(line) : !line.empty();
+    const bool taken = index == kCopiesList ? IsCopiesEntry(line) : !line.empty();
     if (taken) entries.push_back(std::move(line));
   });
   parts_.setup.SetupPriList[index].Assign(entries);
 }
 
-RuleTexts RoutingRules::Texts() const {
+RuleTexts RuleLists::Texts() const {
   RuleTexts texts;
   for (std::size_t index = 0; index < kRuleListCount; ++index) {
     if (!isKnown_[index]) continue;
@@ -184,7 +135,7 @@ RuleTexts RoutingRules::Texts() const {
   return texts;
 }
 
-std::vector<std::string> RoutingRules::SaveRuleLists(const RuleTexts& texts) {
+std::vector<std::string> RuleLists::SaveRuleLists(const RuleTexts& texts) {
   std::vector<std::string> unsaved;
   for (std::size_t index = 0; index < kRuleListCount; ++index) {
     if (!texts[index]) continue;
@@ -194,7 +145,7 @@ std::vector<std::string> RoutingRules::SaveRuleLists(const RuleTexts& texts) {
   return unsaved;
 }
 
-std::string RoutingRules::PathOf(std::size_t index) const {
+std::string RuleLists::PathOf(std::size_t index) const {
   return fmt::format("{}/RtList{}.txt", parts_.programFolder, index);
 }
 
