@@ -11,8 +11,7 @@
 #include "base/names.h"
 #include "base/reporting.h"
 #include "base/text.h"
-#include "platform/linux/descriptor.h"
-#include "platform/linux/file_io.h"
+#include "platform/linux/zip_file_source.h"
 
 namespace ostrel {
 namespace {
@@ -76,11 +75,9 @@ ExtractResult ZipExtraction::Run(const std::string& archive) {
 }
 
 ExtractResult ZipExtraction::Unpack(const std::string& archive) {
-  Descriptor file = OpenToRead(archive, Links::kRefused);
-  if (!file) throw Failure(failure_number::kDeviceError, "Archive: " + OpenError(ZIP_ER_OPEN));
   int error = 0;
-  const std::unique_ptr<zip_t, Discard> opened(zip_fdopen(file.Get(), 0, &error));
-  if (opened) file.Release();  // the library has closed it
+  ZipFileSource source(files_, archive);
+  const std::unique_ptr<zip_t, Discard> opened(source.Open(error));
   if (!opened && LiesInTheMachine(error)) {
     throw Failure(failure_number::kDeviceError, "Archive: " + OpenError(error));
   }

@@ -93,7 +93,7 @@ TEST_F(ZipArchivesTest, LeavesNothingWhenAMemberCannotBeWritten) {
   EXPECT_EQ(Names("out"), Lines{});
   // Not even the superuser can open what would lie below a file.
   EXPECT_EQ(FailureOf([&] { archives.Extract(Path("in.zip/below.zip"), Path("out"), {}); }),
-            failure_number::kDeviceError);
+            failure_number::kPathAccess);
 }
 
 }  // namespace

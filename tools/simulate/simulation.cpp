@@ -2,16 +2,18 @@
 
 #include <algorithm>
 #include <deque>
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
 
 #include "app/station.h"
 #include "base/failure.h"
 #include "base/names.h"
 #include "base/text.h"
-#include "platform/linux/linux_files.h"
 #include "platform/linux/sqlite_settings_store.h"
 #include "platform/linux/zip_archives.h"
+#include "platform/virtual/memory_files.h"
 #include "platform/virtual/virtual_machine.h"
 #include "tools/monitor/packet_reader.h"
 
@@ -46,6 +48,7 @@ class Run {
 
  private:
   void Prepare(milliseconds length) {
+    LayStation();
     for (const auto& arrival : arrivals_) {
       if (arrival.at <= length) machine_.clock.At(arrival.at, [&] { Arrive(arrival); });
     }
@@ -58,8 +61,16 @@ class Run {
     }
   }
 
+  void LayStation() {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(copy_.path())) {
+      if (!entry.is_regular_file()) continue;
+      std::ifstream file(entry.path(), std::ios::binary);
+      files_.Lay(entry.path().string(), std::string(std::istreambuf_iterator<char>(file), {}));
+    }
+  }
+
   void Arrive(const Arrival& arrival) {
-    std::ofstream(copy_.IngestFolder() + "/" + arrival.name, std::ios::binary) << arrival.content;
+    files_.Lay(copy_.IngestFolder() + "/" + arrival.name, arrival.content);
     ++measures_.arrivals;
     waiting_[ProductOf(arrival.name)].push_back(
         {arrival.at, static_cast<long long>(arrival.content.size())});
@@ -137,7 +148,7 @@ class Run {
   const StationCopy& copy_;
   const std::vector<Arrival>& arrivals_;
   VirtualMachine machine_{kBeginning};
-  LinuxFiles files_{machine_.clock};
+  MemoryFiles files_{machine_.clock};
   ZipArchives archives_{files_};
   SqliteSettingsStores stores_{copy_.StorePath()};
   Station station_{machine_.For(copy_.path(), files_, archives_, stores_)};

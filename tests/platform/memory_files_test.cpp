@@ -1,0 +1,87 @@
+#include "platform/virtual/memory_files.h"
+
+#include <algorithm>
+#include <array>
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+#include <random>
+
+#include "platform/linux/linux_files.h"
+#include "platform/linux/temporary_folder.h"
+#include "platform/virtual/virtual_clock.h"
+#include "tests/support/failure_of.h"
+
+namespace ostrel {
+namespace {
+
+/// One random step on one file system, and what came of it.
+std::string Step(Files& files, const std::string& root, std::mt19937 random) {
+  const auto path = [&] {
+    constexpr std::array kFolders{"", "a/", "b/", "none/"};
+    constexpr std::array kNames{"X.TXT", "Y.TXT", "y.txt", ".hidden"};
+    return root + "/" + kFolders[random() % kFolders.size()] + kNames[random() % kNames.size()];
+  };
+  const auto name = path(), other = path();
+  std::string answer;
+  std::array<char, 5> block{};
+  const auto number = FailureOf([&] {
+    switch (random() % 12) {
+      case 0:
+        return files.WriteAll(name, fmt::format("{}", random()));
+      case 1:
+        return files.Append(name, "more");
+      case 2:
+        return files.Delete(name);
+      case 3:
+        return files.Rename(name, other);
+      case 4:
+        return files.Link(name, other);
+      case 5:
+        return files.CreateFolder(root + (random() % 2 == 0 ? "/a" : "/none/c"));
+      case 6:
+        answer = fmt::format("{}", files.Copy(name, other, Links::kRefused));
+        return;
+      case 7:
+        answer.assign(block.data(), files.ReadBlock(name, 3, block));
+        return;
+      case 8:
+        answer = files.ReadAll(name);
+        return;
+      case 9:
+        answer = fmt::format("{}", files.HoldAlone(name)->Delete());
+        return;
+      case 10:
+        answer = files.ActualPath(name).substr(root.size());
+        return;
+      default:
+        answer = fmt::format("{} {}", files.Status(name).size, files.Exists(other));
+    }
+  });
+  for (const auto* folder : {"", "/a", "/b", "/none"}) {
+    auto names = files.ListFiles(root + folder);
+    std::sort(names.begin(), names.end());
+    const auto isX = [](const std::string& file) { return file == "X.TXT"; };
+    const auto first = files.FirstFile(root + folder, isX);
+    answer += fmt::format(" {} {}", fmt::join(names, ","), first.has_value());
+    EXPECT_TRUE(!first || (!isX(*first) && std::binary_search(names.begin(), names.end(), *first)));
+  }
+  return fmt::format("{} {}", number, answer);
+}
+
+TEST(MemoryFiles, AnswersAsADiskDoes) {
+  VirtualClock clock{std::chrono::sys_days(std::chrono::year(2031) / 5 / 6)};
+  TemporaryFolder folder;
+  LinuxFiles disk(clock);
+  MemoryFiles memory(clock);
+  memory.Lay("/m/.hidden", "");
+  disk.WriteAll(folder / ".hidden", "");
+  for (Files* files : {static_cast<Files*>(&disk), static_cast<Files*>(&memory)})
+    files->CreateFolder((files == &disk ? folder.path() : "/m") + "/b");
+  for (unsigned seed = 0; seed < 3000; ++seed) {
+    const auto wanted = Step(disk, folder.path(), std::mt19937(seed));
+    ASSERT_EQ(Step(memory, "/m", std::mt19937(seed)), wanted) << "step " << seed;
+  }
+}
+
+}  // namespace
+}  // namespace ostrel
