@@ -1,5 +1,5 @@
-// The thirteen lists of keywords that route a file by its name: entered, loaded and saved. The lists
-// are those of the setup dialog; an edit is in force for the next file.
+// The thirteen lists of keywords that route a file by its name: entered, loaded and saved. The
+// lists are those of the setup dialog; an edit is in force for the next file.
 #pragma once
 
 #include <array>

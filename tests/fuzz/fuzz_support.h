@@ -4,15 +4,12 @@
 #include <cstdint>
 #include <cstdlib>
 #include <fmt/format.h>
-#include <map>
 #include <string>
 #include <string_view>
 
-#include "base/failure.h"
 #include "base/reporting.h"
-#include "platform/linux/linux_files.h"
+#include "platform/virtual/memory_files.h"
 #include "platform/virtual/virtual_clock.h"
-#include "tests/support/faulty_files.h"
 
 namespace ostrel {
 
@@ -34,29 +31,12 @@ inline void Demand(bool holds, const char* what) {
   std::abort();
 }
 
-/// Holds whole files by path, and nothing else.
-class FilesInMemory : public FaultyFiles {
- public:
-  FilesInMemory() : FaultyFiles(real_) {}
-
-  bool Exists(const std::string& path) override { return content_.contains(path); }
-  std::string ActualPath(const std::string& path) override { return path; }
-  std::string ReadAll(const std::string& path) override {
-    const auto found = content_.find(path);
-    if (found == content_.end()) throw Failure(failure_number::kFileNotFound, "File not found");
-    return found->second;
-  }
-  void WriteAll(const std::string& path, std::string_view content) override {
-    content_[path] = content;
-  }
-  int Copy(const std::string&, const std::string&, Links) override {
-    return copy_code::kFileNotFound;
-  }
-
- private:
-  VirtualClock clock_{UtcTime{}};
-  LinuxFiles real_{clock_};
-  std::map<std::string, std::string> content_;
+/// A clock and a disk that start anew with each input.
+struct Workshop {
+  const std::string folder = "/station";
+  VirtualClock clock{UtcTime{} + std::chrono::hours(8)};
+  MemoryFiles files{clock};
+  Workshop() { files.CreateFolder(folder); }
 };
 
 struct SilentReporting : Reporting {

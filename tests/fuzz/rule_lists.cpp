@@ -1,23 +1,24 @@
 // Rule list files as an operator's editor, or chance, left them; and keywords entered on top.
-#include "base/text.h"
 #include "intake/rule_lists.h"
+
+#include "base/text.h"
 #include "intake/rule_matcher.h"
 #include "tests/fuzz/fuzz_support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace ostrel;
   auto input = AsText(data, size);
-  FilesInMemory files;
+  Workshop shop;
+  auto& files = shop.files;
   SilentReporting reporting;
   Setup setup;
-  const std::string folder = "/station";
-  RuleLists lists({files, reporting, setup, folder});
+  RuleLists lists({files, reporting, setup, shop.folder});
   const RuleMatcher rules(setup.SetupPriList);
 
   const auto name = ToUpper(TakePart(input));
   const std::string keyword(TakePart(input));
   for (const std::size_t list : {std::size_t{0}, kDiscardList, kCopiesList})
-    files.WriteAll(fmt::format("{}/RtList{}.txt", folder, list), TakePart(input));
+    files.WriteAll(fmt::format("{}/RtList{}.txt", shop.folder, list), TakePart(input));
   lists.LoadRuleLists();
   for (const std::size_t list : {std::size_t{1}, kCopiesList}) {
     setup.pri1inbox[list].Set(keyword);
@@ -30,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   const auto reloaded = [&](const RuleTexts& texts) {
     Setup next;
-    RuleLists loaded({files, reporting, next, folder});
+    RuleLists loaded({files, reporting, next, shop.folder});
     loaded.SaveRuleLists(texts);
     loaded.LoadRuleLists();
     return loaded.Texts();

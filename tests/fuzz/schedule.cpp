@@ -7,21 +7,19 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace ostrel;
   const auto input = AsText(data, size);
-  FilesInMemory files;
-  VirtualClock clock{UtcTime{} + std::chrono::hours(8)};
-  FileCopy copy(files, clock);
+  Workshop shop;
+  FileCopy copy(shop.files, shop.clock);
   VirtualDialogs dialogs;
   SilentReporting reporting;
   Setup setup;
-  const std::string folder = "/station";
-  Schedule schedule({files, clock, copy, dialogs, reporting, setup, folder});
+  Schedule schedule({shop.files, shop.clock, copy, dialogs, reporting, setup, shop.folder});
 
   const auto entry = ParseScheduleEntry(input);
   if (entry.time) {
     Demand(entry.time->hour >= 0 && entry.time->hour < 24, "an hour of the day");
     Demand(entry.time->minute >= 0 && entry.time->minute < 60, "a minute of the hour");
   }
-  files.WriteAll(folder + "/RtSched.txt", input);
+  shop.files.WriteAll(shop.folder + "/RtSched.txt", input);
   schedule.LoadSchedule();
   schedule.ProcessSchedule();
   const std::vector<std::string> once(setup.lstSchedule.begin(), setup.lstSchedule.end());
