@@ -27,6 +27,10 @@ Station::Station(const Platform& platform)
       activity_(platform.events, [this] { lifecycle_.ShutDown(); }),
       log_({platform.files, platform.clock, platform.dialogs, setup_, values_}),
       copy_(platform.files, platform.clock),
+      transmitter_({platform.port, platform.cycleTimer, platform.clock, platform.events, log_,
+                    mainWindow_, setup_}),
+      packetHost_(platform.datagrams, values_),
+      outputs_(log_, {transmitter_, packetHost_}),
       rules_({platform.files, log_, setup_, values_.programFolder}),
       matcher_(setup_.SetupPriList),
       pending_({platform.files, platform.clock, copy_, log_, setup_, values_}),
@@ -36,26 +40,23 @@ Station::Station(const Platform& platform)
       scan_({platform.files, platform.archives, copy_, matcher_, kept_, log_, values_}),
       intake_({platform.files, platform.clock, compression_, pending_, log_, mainWindow_, setup_,
                values_}),
-      morse_({platform.clock, platform.events, platform.cycleTimer, platform.port, platform.files,
-              platform.dialogs, log_, mainWindow_, setup_, engine_, values_}),
+      morse_({platform.clock, transmitter_, platform.files, platform.dialogs, log_, mainWindow_,
+              setup_, values_}),
       schedule_({platform.files, platform.clock, copy_, platform.dialogs, log_, setup_,
                  values_.programFolder}),
       builder_({platform.files, platform.clock, log_, mainWindow_, setup_, engine_}),
-      output_({platform.port, platform.datagrams, platform.cycleTimer, platform.clock, log_,
-               mainWindow_, setup_, engine_, values_}),
-      service_({platform.files, platform.clock, platform.port, copy_, builder_, pending_, log_,
+      service_({platform.files, platform.clock, transmitter_, copy_, builder_, pending_, log_,
                 mainWindow_, setup_, engine_, values_}),
-      cycle_({platform.clock, platform.events, platform.port, output_, service_, log_, mainWindow_,
-              setup_, engine_, values_},
-             Steps()),
+      cycle_({platform.clock, platform.events, transmitter_, morse_, schedule_, scan_, intake_,
+              compression_, service_, outputs_, log_, mainWindow_, setup_, engine_, values_}),
       ingest_(platform.desktop, log_, values_.programFolder),
       transfer_(platform.desktop, platform.dialogs, platform.files, values_.programFolder),
       settings_({platform.stores, platform.dialogs, setup_, values_, rules_, schedule_,
-                 compression_, morse_, output_, kept_, log_}),
-      lifecycle_({platform_, log_, settings_, output_, pending_, ingest_, mainWindow_, setup_,
-                  engine_, values_}),
+                 compression_, morse_, transmitter_, kept_, log_}),
+      lifecycle_({platform_, log_, settings_, transmitter_, outputs_, pending_, ingest_,
+                  mainWindow_, setup_, engine_, values_}),
       operator_({platform_, activity_, setup_, engine_, values_, morse_, schedule_, rules_, intake_,
-                 output_, settings_, transfer_, ingest_}) {
+                 transmitter_, settings_, transfer_, ingest_}) {
   platform_.cycleTimer.OnTick([this] { activity_.Run([this] { cycle_.Tick(); }); });
   HangRulesOnFields();
 }
@@ -66,17 +67,6 @@ bool Station::Start() {
   return succeeded;
 }
 
-CycleSteps Station::Steps() {
-  return {
-      .identify = [this](int newSecond) { morse_.CountDown(newSecond); },
-      .processSchedule = [this] { schedule_.ProcessSchedule(); },
-      .checkForNewFiles = [this] { scan_.CheckForNewFiles(); },
-      .checkForNewPriFiles = [this] { intake_.CheckForNewPriFiles(); },
-      .refreshCompressList = [this] { compression_.RefreshCompressList(); },
-      .compressBlock = [this] { compression_.CompressBlock(); },
-  };
-}
-
 /// The change rules hold wherever a change comes from, the load included.
 void Station::HangRulesOnFields() {
   constexpr std::array kDataBits = {"8", "7"};
@@ -84,10 +74,10 @@ void Station::HangRulesOnFields() {
   fieldRules_.push_back(
       setup_.IDTime.OnChange([this](const std::string&) { morse_.RestartCountdown(); }));
   fieldRules_.push_back(setup_.lblOutData.OnChange([=, this](const std::string& text) {
-    if (IsOneOf(text, kDataBits)) activity_.Run([this] { output_.OpenComPort(); });
+    if (IsOneOf(text, kDataBits)) activity_.Run([this] { transmitter_.OpenComPort(); });
   }));
   fieldRules_.push_back(setup_.lblOutParity.OnChange([=, this](const std::string& text) {
-    if (IsOneOf(text, kParities)) activity_.Run([this] { output_.OpenComPort(); });
+    if (IsOneOf(text, kParities)) activity_.Run([this] { transmitter_.OpenComPort(); });
   }));
 }
 

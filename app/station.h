@@ -11,7 +11,6 @@
 #include "config/program_log.h"
 #include "config/settings_io.h"
 #include "config/settings_transfer.h"
-#include "engine/output_channels.h"
 #include "engine/packet_builder.h"
 #include "engine/queue_service.h"
 #include "engine/transmit_cycle.h"
@@ -26,6 +25,9 @@
 #include "intake/rule_lists.h"
 #include "intake/rule_matcher.h"
 #include "platform/platform.h"
+#include "radio/outputs.h"
+#include "radio/packet_host.h"
+#include "radio/transmitter.h"
 #include "state/engine.h"
 #include "state/main_window.h"
 #include "state/setup.h"
@@ -52,7 +54,6 @@ class Station {
   Reporting& reporting() { return log_; }
 
  private:
-  CycleSteps Steps();
   void HangRulesOnFields();
 
   Platform platform_;
@@ -64,6 +65,9 @@ class Station {
   Activity activity_;
   ProgramLog log_;
   FileCopy copy_;
+  Transmitter transmitter_;
+  PacketHost packetHost_;
+  Outputs outputs_;
   RuleLists rules_;
   RuleMatcher matcher_;
   PendingFiles pending_;
@@ -74,7 +78,6 @@ class Station {
   MorseIdentification morse_;
   Schedule schedule_;
   PacketBuilder builder_;
-  OutputChannels output_;
   QueueService service_;
   TransmitCycle cycle_;
   IngestPrograms ingest_;

@@ -38,9 +38,8 @@ bool Lifecycle::StartUp() {
     PlaceMainWindow();
     parts_.reporting.WriteLog(kCategory, fmt::format("Program Started - {}.{} build {}",
                                                      kVersionMajor, kVersionMinor, kVersionBuild));
-    parts_.engine.portMayOpen = true;
+    parts_.transmitter.SetMayOpen(true);
     parts_.settings.LoadSettings();
-    parts_.engine.datagramSequence = 1;
     parts_.platform.dialogs.ShowMainWindow();
     parts_.ingest.StartIngest(parts_.values.engine);
     ShowStartFigures();
@@ -48,11 +47,11 @@ bool Lifecycle::StartUp() {
     parts_.engine.TxStart = parts_.platform.clock.Now();
     parts_.pending.HandBack();
     StartPurge();
-    parts_.output.OpenPacketHost();
-    parts_.platform.cycleTimer.Start(kCyclePeriod);
+    parts_.outputs.Begin();
+    parts_.transmitter.StartCycle();
     return true;
   } catch (const std::exception& error) {
-    parts_.engine.portMayOpen = parts_.settings.IsLoaded();
+    parts_.transmitter.SetMayOpen(parts_.settings.IsLoaded());
     const auto report = DescribeFailure(AsFailure(error));
     parts_.reporting.WriteLog(kStartProcedure, report);
     parts_.platform.dialogs.ShowMainWindow();
@@ -119,13 +118,9 @@ void Lifecycle::ShutDown() {
   auto& platform = parts_.platform;
   if (!hasBegun_) return platform.dialogs.EndProgram();
   platform.events.BeginShutdown();
-  parts_.engine.port = PortState::kClosed;
   const std::function<void()> steps[] = {
-      [&] { platform.cycleTimer.Stop(); },
-      [&] { platform.port.SetKeyLine1(false); },
-      [&] { platform.port.SetKeyLine2(false); },
-      [&] { platform.port.Close(); },
-      [&] { parts_.output.ClosePacketHost(); },
+      [&] { parts_.transmitter.Release(); },
+      [&] { parts_.outputs.End(); },
       [&] { purge_.reset(); },
       [&] { parts_.settings.SaveUnsaved(); },
       [&] { platform.dialogs.UnloadSetup(); },

@@ -8,9 +8,11 @@
 #include "config/file_purge.h"
 #include "config/ingest_programs.h"
 #include "config/settings_io.h"
-#include "engine/output_channels.h"
 #include "intake/pending_files.h"
 #include "platform/platform.h"
+#include "radio/outputs.h"
+#include "radio/transmitter.h"
+#include "state/engine.h"
 
 namespace ostrel {
 
@@ -20,7 +22,8 @@ class Lifecycle {
     Platform& platform;
     Reporting& reporting;
     SettingsIo& settings;
-    OutputChannels& output;
+    Transmitter& transmitter;
+    Outputs& outputs;
     PendingFiles& pending;
     IngestPrograms& ingest;
     MainWindow& mainWindow;

@@ -12,11 +12,11 @@
 #include "config/settings_io.h"
 #include "config/settings_table.h"
 #include "config/settings_transfer.h"
-#include "engine/output_channels.h"
 #include "ident/morse_identification.h"
 #include "ident/schedule.h"
 #include "intake/queue_intake.h"
 #include "intake/rule_lists.h"
+#include "radio/transmitter.h"
 
 namespace ostrel {
 
@@ -148,7 +148,7 @@ void Operator::StepStopBits() {
 }
 
 void Operator::ReopenPort() {
-  parts_.activity.Run([this] { parts_.output.OpenComPort(); });
+  parts_.activity.Run([this] { parts_.transmitter.OpenComPort(); });
 }
 
 void Operator::StepCopies(Button button) {

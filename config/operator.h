@@ -16,12 +16,12 @@ namespace ostrel {
 
 class IngestPrograms;
 class MorseIdentification;
-class OutputChannels;
 class QueueIntake;
 class RuleLists;
 class Schedule;
 class SettingsIo;
 class SettingsTransfer;
+class Transmitter;
 enum class SaveOutcome;
 
 /// Which mouse button stepped a value label.
@@ -42,7 +42,7 @@ class Operator {
     Schedule& schedule;
     RuleLists& rules;
     QueueIntake& intake;
-    OutputChannels& output;
+    Transmitter& transmitter;
     SettingsIo& settings;
     SettingsTransfer& transfer;
     IngestPrograms& ingest;

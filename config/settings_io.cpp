@@ -126,7 +126,7 @@ void SettingsIo::LoadSettings() {
   parts_.rules.LoadRuleLists();
   ShowProgramValues();
   LoadFields();
-  parts_.output.OpenComPort();
+  parts_.transmitter.OpenComPort();
   parts_.compression.RefreshCompressList();
   parts_.values.showErrors = IsChecked(parts_.setup.chkShowErrors);
   parts_.schedule.LoadSchedule();

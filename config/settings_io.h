@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "base/reporting.h"
-#include "engine/output_channels.h"
 #include "ident/morse_identification.h"
 #include "ident/schedule.h"
 #include "intake/compression.h"
@@ -15,6 +14,7 @@
 #include "intake/rule_lists.h"
 #include "platform/dialogs.h"
 #include "platform/settings_store.h"
+#include "radio/transmitter.h"
 #include "state/engine.h"
 #include "state/setup.h"
 
@@ -37,7 +37,7 @@ class SettingsIo {
     Schedule& schedule;
     Compression& compression;
     MorseIdentification& morse;
-    OutputChannels& output;
+    Transmitter& transmitter;
     KeptFiles& kept;
     Reporting& reporting;
   };

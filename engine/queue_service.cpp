@@ -23,13 +23,13 @@ void QueueService::CheckPriorityLists() {
 }
 
 bool QueueService::IsBusy() {
-  return parts_.port.BytesWaiting() > kNearlyDrained || !parts_.engine.PendingPacket.empty();
+  return parts_.transmitter.BytesWaiting() > kNearlyDrained || !parts_.engine.PendingPacket.empty();
 }
 
 /// A turn comes when the port has nearly drained: then what was in front of the last packet is out.
 void QueueService::ReleaseFinished() {
   if (finished_.empty()) return;
-  const bool isDrained = parts_.port.BytesWaiting() == 0;
+  const bool isDrained = parts_.transmitter.BytesWaiting() == 0;
   std::erase_if(finished_, [&](const Finished& finished) {
     if (!isDrained && !finished.isFollowed) return false;
     parts_.pending.Retire(finished.p, finished.file);

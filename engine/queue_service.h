@@ -8,7 +8,7 @@
 #include "engine/packet_builder.h"
 #include "intake/file_copy.h"
 #include "intake/pending_files.h"
-#include "platform/serial_port.h"
+#include "radio/transmitter.h"
 
 namespace ostrel {
 
@@ -17,7 +17,7 @@ class QueueService {
   struct Parts {
     Files& files;
     Clock& clock;
-    SerialPort& port;
+    Transmitter& transmitter;
     FileCopy& copy;
     PacketBuilder& builder;
     PendingFiles& pending;

@@ -12,7 +12,6 @@ namespace {
 
 constexpr const char* kProcedure = "Timer";
 constexpr int kSameSecond = 99;
-constexpr milliseconds kDrainWait{1};
 constexpr milliseconds kPauseWait{50};
 constexpr int kRatioDecimals = 4;
 
@@ -39,22 +38,20 @@ void TransmitCycle::RunTick() {
   const auto now = Calendar(parts_.clock.Now());
   const int s = NewSecond(now);
   if (parts_.engine.timingReadout) ShowTimingReadout(s, now.second);
-  parts_.port.Announce(kCyclePeriod);
-  if (!IsReady()) {
-    return parts_.mainWindow.lblDataRate.Set(DataRateText(PortState::kClosed, parts_.setup));
-  }
+  parts_.transmitter.Announce(kCyclePeriod);
+  if (!IsReady()) return parts_.transmitter.ShowNoPort();
   if (parts_.values.ingestPath.empty()) return;
 
-  Step([&] { steps_.identify(s); });
+  Step([&] { parts_.morse.CountDown(s); });
   RunDutyCycle();
   if (!IsReady()) return;  // the operator took the port away during a wait
   if (s == 0) {
-    Step(steps_.processSchedule);
+    Step([this] { parts_.schedule.ProcessSchedule(); });
     parts_.mainWindow.lblFilesSent.Set(fmt::format("{}", parts_.engine.FilesSentInAll()));
   }
   ToggleActivityLight();
-  Step(steps_.checkForNewFiles);
-  Step(steps_.checkForNewPriFiles);
+  Step([this] { parts_.scan.CheckForNewFiles(); });
+  Step([this] { parts_.intake.CheckForNewPriFiles(); });
   Step([this] { parts_.service.CheckPriorityLists(); });
   ShowRates();
   if (s % 15 == 0) CheckBlockCompression();
@@ -62,7 +59,14 @@ void TransmitCycle::RunTick() {
     WriteStatistics();
     if (now.hour == 0) ResetDailyCounters();
   }
-  parts_.output.SendPendingPacket();
+  SendPendingPacket();
+}
+
+void TransmitCycle::SendPendingPacket() {
+  auto& packet = parts_.engine.PendingPacket;
+  if (packet.empty()) return;
+  parts_.outputs.Send(packet);
+  packet.clear();
 }
 
 /// The second that this tick is the first to see, or 99.
@@ -73,20 +77,21 @@ int TransmitCycle::NewSecond(const CalendarTime& now) {
 
 void TransmitCycle::ShowTimingReadout(int newSecond, int second) {
   parts_.mainWindow.lblStatus2.Set(
-      fmt::format("{} {} {:04}", newSecond, second, parts_.port.BytesWaiting()));
+      fmt::format("{} {} {:04}", newSecond, second, parts_.transmitter.BytesWaiting()));
 }
 
 void TransmitCycle::RunDutyCycle() {
   const double minutes = LeadingNumber(parts_.setup.totdown.Get());
-  if (!parts_.port.KeyLine1() || minutes <= 0) return;
+  if (!parts_.transmitter.IsKeyed() || minutes <= 0) return;
   const auto crossed = MinuteBoundaries(parts_.engine.TxStart, parts_.clock.Now());
   if (static_cast<double>(crossed) > minutes) Pause();
 }
 
 void TransmitCycle::Pause() {
   auto& window = parts_.mainWindow;
-  Step([this] { parts_.port.Write("Transmit Timeout"); });
-  WaitForDrain();
+  auto& transmitter = parts_.transmitter;
+  Step([&] { transmitter.Send("Transmit Timeout"); });
+  transmitter.Drain();
   const ScopeGuard clearDisplay([&window] {
     window.lblActivefileBackColor.Set(Shade::kLightGrey);
     window.lblActivefile.Set("");
@@ -95,22 +100,13 @@ void TransmitCycle::Pause() {
   window.lblActivefile.Set("Paused");
   window.lblBlkPktNum.Set("");
   window.lblBlkPktTot.Set("");
-  Step([this] { parts_.port.SetKeyLine1(false); });
+  Step([&] { transmitter.Rest(); });
   BeginTxStart();
   WaitForPauseEnd();
   BeginTxStart();
   if (!IsReady()) return;
-  Step([this] { parts_.port.SetKeyLine1(true); });
-  const auto keyUpDelay = LeadingMilliseconds(parts_.setup.txtTxDelay.Get());
-  parts_.port.Announce(keyUpDelay);
-  parts_.clock.Sleep(keyUpDelay);
-}
-
-void TransmitCycle::WaitForDrain() {
-  while (parts_.port.BytesWaiting() > 0) {
-    parts_.events.ProcessPendingEvents();
-    parts_.clock.Sleep(kDrainWait);
-  }
+  Step([&] { transmitter.Rise(); });
+  transmitter.Hold(transmitter.KeyUpDelay());
 }
 
 void TransmitCycle::WaitForPauseEnd() {
@@ -119,12 +115,11 @@ void TransmitCycle::WaitForPauseEnd() {
     const auto crossed = SecondBoundaries(parts_.engine.TxStart, parts_.clock.Now());
     if (static_cast<double>(crossed) > LeadingNumber(parts_.setup.totup.Get())) return;
     parts_.events.ProcessPendingEvents();
-    parts_.port.Announce(kPauseWait);
-    parts_.clock.Sleep(kPauseWait);
+    parts_.transmitter.Hold(kPauseWait);
   }
 }
 
-/// A step that the clock made before, in the drain say, is no step of what begins now.
+/// A step that the clock made before, in the drain say, does not count for the new period.
 void TransmitCycle::BeginTxStart() {
   clockSteps_.TakeStep();
   parts_.engine.TxStart = parts_.clock.Now();
@@ -135,7 +130,7 @@ void TransmitCycle::FollowClockStep() {
 }
 
 void TransmitCycle::ToggleActivityLight() {
-  if (parts_.port.BytesWaiting() == 0 || parts_.engine.port == PortState::kVanished) return;
+  if (!parts_.transmitter.IsSending()) return;
   auto& light = parts_.mainWindow.imgActivity;
   light.Set(light.Get() == Light::kRed ? Light::kYellow : Light::kRed);
 }
@@ -146,17 +141,17 @@ void TransmitCycle::ShowRates() {
   auto& window = parts_.mainWindow;
   window.lblCompressionRatio.Set(
       fmt::format("Compression Ratio = {}:1", FormatRounded(ratio, kRatioDecimals)));
-  window.lblDataRate.Set(DataRateText(parts_.engine.port, parts_.setup));
+  parts_.transmitter.ShowDataRate();
   const double rate = LeadingNumber(parts_.setup.lblOutBaud.Get());
   window.lblThroughput.Set(
       fmt::format("Throughput = {} BPS", static_cast<long long>(ratio * rate)));
 }
 
 void TransmitCycle::CheckBlockCompression() {
-  Step(steps_.refreshCompressList);
+  Step([this] { parts_.compression.RefreshCompressList(); });
   const auto threshold = LeadingNumber(parts_.setup.CompFiles.Get());
   if (threshold <= static_cast<double>(parts_.setup.CompressList.size()))
-    Step(steps_.compressBlock);
+    Step([this] { parts_.compression.CompressBlock(); });
 }
 
 void TransmitCycle::WriteStatistics() {

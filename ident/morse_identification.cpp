@@ -9,7 +9,6 @@ namespace ostrel {
 
 namespace {
 constexpr int kCountdownSecond = 30;
-constexpr milliseconds kDrainWait{1};
 }  // namespace
 
 void MorseIdentification::CountDown(int newSecond) {
@@ -22,14 +21,14 @@ void MorseIdentification::CountDown(int newSecond) {
   if (!isOn || LeadingNumber(timeLeft.Get()) != 0) return;
   // Also after a failure, or it would be due again at every tick.
   const ScopeGuard restart([this] {
-    if (parts_.engine.portReady()) RestartCountdown();
+    if (parts_.transmitter.portReady()) RestartCountdown();
   });
   SendMorseId();
 }
 
 void MorseIdentification::SendOnDemand() {
   if (parts_.setup.CWidenty.Get().empty()) return;
-  if (!parts_.port.IsOpen()) return TellThatNoPortIsOpen();
+  if (!parts_.transmitter.portReady()) return TellThatNoPortIsOpen();
   try {
     if (!SendMorseId()) return TellThatNoPortIsOpen();
   } catch (const Failure& failure) {
@@ -48,25 +47,24 @@ void MorseIdentification::TellThatNoPortIsOpen() {
 }
 
 bool MorseIdentification::SendMorseId() {
-  const bool timerWasRunning = parts_.cycleTimer.IsRunning();
-  parts_.cycleTimer.Stop();
-  const ScopeGuard restore([&] { Restore(timerWasRunning); });
+  auto& transmitter = parts_.transmitter;
+  Transmitter::ManualKeying keying(transmitter, "SendMorseId");
+  const ScopeGuard clearDisplay([this] { ClearDisplay(); });
 
-  const auto keyUpDelay = LeadingMilliseconds(parts_.setup.txtTxDelay.Get());
+  const auto keyUpDelay = transmitter.KeyUpDelay();
   const int factor = TimingFactor(parts_.setup.CWSpeed.Get());
-  Drain();
-  if (!parts_.engine.portReady()) return false;
+  transmitter.Drain();
+  if (!transmitter.portReady()) return false;
   parts_.mainWindow.lblActivefileBackColor.Set(Shade::kRed);
   parts_.mainWindow.lblActivefile.Set("Station ID");
   parts_.dialogs.RepaintMainWindow();
-  SetLines(false);
+  keying.Key(false);
 
   const auto text = ToUpper(parts_.setup.CWidenty.Get());
   parts_.setup.LastId.Set(FormatGeneral(parts_.clock.Now()));
-  Key(ReadElements(text), factor);
-  SetLines(true);
-  parts_.port.Announce(keyUpDelay);
-  parts_.clock.Sleep(keyUpDelay);
+  Key(keying, ReadElements(text), factor);
+  keying.Key(true);
+  transmitter.Hold(keyUpDelay);
 
   if (IsChecked(parts_.setup.LogIt)) parts_.reporting.WriteLog("CW ID", " Sent - " + text);
   RestartCountdown();
@@ -78,41 +76,21 @@ std::string MorseIdentification::ReadElements(const std::string& text) {
   return MorseElements(text, JoinMorseTable(table));
 }
 
-void MorseIdentification::Drain() {
-  while (parts_.port.BytesWaiting() != 0) {
-    parts_.events.ProcessPendingEvents();
-    parts_.clock.Sleep(kDrainWait);
-  }
-}
-
-void MorseIdentification::Key(const std::string& elements, int factor) {
+void MorseIdentification::Key(Transmitter::ManualKeying& keying, const std::string& elements,
+                              int factor) {
   for (const char symbol : elements) {
     const auto step = KeyingOf(symbol, factor);
-    if (step.on > milliseconds(0)) {
-      SetLines(true);
-      parts_.clock.Sleep(step.on);
-    }
-    if (step.off > milliseconds(0)) {
-      SetLines(false);
-      parts_.clock.Sleep(step.off);
+    for (const auto& [on, duration] : {std::pair(true, step.on), {false, step.off}}) {
+      if (duration <= milliseconds(0)) continue;
+      keying.Key(on);
+      parts_.transmitter.Hold(duration);
     }
   }
 }
 
-void MorseIdentification::SetLines(bool on) {
-  parts_.port.SetKeyLine1(on);
-  parts_.port.SetKeyLine2(on);
-}
-
-void MorseIdentification::Restore(bool timerWasRunning) {
+void MorseIdentification::ClearDisplay() {
   parts_.mainWindow.lblActivefileBackColor.Set(Shade::kLightGrey);
   parts_.mainWindow.lblActivefile.Set("");
-  // The shutdown drops the lines and nothing raises them; no more does anything without a port.
-  if (parts_.events.StopIsRequested() || !parts_.engine.portReady()) return;
-  for (const auto set : {&SerialPort::SetKeyLine1, &SerialPort::SetKeyLine2}) {
-    RunStep(parts_.reporting, "SendMorseId", [&] { (parts_.port.*set)(true); });
-  }
-  if (timerWasRunning) parts_.cycleTimer.Start(kCyclePeriod);
 }
 
 }  // namespace ostrel

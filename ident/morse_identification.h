@@ -7,10 +7,8 @@
 #include "base/reporting.h"
 #include "platform/clock.h"
 #include "platform/dialogs.h"
-#include "platform/event_loop.h"
 #include "platform/files.h"
-#include "platform/serial_port.h"
-#include "platform/timer.h"
+#include "radio/transmitter.h"
 #include "state/engine.h"
 #include "state/main_window.h"
 #include "state/setup.h"
@@ -21,15 +19,12 @@ class MorseIdentification {
  public:
   struct Parts {
     Clock& clock;
-    EventLoop& events;
-    Timer& cycleTimer;
-    SerialPort& port;
+    Transmitter& transmitter;
     Files& files;
     Dialogs& dialogs;
     Reporting& reporting;
     MainWindow& mainWindow;
     Setup& setup;
-    const Engine& engine;
     const ProgramValues& values;
   };
   explicit MorseIdentification(const Parts& parts) : parts_(parts) {}
@@ -54,10 +49,8 @@ class MorseIdentification {
   /// timer and the window are then as before.
   bool SendMorseId();
   void TellThatNoPortIsOpen();
-  void Drain();
-  void Key(const std::string& elements, int factor);
-  void SetLines(bool on);
-  void Restore(bool timerWasRunning);
+  void Key(Transmitter::ManualKeying& keying, const std::string& elements, int factor);
+  void ClearDisplay();
   std::string ReadElements(const std::string& text);
 
   Parts parts_;

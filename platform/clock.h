@@ -23,6 +23,8 @@ class Clock {
   /// Blocks the thread; no window event is processed. Throws StopRequested at once when the program
   /// is asked to end, before or during the sleep; during the shutdown itself it sleeps plainly.
   virtual void Sleep(milliseconds duration) = 0;
+  /// Throws StopRequested where a sleep would, and takes no time.
+  void CheckStop() { Sleep(milliseconds(0)); }
 };
 
 }  // namespace ostrel

@@ -18,32 +18,16 @@ struct CompressionTotals {
   float ratio = 1;
 };
 
-/// How the serial port stands. The windows say so in lblDataRate and lblCommMesg.
-enum class PortState {
-  kClosed,    // none is open, or one is being opened
-  kOpen,      // open and keyed
-  kFailed,    // the last opening failed
-  kVanished,  // open, but the device is gone for now
-};
-
-/// The transmit cycle's period.
-inline constexpr milliseconds kCyclePeriod{125};
-
 struct Engine {
-  PortState port = PortState::kClosed;
-  bool portMayOpen = false;  // once start-up has come to the port; not after one that failed
   bool timingReadout = false;
   LocalTime TxStart{};            // of the present transmit period, or pause
   std::string PendingPacket;      // empty, or one packet
-  int datagramSequence = 1;       // 1 to 60
   PerPriority<int> nextBlock;     // 1 and up, of the file on the air
   PerPriority<int> FilesSent;     // since midnight
   PerPriority<int> MaximumCount;  // the longest queue since midnight
   int FillsSent = 0;              // since midnight
   CompressionTotals compression;
 
-  /// The port is open for transmitting.
-  bool portReady() const { return port == PortState::kOpen || port == PortState::kVanished; }
   int FilesSentInAll() const {
     int sum = 0;
     for (const int sent : FilesSent) sum += sent;

@@ -67,11 +67,6 @@ std::string ActualName(const std::string& folder, const std::string& wanted) {
   return found;
 }
 
-/// Lets the program end in the midst of long work on files: no transmitter stays keyed for it.
-void EndIfAsked(Clock& clock) {
-  clock.Sleep(milliseconds(0));
-}
-
 /// A program may keep others out by a lock of its own; ours lasts until the file is closed.
 bool LockIfFree(int descriptor) {
   return flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
@@ -81,7 +76,7 @@ bool LockIfFree(int descriptor) {
 int CopyContent(const Descriptor& source, std::int64_t size, TemporaryFile& copy, Clock& clock) {
   std::array<char, 64 * 1024> buffer;
   for (std::int64_t offset = 0;;) {
-    EndIfAsked(clock);
+    clock.CheckStop();
     const std::int64_t count = ReadFully(source.Get(), offset, buffer);
     if (count < 0) return SourceCopyCode(static_cast<int>(-count));
     if (count == 0) return copy_code::kDone;
@@ -252,7 +247,7 @@ std::string LinuxFiles::ReadAll(const std::string& path) {
 }
 
 void LinuxFiles::WriteAll(const std::string& path, std::string_view content) {
-  EndIfAsked(clock_);  // the members of an archive come by thousands
+  clock_.CheckStop();  // the members of an archive come by thousands
   TemporaryFile file(FolderToCreateIn(path));
   if (file.Error() != 0) ThrowFileFailure(file.Error(), path);
   struct stat present;

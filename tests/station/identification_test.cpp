@@ -82,7 +82,8 @@ TEST(Identification, TheMenuSendsOneWheneverThereIsATextAndAPort) {
   station.setup().CWidenty.Set("");
   operators.SendMorseId();
   station.setup().CWidenty.Set("DE TEST");
-  station.machine.line.Close();
+  station.setup().lblOutStop.Set("");
+  operators.StepPort(Button::kLeft);
   operators.SendMorseId();
   EXPECT_EQ(station.LogOf("CW ID").size(), 1U);
   EXPECT_EQ(station.machine.dialogs.messages.back().text,
