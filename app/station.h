@@ -17,13 +17,15 @@
 #include "ident/morse_identification.h"
 #include "ident/schedule.h"
 #include "intake/compression.h"
+#include "intake/entry_records.h"
 #include "intake/file_copy.h"
+#include "intake/handed_back_files.h"
 #include "intake/ingest_scan.h"
 #include "intake/kept_files.h"
-#include "intake/pending_files.h"
 #include "intake/queue_intake.h"
 #include "intake/rule_lists.h"
 #include "intake/rule_matcher.h"
+#include "intake/transmit_queue.h"
 #include "platform/platform.h"
 #include "radio/outputs.h"
 #include "radio/packet_host.h"
@@ -50,6 +52,7 @@ class Station {
   Setup& setup() { return setup_; }
   Engine& engine() { return engine_; }
   ProgramValues& values() { return values_; }
+  TransmitQueue& queue() { return queue_; }
   Operator& operators() { return operator_; }
   Reporting& reporting() { return log_; }
 
@@ -70,7 +73,9 @@ class Station {
   Outputs outputs_;
   RuleLists rules_;
   RuleMatcher matcher_;
-  PendingFiles pending_;
+  EntryRecords records_;
+  HandedBackFiles handedBack_;
+  TransmitQueue queue_;
   Compression compression_;
   KeptFiles kept_;
   IngestScan scan_;

@@ -16,8 +16,11 @@ struct IdleStation : VirtualStation {
     Set("TxUpTime", "0");
     Set("CWIDTime", "0");
     Start();
-    for (int i = 0; i < queued; ++i)
-      window().PriorityList[Priority(5)].Append("P" + std::to_string(i) + ".TXT");
+    for (int i = 0; i < queued; ++i) {
+      const auto name = "P" + std::to_string(i) + ".TXT";
+      std::ofstream(InTransmitFolder(name)) << i;
+      station->queue().Add(Priority(5), name, Path(name));
+    }
     Run(2s);
   }
 

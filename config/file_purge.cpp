@@ -1,14 +1,14 @@
 #include "config/file_purge.h"
 
+#include "intake/old_files.h"
+
 namespace ostrel {
 
 namespace {
 constexpr milliseconds kInterval{60'000};
 }
 
-FilePurge::FilePurge(const Parts& parts,
-                     std::function<void(const std::string&, const std::string&)> onDeleted)
-    : parts_(parts), onDeleted_(std::move(onDeleted)) {
+FilePurge::FilePurge(const Parts& parts) : parts_(parts) {
   parts_.timer.OnTick([this] { Purge(); });
 }
 
@@ -26,14 +26,10 @@ void FilePurge::Purge() {
 
 void FilePurge::PurgeFolder(const Registration& registration) {
   const auto limit = parts_.clock.UtcNow() - registration.age;
-  for (const auto& name : parts_.files.ListFiles(registration.folder)) {
-    const auto path = registration.folder + name;
-    // A file that goes away under the purge, or cannot be deleted now, is none of its concern.
-    TryStep([&] {
-      if (parts_.files.Status(path).written >= limit) return;
-      parts_.files.Delete(path);
-      onDeleted_(registration.folder, name);
-    });
+  if (registration.folder == parts_.values.TransmitFolder() + "/") {
+    parts_.queue.Purge(limit);
+  } else {
+    DeleteOlder(parts_.files, registration.folder, limit);
   }
 }
 

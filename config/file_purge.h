@@ -1,12 +1,13 @@
 // Deletes files that waited too long: looks at its folders at its start and every minute, and
-// removes what was last written before the age limit.
+// removes what was last written before the age limit. The transmit folder belongs to the queue,
+// which is asked to do it there.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "base/reporting.h"
+#include "intake/transmit_queue.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/timer.h"
@@ -19,11 +20,11 @@ class FilePurge {
     Files& files;
     Clock& clock;
     Timer& timer;
+    TransmitQueue& queue;
     Reporting& reporting;
+    const ProgramValues& values;
   };
-  /// `onDeleted` hears of each file that was deleted: its folder as registered, and its name.
-  FilePurge(const Parts& parts,
-            std::function<void(const std::string& folder, const std::string& name)> onDeleted);
+  explicit FilePurge(const Parts& parts);
   ~FilePurge() { parts_.timer.Stop(); }
   FilePurge(const FilePurge&) = delete;
   FilePurge& operator=(const FilePurge&) = delete;
@@ -47,7 +48,6 @@ class FilePurge {
   void PurgeFolder(const Registration& registration);
 
   Parts parts_;
-  std::function<void(const std::string&, const std::string&)> onDeleted_;
   Registration next_;
   std::vector<Registration> folders_;
 };

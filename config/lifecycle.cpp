@@ -7,6 +7,7 @@
 #include "config/about.h"
 #include "config/settings_table.h"
 #include "config/window_placement.h"
+#include "intake/old_files.h"
 
 namespace ostrel {
 
@@ -43,9 +44,8 @@ bool Lifecycle::StartUp() {
     parts_.platform.dialogs.ShowMainWindow();
     parts_.ingest.StartIngest(parts_.values.engine);
     ShowStartFigures();
-    for (const Priority p : AllPriorities()) parts_.engine.nextBlock[p] = 1;
     parts_.engine.TxStart = parts_.platform.clock.Now();
-    parts_.pending.HandBack();
+    parts_.queue.GiveBack();
     StartPurge();
     parts_.outputs.Begin();
     parts_.transmitter.StartCycle();
@@ -100,13 +100,11 @@ void Lifecycle::ShowStartFigures() {
 }
 
 void Lifecycle::StartPurge() {
-  const FilePurge::Parts purgeParts{parts_.platform.files, parts_.platform.clock,
-                                    parts_.platform.purgeTimer, parts_.reporting};
-  const auto transmitFolder = parts_.values.TransmitFolder() + "/";
-  purge_.emplace(purgeParts, [=, this](const std::string& folder, const std::string& name) {
-    if (folder == transmitFolder) parts_.pending.Purged(name);
-  });
-  for (const auto& folder : {transmitFolder, parts_.values.SentFolder() + "/"}) {
+  purge_.emplace(FilePurge::Parts{parts_.platform.files, parts_.platform.clock,
+                                  parts_.platform.purgeTimer, parts_.queue, parts_.reporting,
+                                  parts_.values});
+  for (const auto& folder :
+       {parts_.values.TransmitFolder() + "/", parts_.values.SentFolder() + "/"}) {
     purge_->SetPurgeFolder(folder);
     purge_->SetPurgeAge(PurgeAge(parts_.setup));
     purge_->AddPurgeFolder();

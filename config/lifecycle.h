@@ -8,7 +8,7 @@
 #include "config/file_purge.h"
 #include "config/ingest_programs.h"
 #include "config/settings_io.h"
-#include "intake/pending_files.h"
+#include "intake/transmit_queue.h"
 #include "platform/platform.h"
 #include "radio/outputs.h"
 #include "radio/transmitter.h"
@@ -24,7 +24,7 @@ class Lifecycle {
     SettingsIo& settings;
     Transmitter& transmitter;
     Outputs& outputs;
-    PendingFiles& pending;
+    TransmitQueue& queue;
     IngestPrograms& ingest;
     MainWindow& mainWindow;
     Setup& setup;

@@ -14,8 +14,8 @@
 #include "config/settings_transfer.h"
 #include "ident/morse_identification.h"
 #include "ident/schedule.h"
-#include "intake/queue_intake.h"
 #include "intake/rule_lists.h"
+#include "intake/transmit_queue.h"
 #include "radio/transmitter.h"
 
 namespace ostrel {
@@ -94,7 +94,7 @@ void Operator::ToggleTimingReadout() {
 }
 
 void Operator::RemoveQueued(Priority p, const std::vector<std::size_t>& selected) {
-  parts_.activity.Run([&] { parts_.intake.RemoveQueued(p, selected); });
+  parts_.activity.Run([&] { parts_.queue.Remove(p, selected); });
 }
 
 void Operator::AddKeyword(std::size_t list) {

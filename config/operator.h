@@ -16,11 +16,11 @@ namespace ostrel {
 
 class IngestPrograms;
 class MorseIdentification;
-class QueueIntake;
 class RuleLists;
 class Schedule;
 class SettingsIo;
 class SettingsTransfer;
+class TransmitQueue;
 class Transmitter;
 enum class SaveOutcome;
 
@@ -41,7 +41,7 @@ class Operator {
     MorseIdentification& morse;
     Schedule& schedule;
     RuleLists& rules;
-    QueueIntake& intake;
+    TransmitQueue& queue;
     Transmitter& transmitter;
     SettingsIo& settings;
     SettingsTransfer& transfer;

@@ -7,17 +7,15 @@ namespace ostrel {
 
 namespace {
 constexpr std::size_t kNearlyDrained = 50;  // bytes
-/// A file that is refused again and again must neither take every turn nor fill the log.
-constexpr milliseconds kReturnWait{15'000};
-}  // namespace
+}
 
 void QueueService::CheckPriorityLists() {
   if (IsBusy()) return;
-  ReleaseFinished();
-  ReturnStuckFiles();
+  ReleaseSent();
+  parts_.queue.ListHeldBack();
   for (const Priority p : AllPriorities()) {
-    if (!parts_.mainWindow.PriorityList[p].empty() && parts_.mainWindow.IsIdle(p)) StartFile(p);
-    if (!currentFile_[p].empty()) return ServeFile(p);
+    if (!onAir_[p] && !parts_.queue.IsEmpty(p) && !StartFile(p)) return;
+    if (onAir_[p]) return ServeFile(p);
   }
   InsertFillFile();
 }
@@ -27,89 +25,98 @@ bool QueueService::IsBusy() {
 }
 
 /// A turn comes when the port has nearly drained: then what was in front of the last packet is out.
-void QueueService::ReleaseFinished() {
-  if (finished_.empty()) return;
-  const bool isDrained = parts_.transmitter.BytesWaiting() == 0;
-  std::erase_if(finished_, [&](const Finished& finished) {
-    if (!isDrained && !finished.isFollowed) return false;
-    parts_.pending.Retire(finished.p, finished.file);
-    return true;
-  });
+void QueueService::ReleaseSent() {
+  if (parts_.queue.HasSent() && (isFollowed_ || parts_.transmitter.BytesWaiting() == 0))
+    parts_.queue.ReleaseSent();
 }
 
-/// In the order in which they got stuck: of one product the later is the newer.
-void QueueService::ReturnStuckFiles() {
-  const auto isDue = [this](const Stuck& s) { return s.returnAt <= parts_.clock.Monotonic(); };
-  while (!stuck_.empty() && isDue(stuck_.front()) && ReturnToHoldingFolder(stuck_.front()))
-    stuck_.erase(stuck_.begin());
-}
-
-void QueueService::StartFile(Priority p) {
-  const auto& queue = parts_.mainWindow.PriorityList[p];
-  const std::string file = queue.front();
-  parts_.mainWindow.lblSending[p].Set(fmt::format("Sending {}: 1", file));
-  for (const Priority other : AllPriorities()) {
-    if (currentFile_[other] == file) isDisplaced_[other] = true;
+/// False when the sent folder does not take the file: there is nothing to serve in this turn then.
+bool QueueService::StartFile(Priority p) {
+  const auto& entry = parts_.queue.Start(p);
+  parts_.mainWindow.lblSending[p].Set(fmt::format("Sending {}: 1", entry.name));
+  if (!entry.wasRefused) {
+    LogStart(p, entry.name);
+    CountStart(p);
   }
-  currentFile_[p] = file;
-  isDisplaced_[p] = false;
-  parts_.engine.nextBlock[p] = 1;
-  isHeldBack_[p] =
-      !MoveToSentFolder(p, file) && parts_.files.Exists(parts_.values.InTransmitFolder(file));
-  if (isHeldBack_[p]) stuck_.push_back({p, file, parts_.clock.Monotonic() + kReturnWait});
-  ++parts_.engine.FilesSent[p];
-  auto& maximum = parts_.engine.MaximumCount[p];
-  maximum = std::max(maximum, static_cast<int>(queue.size()));
-}
-
-bool QueueService::MoveToSentFolder(Priority p, const std::string& file) {
-  const auto waiting = parts_.values.InTransmitFolder(file);
-  if (IsChecked(parts_.setup.LogIt)) {
-    TryStep([&] {
-      const auto written = parts_.clock.ToLocal(parts_.files.Status(waiting).written);
-      parts_.reporting.WriteLog(
-          "Sending", fmt::format("{}  - {} - {}", file, p.number(), FormatLogStamp(written)));
-    });
+  if (const auto refusal = CopyToSentFolder(entry)) {
+    HoldBack(p, entry, *refusal);
+    return false;
   }
-  const bool copied =
-      TryStep([&] { parts_.copy.CopyFile(waiting, parts_.values.InSentFolder(file)); });
-  TryStep([&] { SetFileWriteTime(parts_.values.InSentFolder(file), parts_.clock.Now()); });
-  if (copied) TryStep([&] { parts_.files.Delete(waiting); });
-  return copied;
-}
-
-/// The entry is retired on its first turn, since there is nothing to serve; the file itself, the
-/// only copy there is, takes the way through the intake again. True when it does, or is gone.
-bool QueueService::ReturnToHoldingFolder(const Stuck& stuck) {
-  if (parts_.files.Exists(parts_.values.InTransmitFolder(stuck.file)))
-    return TryStep([&] { parts_.pending.Return(stuck.p, stuck.file); });
-  parts_.pending.Retire(stuck.p, stuck.file);
+  parts_.queue.DropFile(p);
+  PutOnAir(p, entry.name);
   return true;
 }
 
+void QueueService::CountStart(Priority p) {
+  ++parts_.engine.FilesSent[p];
+  auto& maximum = parts_.engine.MaximumCount[p];
+  maximum = std::max(maximum, static_cast<int>(parts_.queue.Size(p)));
+}
+
+void QueueService::LogStart(Priority p, const std::string& file) {
+  if (!IsChecked(parts_.setup.LogIt)) return;
+  TryStep([&] {
+    const auto written =
+        parts_.clock.ToLocal(parts_.files.Status(parts_.queue.PathOf(file)).written);
+    parts_.reporting.WriteLog(
+        "Sending", fmt::format("{}  - {} - {}", file, p.number(), FormatLogStamp(written)));
+  });
+}
+
+/// Returns why it could not be done. What the sent folder holds of this name is an older file then.
+std::optional<Failure> QueueService::CopyToSentFolder(const TransmitQueue::Entry& entry) {
+  if (!entry.hasFile) return Failure(failure_number::kFileNotFound, "File not found");
+  std::optional<Failure> refusal;
+  const auto sent = parts_.values.InSentFolder(entry.name);
+  try {
+    parts_.copy.CopyFile(parts_.queue.PathOf(entry.name), sent);
+  } catch (const std::exception& error) {
+    refusal = AsFailure(error);
+  }
+  TryStep([&] { SetFileWriteTime(sent, parts_.clock.Now()); });
+  return refusal;
+}
+
+void QueueService::PutOnAir(Priority p, const std::string& file) {
+  for (auto& other : onAir_) {
+    if (other && other->file == file) other->isDisplaced = true;
+  }
+  onAir_[p] = OnAir{file};
+}
+
+/// The file is the only one there is. It is counted once, and the log tells of it once.
+void QueueService::HoldBack(Priority p, const TransmitQueue::Entry& entry, const Failure& refusal) {
+  const auto name = entry.name;
+  const bool isKnown = entry.wasRefused;
+  if (!isKnown) parts_.builder.LogMissing(parts_.values.InSentFolder(name));
+  if (parts_.queue.HoldBack(p) && !isKnown) {
+    parts_.reporting.WriteLog(
+        "Pending", fmt::format("{} stays in RtXmit and is tried again: it cannot be copied to "
+                               "RtSent. {}",
+                               name, refusal.text()));
+  }
+  ShowIdle(p);
+}
+
 void QueueService::ServeFile(Priority p) {
-  const int n = parts_.engine.nextBlock[p];
-  const auto path = parts_.values.InSentFolder(currentFile_[p]);
-  if (isHeldBack_[p]) parts_.builder.LogMissing(path);
-  const long long count = isHeldBack_[p] ? 0 : parts_.builder.MakePacket(path, n);
-  parts_.engine.nextBlock[p] = n + 1;
+  auto& onAir = *onAir_[p];
+  const int n = onAir.nextBlock++;
+  const auto count = parts_.builder.MakePacket(parts_.values.InSentFolder(onAir.file), n);
   if (n > count) return RetireFile(p);
-  for (auto& finished : finished_) finished.isFollowed = true;
-  parts_.mainWindow.lblSending[p].Set(
-      fmt::format("Sending {}: {} of {}", parts_.mainWindow.PriorityList[p].front(), n, count));
+  isFollowed_ = true;
+  parts_.mainWindow.lblSending[p].Set(fmt::format("Sending {}: {} of {}", onAir.file, n, count));
 }
 
 void QueueService::RetireFile(Priority p) {
+  onAir_[p]->isDisplaced ? parts_.queue.SendAgain(p) : parts_.queue.Retire(p);
+  onAir_[p].reset();
+  isFollowed_ = false;
+  ShowIdle(p);
+}
+
+void QueueService::ShowIdle(Priority p) {
   parts_.engine.PendingPacket.clear();
-  if (isDisplaced_[p] && !isHeldBack_[p]) {
-    parts_.pending.SendAgain(p, currentFile_[p]);
-  } else if (!isHeldBack_[p]) {
-    finished_.push_back({p, currentFile_[p], false});
-  }
-  parts_.mainWindow.PriorityList[p].Remove(0);
   parts_.mainWindow.lblSending[p].Set(MainWindow::IdleCaption(p));
-  currentFile_[p].clear();
-  parts_.engine.nextBlock[p] = 1;
   parts_.mainWindow.lblActivefile.Set("");
   parts_.mainWindow.lblBlkPktNum.Set("");
   parts_.mainWindow.lblBlkPktTot.Set("");

@@ -2,12 +2,12 @@
 // boundaries, the fill file when every queue is empty.
 #pragma once
 
+#include <optional>
 #include <string>
-#include <vector>
 
 #include "engine/packet_builder.h"
 #include "intake/file_copy.h"
-#include "intake/pending_files.h"
+#include "intake/transmit_queue.h"
 #include "radio/transmitter.h"
 
 namespace ostrel {
@@ -20,7 +20,7 @@ class QueueService {
     Transmitter& transmitter;
     FileCopy& copy;
     PacketBuilder& builder;
-    PendingFiles& pending;
+    TransmitQueue& queue;
     Reporting& reporting;
     MainWindow& mainWindow;
     const Setup& setup;
@@ -34,39 +34,32 @@ class QueueService {
   void CheckPriorityLists();
 
  private:
-  /// A file whose last block was built; its record goes when nothing of that block waits any more.
-  struct Finished {
-    Priority p;
+  /// The first entry of a queue while it is sent from the sent folder.
+  struct OnAir {
     std::string file;
-    bool isFollowed;  // by a packet of another file
-  };
-  /// A file of RtXmit that could not be moved to the sent folder.
-  struct Stuck {
-    Priority p;
-    std::string file;
-    milliseconds returnAt;  // monotonic
+    int nextBlock = 1;
+    /// While it waited for a more urgent file, that took its place in the sent folder.
+    bool isDisplaced = false;
   };
 
   bool IsBusy();
-  void ReleaseFinished();
-  void ReturnStuckFiles();
-  void StartFile(Priority p);
-  bool MoveToSentFolder(Priority p, const std::string& file);
-  bool ReturnToHoldingFolder(const Stuck& stuck);
+  void ReleaseSent();
+  bool StartFile(Priority p);
+  void CountStart(Priority p);
+  void LogStart(Priority p, const std::string& file);
+  std::optional<Failure> CopyToSentFolder(const TransmitQueue::Entry& entry);
+  void PutOnAir(Priority p, const std::string& file);
+  void HoldBack(Priority p, const TransmitQueue::Entry& entry, const Failure& refusal);
   void ServeFile(Priority p);
   void RetireFile(Priority p);
+  void ShowIdle(Priority p);
   void InsertFillFile();
   void SetFileWriteTime(const std::string& path, LocalTime time);
 
   Parts parts_;
-  PerPriority<std::string> currentFile_;
-  /// The current file could not be moved. Nothing is served then: what the sent folder holds under
-  /// its name is an older one.
-  PerPriority<bool> isHeldBack_;
-  /// While the current file waited for a more urgent one, that took its place in the sent folder.
-  PerPriority<bool> isDisplaced_;
-  std::vector<Finished> finished_;
-  std::vector<Stuck> stuck_;
+  PerPriority<std::optional<OnAir>> onAir_;
+  /// A packet was built after the last entry was retired.
+  bool isFollowed_ = false;
 };
 
 }  // namespace ostrel

@@ -25,13 +25,13 @@ std::optional<std::string> Compression::CompressFile(const std::string& source,
                                                      const std::string& name) {
   std::optional<std::string> placedAs;
   RunStep(parts_.reporting, kFileProcedure, [&] {
-    const auto archive = FreeTransmitName(std::string(StripExtension(name)) + ".ZIP");
+    const auto archive = parts_.queue.FreeName(std::string(StripExtension(name)) + ".ZIP");
     if (!MakeArchive(source, archive)) {
-      placedAs = PlaceUncompressed(source, name);
+      placedAs = parts_.queue.Place(source, name);
       return;
     }
     const auto uncompressed = SizeOrZero(source);
-    const auto compressed = SizeOrZero(parts_.values.InTransmitFolder(archive));
+    const auto compressed = SizeOrZero(parts_.queue.PathOf(archive));
     if (compressed <= uncompressed) {
       Count(compressed, uncompressed);
       placedAs = archive;
@@ -39,14 +39,14 @@ std::optional<std::string> Compression::CompressFile(const std::string& source,
     }
     Count(uncompressed, uncompressed);
     RunStep(parts_.reporting, kFileProcedure,
-            [&] { parts_.files.Delete(parts_.values.InTransmitFolder(archive)); });
-    placedAs = PlaceUncompressed(source, name);
+            [&] { parts_.files.Delete(parts_.queue.PathOf(archive)); });
+    placedAs = parts_.queue.Place(source, name);
   });
   return placedAs;
 }
 
 CreateResult Compression::CreateArchive(const std::string& name, const char* procedure) {
-  auto created = parts_.archives.Create(parts_.values.InTransmitFolder(name));
+  auto created = parts_.archives.Create(parts_.queue.PathOf(name));
   if (created.error != 0) {
     parts_.reporting.WriteLog(procedure, fmt::format("Create Zip Error {}", created.error));
     RestoreFolder(parts_.files, parts_.reporting, parts_.values.TransmitFolder());
@@ -61,17 +61,6 @@ bool Compression::MakeArchive(const std::string& source, const std::string& arch
     created.writer->Add(std::string(FolderOf(source)), std::string(FileNameOf(source)));
     created.writer->Close();
   });
-}
-
-std::string Compression::PlaceUncompressed(const std::string& source, const std::string& name) {
-  auto freeName = FreeTransmitName(name);
-  try {
-    parts_.copy.CopyFile(source, parts_.values.InTransmitFolder(freeName));
-  } catch (const Failure&) {
-    RestoreFolder(parts_.files, parts_.reporting, parts_.values.TransmitFolder());
-    throw;
-  }
-  return freeName;
 }
 
 void Compression::RefreshCompressList() {
@@ -89,14 +78,16 @@ void Compression::RefreshCompressList() {
 
 void Compression::CompressBlock() {
   RunStep(parts_.reporting, kBlockProcedure, [this] {
-    const auto name = FreeTransmitName(BlockName(parts_.clock.Now()));
+    const auto name = parts_.queue.FreeName(BlockName(parts_.clock.Now()));
     const auto created = CreateArchive(name, kBlockProcedure);
     if (created.error != 0) return;
     std::int64_t uncompressed = 0;
     const auto archived = AddListedFiles(*created.writer, uncompressed);
     created.writer->Close();  // a failure ends here: all files stay, nothing is queued
-    QueueArchive(name);
-    Count(SizeOrZero(parts_.values.InTransmitFolder(name)), uncompressed);
+    const int priority = LeadingInteger(parts_.setup.BlockPriority.Get());
+    parts_.queue.Add(Priority(std::clamp(priority, 1, kPriorityCount)), name,
+                     JoinPath(BlockFolder(), name));
+    Count(SizeOrZero(parts_.queue.PathOf(name)), uncompressed);
     DeleteArchived(archived);
   });
 }
@@ -111,17 +102,6 @@ std::vector<std::string> Compression::AddListedFiles(ArchiveWriter& archive, std
     added.push_back(file);
   }
   return added;
-}
-
-void Compression::QueueArchive(const std::string& name) {
-  const Priority p(std::clamp(LeadingInteger(parts_.setup.BlockPriority.Get()), 1, kPriorityCount));
-  try {
-    parts_.pending.Add(p, name, JoinPath(BlockFolder(), name));
-  } catch (const Failure&) {
-    TryStep([&] { parts_.files.Delete(parts_.values.InTransmitFolder(name)); });
-    throw;  // the files stay where they are
-  }
-  parts_.mainWindow.PriorityList[p].Append(name);
 }
 
 void Compression::DeleteArchived(const std::vector<std::string>& names) {
@@ -146,12 +126,6 @@ std::int64_t Compression::SizeOrZero(const std::string& path) {
   std::int64_t size = 0;
   TryStep([&] { size = parts_.files.Status(path).size; });
   return size;
-}
-
-std::string Compression::FreeTransmitName(std::string name) {
-  return FirstFreeName(std::move(name), [this](const std::string& candidate) {
-    return parts_.files.Exists(parts_.values.InTransmitFolder(candidate));
-  });
 }
 
 }  // namespace ostrel

@@ -7,9 +7,8 @@
 #include <vector>
 
 #include "base/reporting.h"
-#include "intake/file_copy.h"
-#include "intake/pending_files.h"
 #include "intake/placed_files.h"
+#include "intake/transmit_queue.h"
 #include "platform/archives.h"
 #include "platform/clock.h"
 #include "state/engine.h"
@@ -24,10 +23,8 @@ class Compression {
     Files& files;
     Archives& archives;
     Clock& clock;
-    FileCopy& copy;
-    PendingFiles& pending;
+    TransmitQueue& queue;
     Reporting& reporting;
-    MainWindow& mainWindow;
     Setup& setup;
     Engine& engine;
     const ProgramValues& values;
@@ -39,10 +36,6 @@ class Compression {
   /// it waits; nothing when it could not be placed at all, which has been reported.
   std::optional<std::string> CompressFile(const std::string& source, const std::string& name);
 
-  /// Copies `source` into RtXmit as it is, under `name` or the next free one, and returns the name
-  /// it got. Throws Failure.
-  std::string PlaceUncompressed(const std::string& source, const std::string& name);
-
   /// Reads the list of files that await block compression from their folder.
   void RefreshCompressList();
   /// Packs all listed files into one archive, queues it and deletes what is in it.
@@ -52,11 +45,9 @@ class Compression {
   CreateResult CreateArchive(const std::string& name, const char* procedure);
   bool MakeArchive(const std::string& source, const std::string& archiveName);
   std::vector<std::string> AddListedFiles(ArchiveWriter& archive, std::int64_t& bytes);
-  void QueueArchive(const std::string& name);
   void DeleteArchived(const std::vector<std::string>& names);
   void Count(std::int64_t compressed, std::int64_t uncompressed);
   std::int64_t SizeOrZero(const std::string& path);
-  std::string FreeTransmitName(std::string name);
   std::string BlockFolder() const { return parts_.values.HoldingFolder(kCompressFolder); }
 
   Parts parts_;

@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "base/names.h"
-#include "intake/pending_files.h"
+#include "intake/old_files.h"
 
 namespace ostrel {
 

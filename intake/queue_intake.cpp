@@ -1,6 +1,5 @@
 #include "intake/queue_intake.h"
 
-#include <algorithm>
 #include <array>
 #include <fmt/format.h>
 
@@ -55,7 +54,7 @@ void QueueIntake::TakeOne(Priority p) {
     // It stays for the next call: a full disk passes. Its own trouble must not hold up the others.
     if (!CanBeRead(source)) steppedOver_.StepOver(source);
   } else if (RunRetried(*file, [&] { placed_.Delete(source); })) {
-    parts_.pending.Taken(p, *file);
+    parts_.handedBack.Taken(p, *file);
   } else {
     steppedOver_.StepOver(source);
   }
@@ -68,30 +67,27 @@ std::optional<std::string> QueueIntake::NextFile(Priority p) {
     file = parts_.files.FirstFile(
         folder, [&](const std::string& name) { return steppedOver_.IsPassedOver(folder, name); });
   });
-  if (file && IsChecked(parts_.setup.chkOverWrite[p]))
-    TryStep([&] { file = OldestOfProduct(p, *file); });
+  if (file && IsOverwritten(p)) TryStep([&] { file = OldestOfProduct(p, *file); });
   return file;
 }
 
 bool QueueIntake::Queue(Priority p, const std::string& source) {
   const std::string file(FileNameOf(source));
   const auto name = ToUpper(file);
-  const auto position = PositionToReplace(p, name);
-  if (position) DiscardReplaced(p, *position, name);
+  const auto position = IsOverwritten(p) ? parts_.queue.PositionOfProduct(p, name) : std::nullopt;
+  if (position) MakeRoom(p, *position, name);
   std::optional<std::string> placedAs;
   RunRetried(file, [&] { placedAs = Place(p, source, name); });
   if (!placedAs) return false;
-  if (RunRetried(file, [&] { Enter(p, position, *placedAs, source); })) return true;
-  TryStep([&] { parts_.files.Delete(parts_.values.InTransmitFolder(*placedAs)); });
-  return false;
+  return RunRetried(file, [&] { Enter(p, position, *placedAs, source); });
 }
 
-/// The folder's order is none of age, and the last one taken is the one that stays.
+/// A folder is not listed by age, and of a product the last one taken is the one that stays.
 std::string QueueIntake::OldestOfProduct(Priority p, const std::string& file) const {
   const auto folder = parts_.values.HoldingFolder(p.number());
   const auto product = ToUpper(StripExtension(file));
   const auto age = [&](const std::string& name) {
-    return std::pair(!parts_.pending.IsHandedBack(p, name),
+    return std::pair(!parts_.handedBack.Contains(p, name),
                      parts_.files.Status(JoinPath(folder, name)).written);
   };
   auto oldest = std::pair(age(file), file);
@@ -115,63 +111,35 @@ bool QueueIntake::CanBeRead(const std::string& path) const {
 
 /// A file that came back can do so behind a newer one.
 bool QueueIntake::IsSuperseded(Priority p, const std::string& file) const {
-  if (!IsChecked(parts_.setup.chkOverWrite[p]) || !parts_.pending.IsHandedBack(p, file))
-    return false;
-  const auto& queue = parts_.mainWindow.PriorityList[p];
-  const auto name = ToUpper(file);
-  return std::any_of(queue.begin(), queue.end(), [&](const std::string& queued) {
-    return StripExtension(queued) == StripExtension(name);
-  });
+  return IsOverwritten(p) && parts_.handedBack.Contains(p, file) &&
+         parts_.queue.HoldsProduct(p, ToUpper(file));
 }
 
-std::optional<std::size_t> QueueIntake::PositionToReplace(Priority p,
-                                                          const std::string& name) const {
-  if (!IsChecked(parts_.setup.chkOverWrite[p])) return std::nullopt;
-  const auto& queue = parts_.mainWindow.PriorityList[p];
-  for (std::size_t i = parts_.mainWindow.IsIdle(p) ? 0 : 1; i < queue.size(); ++i) {
-    if (StripExtension(queue[i]) == StripExtension(name)) return i;
+/// While the newer file cannot be placed this is asked for again at each try.
+void QueueIntake::MakeRoom(Priority p, std::size_t position, const std::string& name) {
+  if (parts_.queue.MakeRoom(p, position)) {
+    parts_.reporting.WriteLog(
+        fmt::format("Priority {}", p.number()),
+        fmt::format("Overwrite {}, newer file received", StripDupSuffix(name)));
   }
-  return std::nullopt;
-}
-
-void QueueIntake::DiscardReplaced(Priority p, std::size_t position, const std::string& name) {
-  const auto& replaced = parts_.mainWindow.PriorityList[p][position];
-  TryStep([&] { parts_.files.Delete(parts_.values.InTransmitFolder(replaced)); });
-  parts_.reporting.WriteLog(fmt::format("Priority {}", p.number()),
-                            fmt::format("Overwrite {}, newer file received", StripDupSuffix(name)));
 }
 
 std::optional<std::string> QueueIntake::Place(Priority p, const std::string& source,
                                               const std::string& name) {
   // An archive that came back is not zipped a second time.
   const bool isBackAsArchive =
-      parts_.pending.IsHandedBack(p, std::string(FileNameOf(source))) && IsArchive(name);
+      parts_.handedBack.Contains(p, std::string(FileNameOf(source))) && IsArchive(name);
   if (IsChecked(parts_.setup.chkSendComp[p]) && !isBackAsArchive)
     return parts_.compression.CompressFile(source, name);
-  return parts_.compression.PlaceUncompressed(source, name);
+  return parts_.queue.Place(source, name);
 }
 
 void QueueIntake::Enter(Priority p, std::optional<std::size_t> position, const std::string& name,
                         const std::string& source) {
-  auto& queue = parts_.mainWindow.PriorityList[p];
   if (position) {
-    parts_.pending.Replace(p, queue[*position], name, source);
-    queue.Replace(*position, name);
+    parts_.queue.Replace(p, *position, name, source);
   } else {
-    parts_.pending.Add(p, name, source);
-    queue.Append(name);
-  }
-}
-
-void QueueIntake::RemoveQueued(Priority p, std::vector<std::size_t> selected) {
-  auto& queue = parts_.mainWindow.PriorityList[p];
-  std::sort(selected.rbegin(), selected.rend());
-  for (const auto position : selected) {
-    if (position >= queue.size()) continue;
-    if (position == 0 && !parts_.mainWindow.IsIdle(p)) return;
-    TryStep([&] { parts_.files.Delete(parts_.values.InTransmitFolder(queue[position])); });
-    parts_.pending.Drop(p, queue[position]);
-    queue.Remove(position);
+    parts_.queue.Add(p, name, source);
   }
 }
 

@@ -1,15 +1,15 @@
 // Moves files from the ten holding folders into the transmit folder and enters each in the queue of
-// its priority; takes them out again when the operator deletes them.
+// its priority.
 #pragma once
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "intake/compression.h"
-#include "intake/pending_files.h"
+#include "intake/handed_back_files.h"
 #include "intake/placed_files.h"
 #include "intake/stepped_over_files.h"
+#include "intake/transmit_queue.h"
 
 namespace ostrel {
 
@@ -19,9 +19,9 @@ class QueueIntake {
     Files& files;
     Clock& clock;
     Compression& compression;
-    PendingFiles& pending;
+    TransmitQueue& queue;
+    HandedBackFiles& handedBack;
     Reporting& reporting;
-    MainWindow& mainWindow;
     const Setup& setup;
     const ProgramValues& values;
   };
@@ -32,19 +32,15 @@ class QueueIntake {
   /// or not be deleted once it is queued, is passed over for a while after its report.
   void CheckForNewPriFiles();
 
-  /// The operator's Delete key: removes the selected entries of a queue and their files. The entry
-  /// that is on the air stays.
-  void RemoveQueued(Priority p, std::vector<std::size_t> selected);
-
  private:
   void TakeOne(Priority p);
   std::optional<std::string> NextFile(Priority p);
   bool Queue(Priority p, const std::string& source);
   std::string OldestOfProduct(Priority p, const std::string& file) const;
   bool CanBeRead(const std::string& path) const;
+  bool IsOverwritten(Priority p) const { return IsChecked(parts_.setup.chkOverWrite[p]); }
   bool IsSuperseded(Priority p, const std::string& file) const;
-  std::optional<std::size_t> PositionToReplace(Priority p, const std::string& name) const;
-  void DiscardReplaced(Priority p, std::size_t position, const std::string& name);
+  void MakeRoom(Priority p, std::size_t position, const std::string& name);
   std::optional<std::string> Place(Priority p, const std::string& source, const std::string& name);
   void Enter(Priority p, std::optional<std::size_t> position, const std::string& name,
              const std::string& source);

@@ -22,7 +22,6 @@ struct Engine {
   bool timingReadout = false;
   LocalTime TxStart{};            // of the present transmit period, or pause
   std::string PendingPacket;      // empty, or one packet
-  PerPriority<int> nextBlock;     // 1 and up, of the file on the air
   PerPriority<int> FilesSent;     // since midnight
   PerPriority<int> MaximumCount;  // the longest queue since midnight
   int FillsSent = 0;              // since midnight

@@ -36,10 +36,8 @@ struct MainWindow {
     for (const Priority p : AllPriorities()) lblSending[p].Set(IdleCaption(p));
   }
 
-  /// "Priority 1": the caption of a queue with no file in transmission. Any other caption means
-  /// that its first entry is on the air.
+  /// "Priority 1": the caption of a queue with no file in transmission.
   static std::string IdleCaption(Priority p) { return fmt::format("Priority {}", p.number()); }
-  bool IsIdle(Priority p) const { return lblSending[p].Get() == IdleCaption(p); }
 };
 
 }  // namespace ostrel

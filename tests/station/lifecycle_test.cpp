@@ -132,7 +132,7 @@ TEST(ShutDown, DropsTheLinesWithinATickInWhateverMomentItIsAskedFor) {
   }
 }
 
-TEST(PendingFiles, WhatIsPastThePurgeAgeStaysAway) {
+TEST(EntryRecords, WhatIsPastThePurgeAgeStaysAway) {
   for (const auto& [hours, down, comesBack] :
        {std::tuple{"1.5", 89min, true}, {"1.5", 91min, false}, {"0", 60'000min, true}}) {
     VirtualStation station;
@@ -150,7 +150,7 @@ TEST(PendingFiles, WhatIsPastThePurgeAgeStaysAway) {
   }
 }
 
-TEST(PendingFiles, AreRecordedWhateverBecomesOfTheFolderOfTheRecord) {
+TEST(EntryRecords, AreRecordedWhateverBecomesOfTheFolderOfTheRecord) {
   for (const bool isGone : {true, false}) {
     VirtualStation station;
     station.StartBusy();
@@ -179,8 +179,12 @@ TEST(Purge, DeletesWhatIsOlderThanTheLimitThatStartUpFound) {
         station.realFiles.SetLastWriteTime(station.Path(folder + name), kNoon - age);
       }
     }
+    for (const auto* name : {"DUE", "YOUNG"})
+      station.station->queue().Add(Priority(2), name, station.Path(name));
     station.Run(61s);
     const Lines both = {"DUE", "YOUNG"}, left = hasLimit ? Lines{"YOUNG"} : both;
+    EXPECT_EQ(station.Names("KvData/.pending/2"), left);
+    EXPECT_EQ(station.Queue(2), both) << "its turn tells";
     EXPECT_EQ(station.Names("KvData/RtSent"), left);
     EXPECT_EQ(station.Names("KvData/RtXmit"), left);
     EXPECT_EQ(station.Names("KvData/RtPri1"), both);

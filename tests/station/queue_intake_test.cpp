@@ -25,7 +25,11 @@ TEST(QueueIntake, ANewerFileReplacesTheOneOfItsProductThatWaits) {
     station.Set("OverWrite2", row.overwrite);
     row.onAir ? station.Start() : station.StartBusy();
     for (const auto& name : row.waiting) station.Hold(3, name, SampleText(9000));
+    station.files.copyFault = [tries = 0](const auto&, const auto&) mutable {
+      return ++tries < 4 ? copy_code::kDiskFull : 0;
+    };
     station.Hold(3, row.newer, "newer");
+    station.Run(3 * kCyclePeriod);
     EXPECT_EQ(station.Queue(3), row.queue);
     const auto replaced = fmt::format("Overwrite {}, newer file received", row.logged);
     EXPECT_EQ(station.Messages("Priority 3"), *row.logged ? Lines{replaced} : Lines{});
@@ -44,8 +48,12 @@ TEST(QueueIntake, AFileThatComesBackLateReplacesNoNewerOne) {
     return destination.ends_with("/RtSent/A.TXT") ? copy_code::kDiskFull : 0;
   };
   station.Hold(3, "A.TXT", "old");
-  station.Run(10s);
+  const auto queued = station.realFiles.Status(station.InTransmitFolder("A.TXT"));
+  station.Run(50s);
   EXPECT_EQ(station.Names("KvData/RtXmit"), Lines{"A.TXT"}) << "it cannot be sent";
+  EXPECT_EQ(station.realFiles.Status(station.InTransmitFolder("A.TXT")), queued) << "its age";
+  EXPECT_EQ(station.station->engine().FilesSent[Priority(3)], 1);
+  EXPECT_EQ(station.LogOf("MakePacket").size() + station.LogOf("Pending").size(), 2U);
   station.files.copyFault = nullptr;
   station.Hold(1, "BUSY.TXT", SampleText(60'000));
   station.Hold(3, "A.TXT", "newer");

@@ -2,6 +2,7 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QSignalSpy>
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "tests/ui/windowed_station.h"
@@ -38,27 +39,32 @@ TEST(MainWindow, TheStationsFiguresShowAtTheirPlaces) {
 
 TEST(MainWindow, TenThousandEntriesFollowTheirQueueAndTheOperatorDeletesSomeOfThem) {
   WindowedStation ostrel;
-  auto& queues = ostrel.window().PriorityList;
-  auto& queue = queues[Priority(2)];
+  auto& queue = ostrel.station->queue();
+  const auto add = [&](int p, const std::string& name) {
+    ostrel.WriteFile(ostrel.InTransmitFolder(name), name);
+    queue.Add(Priority(p), name, ostrel.Path(name));
+  };
   auto* const view = ostrel.Find<ui::ListView>("PriorityList(1)");
   QSignalSpy reset(view->model(), &QAbstractItemModel::modelReset);
   for (int i = 0; i < 10000; ++i) {
-    for (const int p : {2, 3}) queues[Priority(p)].Append("FILE" + std::to_string(i));
+    for (const int p : {2, 3}) add(p, fmt::format("FILE{}.{}", i, p));
   }
   ostrel.Select("PriorityList(1)", {2, 9000});
-  queue.Remove(0);
-  queue.Remove(4999);
-  queue.Replace(0, "NEW");
+  queue.Remove(Priority(2), {0, 5000, 5000, 10000});
+  ostrel.WriteFile(ostrel.InTransmitFolder("NEW"), "new");
+  queue.Replace(Priority(2), 0, "NEW", ostrel.Path("NEW"));
   EXPECT_EQ(view->Selected(), (std::vector<std::size_t>{1, 8998}));
   QTest::keyClick(view, Qt::Key_Delete);
   EXPECT_TRUE(view->Selected().empty());
   ASSERT_EQ(view->model()->rowCount(), 9996);
   for (const auto& [row, name] :
-       {std::pair{0, "NEW"}, {1, "FILE3"}, {4998, "FILE5001"}, {8997, "FILE9001"}}) {
+       {std::pair{0, "NEW"}, {1, "FILE3.2"}, {4998, "FILE5001.2"}, {8997, "FILE9001.2"}}) {
     EXPECT_EQ(view->model()->index(row, 0).data().toString(), name);
   }
   EXPECT_EQ(reset.count(), 0);
-  EXPECT_EQ(queues[Priority(3)].size(), 10000U);
+  EXPECT_EQ(ostrel.Queue(3).size(), 10000U);
+  EXPECT_EQ(ostrel.Names("KvData/.pending/2").size(), 9996U);
+  EXPECT_EQ(ostrel.Names("KvData/RtXmit").size(), 19996U);
 }
 
 TEST(MainWindow, TheStatusWindowShowsTheQueuesAtOnceAndIsOnlyOne) {

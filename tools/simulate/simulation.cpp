@@ -118,7 +118,7 @@ class Run {
   /// The one that had the turn: the most urgent that is in the middle of a file.
   Priority SendingPriority() {
     for (const Priority p : AllPriorities()) {
-      if (!station_.mainWindow().IsIdle(p)) return p;
+      if (station_.queue().IsOnAir(p)) return p;
     }
     return Priority(kPriorityCount);
   }

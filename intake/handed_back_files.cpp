@@ -1,0 +1,91 @@
+#include "intake/handed_back_files.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+#include "base/names.h"
+#include "intake/old_files.h"
+
+namespace ostrel {
+
+namespace {
+constexpr const char* kCategory = "Pending";
+}
+
+void HandedBackFiles::HandBack() {
+  MakeFolders();
+  for (const Priority p : AllPriorities())
+    RunStep(parts_.reporting, kCategory, [&] { HandBack(p); });
+}
+
+void HandedBackFiles::MakeFolders() {
+  const auto make = [this](const std::string& folder) {
+    if (!parts_.files.Exists(folder)) parts_.files.CreateFolder(folder);
+    parts_.files.RemoveTemporaries(folder);
+  };
+  make(parts_.records.Root() + "/back");
+  for (const Priority p : AllPriorities()) make(FolderOf(p));
+}
+
+void HandedBackFiles::HandBack(Priority p) {
+  auto files = FilesOf(p);
+  std::stable_sort(files.begin(), files.end(),
+                   [](const Recorded& a, const Recorded& b) { return a.time > b.time; });
+  const auto age = PurgeAge(parts_.setup);
+  std::set<std::string, std::less<>> products;
+  for (const auto& file : files) {
+    const bool isTooOld = age > milliseconds(0) && parts_.clock.UtcNow() - file.time > age;
+    const bool isNewest = products.emplace(StripExtension(file.name)).second;
+    if (isTooOld || (IsChecked(parts_.setup.chkOverWrite[p]) && !isNewest)) {
+      Discard(p, file);
+    } else if (!file.isBack) {
+      RunStep(parts_.reporting, kCategory, [&] { MoveBack(p, file.name); });
+    }
+  }
+}
+
+std::vector<HandedBackFiles::Recorded> HandedBackFiles::FilesOf(Priority p) {
+  std::vector<Recorded> files;
+  for (const auto& record : parts_.records.List(p))
+    files.push_back({record, parts_.files.Status(parts_.records.PathOf(p, record)).written, false});
+  for (const auto& name : parts_.files.ListFiles(FolderOf(p))) {
+    names_[p].insert(name);
+    if (parts_.files.Exists(InHoldingFolder(p, name))) {
+      files.push_back({name, parts_.files.Status(InHoldingFolder(p, name)).written, true});
+    } else {
+      Taken(p, name);
+    }
+  }
+  return files;
+}
+
+void HandedBackFiles::MoveBack(Priority p, const std::string& record) {
+  const auto name = FirstFreeName(
+      record, [&](const std::string& n) { return parts_.files.Exists(InHoldingFolder(p, n)); });
+  const auto path = parts_.records.PathOf(p, record);
+  TryStep([&] { parts_.records.Keep(path, JoinPath(FolderOf(p), name)); });
+  parts_.copy.MoveFile(path, InHoldingFolder(p, name));
+  names_[p].insert(name);
+}
+
+void HandedBackFiles::Discard(Priority p, const Recorded& file) {
+  if (!file.isBack) return parts_.records.Drop(p, file.name);
+  RunStep(parts_.reporting, kCategory, [&] {
+    parts_.files.Delete(InHoldingFolder(p, file.name));
+    Taken(p, file.name);
+  });
+}
+
+void HandedBackFiles::Taken(Priority p, const std::string& name) {
+  if (names_[p].erase(name) > 0) parts_.records.Delete(JoinPath(FolderOf(p), name));
+}
+
+std::string HandedBackFiles::FolderOf(Priority p) const {
+  return fmt::format("{}/back/{}", parts_.records.Root(), p.number());
+}
+
+std::string HandedBackFiles::InHoldingFolder(Priority p, const std::string& name) const {
+  return JoinPath(parts_.values.HoldingFolder(p.number()), name);
+}
+
+}  // namespace ostrel

@@ -1,0 +1,63 @@
+// What an earlier run of the station left in the record of its queues comes back to the holding
+// folders at the start and goes through the intake again. There a further name, under
+// KvData/.pending/back/<priority>/, tells it from files that are newly received, until the intake
+// has taken it.
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "base/priority.h"
+#include "base/reporting.h"
+#include "intake/entry_records.h"
+#include "platform/clock.h"
+#include "state/setup.h"
+
+namespace ostrel {
+
+class HandedBackFiles {
+ public:
+  struct Parts {
+    Files& files;
+    Clock& clock;
+    FileCopy& copy;
+    EntryRecords& records;
+    Reporting& reporting;
+    const Setup& setup;
+    const ProgramValues& values;
+  };
+  explicit HandedBackFiles(const Parts& parts) : parts_(parts) {}
+
+  /// Before the first tick: moves every recorded file back. Of a product that is overwritten by
+  /// newer files only the newest comes back; what is past the purge age does not. What cannot be
+  /// moved is reported and waits for the next start. Throws Failure when the folders of the record
+  /// cannot be made.
+  void HandBack();
+
+  /// True for a file of the holding folder that came back: it has been through the intake before,
+  /// and all that came since is newer.
+  bool Contains(Priority p, const std::string& name) const { return names_[p].contains(name); }
+  /// The intake has taken this file out of the holding folder.
+  void Taken(Priority p, const std::string& name);
+
+ private:
+  /// A file that waits to come back, or came back already in an earlier start.
+  struct Recorded {
+    std::string name;
+    UtcTime time;
+    bool isBack;
+  };
+  void MakeFolders();
+  void HandBack(Priority p);
+  std::vector<Recorded> FilesOf(Priority p);
+  void MoveBack(Priority p, const std::string& record);
+  void Discard(Priority p, const Recorded& file);
+  std::string FolderOf(Priority p) const;
+  std::string InHoldingFolder(Priority p, const std::string& name) const;
+
+  Parts parts_;
+  PerPriority<std::set<std::string>> names_;  // in the holding folders
+};
+
+}  // namespace ostrel

@@ -1,0 +1,20 @@
+// Files that waited too long, by the time of their last write.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/files.h"
+#include "state/setup.h"
+
+namespace ostrel {
+
+/// The purge age: the number at the start of the field, in hours. Zero or less purges nothing.
+milliseconds PurgeAge(const Setup& setup);
+
+/// Deletes the files of `folder` that were last written before `limit` and returns their names. A
+/// file that cannot be deleted now stays until the next time. Throws Failure when the folder cannot
+/// be listed.
+std::vector<std::string> DeleteOlder(Files& files, const std::string& folder, UtcTime limit);
+
+}  // namespace ostrel

@@ -1,0 +1,208 @@
+#include "intake/transmit_queue.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <unordered_set>
+#include <utility>
+
+#include "base/names.h"
+#include "intake/missing_folder.h"
+#include "intake/old_files.h"
+
+namespace ostrel {
+
+namespace {
+
+constexpr const char* kCategory = "Pending";
+/// A file that is refused again and again must neither take every turn nor fill the log.
+constexpr milliseconds kReturnWait{15'000};
+
+}  // namespace
+
+void TransmitQueue::GiveBack() {
+  RunStep(parts_.reporting, kCategory, [this] {
+    parts_.records.Prepare();
+    parts_.handedBack.HandBack();
+    for (const auto& name : parts_.files.ListFiles(parts_.values.TransmitFolder()))
+      parts_.files.Delete(PathOf(name));
+  });
+}
+
+std::string TransmitQueue::FreeName(std::string name) const {
+  return FirstFreeName(std::move(name),
+                       [this](const std::string& n) { return parts_.files.Exists(PathOf(n)); });
+}
+
+std::string TransmitQueue::Place(const std::string& source, const std::string& name) {
+  auto freeName = FreeName(name);
+  try {
+    parts_.copy.CopyFile(source, PathOf(freeName));
+  } catch (const Failure&) {
+    RestoreFolder(parts_.files, parts_.reporting, parts_.values.TransmitFolder());
+    throw;
+  }
+  return freeName;
+}
+
+void TransmitQueue::Add(Priority p, const std::string& name, const std::string& source) {
+  Append(p, Recorded(p, name, source));
+}
+
+void TransmitQueue::Replace(Priority p, std::size_t position, const std::string& name,
+                            const std::string& source) {
+  auto replaced = std::exchange(entries_[p][position], Recorded(p, name, source));
+  parts_.mainWindow.PriorityList[p].Replace(position, name);
+  End(p, replaced);
+}
+
+TransmitQueue::Entry TransmitQueue::Recorded(Priority p, const std::string& name,
+                                             const std::string& source) {
+  try {
+    return {.name = name, .record = parts_.records.Make(p, name, PathOf(name), source)};
+  } catch (const Failure&) {
+    TryStep([&] { parts_.files.Delete(PathOf(name)); });
+    throw;
+  }
+}
+
+bool TransmitQueue::MakeRoom(Priority p, std::size_t position) {
+  auto& entry = entries_[p][position];
+  if (std::exchange(entry.state, State::kGivesWay) == State::kGivesWay) return false;
+  DeleteFile(entry);
+  return true;
+}
+
+std::optional<std::size_t> TransmitQueue::PositionOfProduct(Priority p,
+                                                            std::string_view name) const {
+  return FindProduct(p, name, IsOnAir(p) ? 1 : 0);
+}
+
+bool TransmitQueue::HoldsProduct(Priority p, std::string_view name) const {
+  return FindProduct(p, name, 0).has_value();
+}
+
+std::optional<std::size_t> TransmitQueue::FindProduct(Priority p, std::string_view name,
+                                                      std::size_t first) const {
+  const auto& queue = entries_[p];
+  for (std::size_t i = first; i < queue.size(); ++i) {
+    if (StripExtension(queue[i].name) == StripExtension(name)) return i;
+  }
+  return std::nullopt;
+}
+
+void TransmitQueue::Remove(Priority p, std::vector<std::size_t> positions) {
+  auto& queue = entries_[p];
+  std::sort(positions.rbegin(), positions.rend());
+  positions.erase(std::unique(positions.begin(), positions.end()), positions.end());
+  for (const auto position : positions) {
+    if (position >= queue.size()) continue;
+    if (position == 0 && IsOnAir(p)) return;
+    End(p, queue[position]);
+    queue.erase(queue.begin() + static_cast<std::ptrdiff_t>(position));
+    parts_.mainWindow.PriorityList[p].Remove(position);
+  }
+}
+
+void TransmitQueue::Purge(UtcTime limit) {
+  const auto names = DeleteOlder(parts_.files, parts_.values.TransmitFolder(), limit);
+  if (names.empty()) return;
+  const std::unordered_set<std::string> deleted(names.begin(), names.end());
+  const auto endDeleted = [&](Priority p, Entry& entry) {
+    if (!entry.hasFile || !deleted.contains(entry.name)) return;
+    entry.hasFile = false;
+    End(p, entry);
+  };
+  for (const Priority p : AllPriorities()) {
+    for (auto& entry : entries_[p]) endDeleted(p, entry);
+  }
+  for (auto& held : heldBack_) endDeleted(held.p, held.entry);
+}
+
+const TransmitQueue::Entry& TransmitQueue::Start(Priority p) {
+  auto& entry = entries_[p].front();
+  entry.state = State::kOnAir;
+  return entry;
+}
+
+void TransmitQueue::Retire(Priority p) {
+  sent_.push_back({p, TakeFirst(p)});
+}
+
+void TransmitQueue::SendAgain(Priority p) {
+  auto entry = TakeFirst(p);
+  if (entry.record.empty()) return End(p, entry);
+  parts_.reporting.WriteLog(
+      kCategory,
+      fmt::format("{} met a file of its name on the air and is sent again.", entry.name));
+  entry.name = FreeName(entry.name);
+  entry.wasRefused = false;
+  // What cannot come back now does so at the next start.
+  entry.hasFile = RunStep(parts_.reporting, kCategory,
+                          [&] { parts_.records.Restore(p, entry.record, PathOf(entry.name)); });
+  if (entry.hasFile) ListAgain(p, std::move(entry));
+}
+
+bool TransmitQueue::HoldBack(Priority p) {
+  auto entry = TakeFirst(p);
+  if (!entry.hasFile || !parts_.files.Exists(PathOf(entry.name))) {
+    End(p, entry);
+    return false;
+  }
+  entry.wasRefused = true;
+  if (IsOverwritten(p)) EndHeldBack(p, StripExtension(entry.name));
+  heldBack_.push_back({p, std::move(entry), parts_.clock.Monotonic() + kReturnWait});
+  return true;
+}
+
+void TransmitQueue::EndHeldBack(Priority p, std::string_view product) {
+  std::erase_if(heldBack_, [&](Unlisted& held) {
+    const bool isOlder = held.p == p && StripExtension(held.entry.name) == product;
+    if (isOlder) End(p, held.entry);
+    return isOlder;
+  });
+}
+
+void TransmitQueue::ReleaseSent() {
+  for (auto& sent : sent_) End(sent.p, sent.entry);
+  sent_.clear();
+}
+
+void TransmitQueue::ListHeldBack() {
+  while (!heldBack_.empty() && heldBack_.front().returnAt <= parts_.clock.Monotonic()) {
+    auto held = std::move(heldBack_.front());
+    heldBack_.pop_front();
+    ListAgain(held.p, std::move(held.entry));
+  }
+}
+
+/// What is listed of the product by now is newer.
+void TransmitQueue::ListAgain(Priority p, Entry entry) {
+  if (!entry.hasFile || (IsOverwritten(p) && HoldsProduct(p, entry.name))) return End(p, entry);
+  Append(p, std::move(entry));
+}
+
+void TransmitQueue::Append(Priority p, Entry entry) {
+  const auto name = entry.name;
+  entries_[p].push_back(std::move(entry));
+  parts_.mainWindow.PriorityList[p].Append(name);
+}
+
+TransmitQueue::Entry TransmitQueue::TakeFirst(Priority p) {
+  auto entry = std::move(entries_[p].front());
+  entry.state = State::kWaits;
+  entries_[p].pop_front();
+  parts_.mainWindow.PriorityList[p].Remove(0);
+  return entry;
+}
+
+void TransmitQueue::DeleteFile(Entry& entry) {
+  if (std::exchange(entry.hasFile, false))
+    TryStep([&] { parts_.files.Delete(PathOf(entry.name)); });
+}
+
+void TransmitQueue::End(Priority p, Entry& entry) {
+  DeleteFile(entry);
+  if (!entry.record.empty()) parts_.records.Drop(p, std::exchange(entry.record, {}));
+}
+
+}  // namespace ostrel

@@ -1,0 +1,139 @@
+// The ten queues. An entry is three things: a line of its PriorityList, a file of that name in
+// RtXmit, and a record that outlives the program. The queue alone changes them, and together.
+//
+// An entry waits, is on the air as the first of its list, leaves the list, and ends once nothing of
+// it waits in the port any more. Replaced, removed or purged entries end at once. Wherever an entry
+// ends, its file and its record go.
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/priority.h"
+#include "intake/entry_records.h"
+#include "intake/handed_back_files.h"
+#include "state/main_window.h"
+
+namespace ostrel {
+
+class TransmitQueue {
+ public:
+  struct Parts {
+    Files& files;
+    Clock& clock;
+    FileCopy& copy;
+    EntryRecords& records;
+    HandedBackFiles& handedBack;
+    Reporting& reporting;
+    MainWindow& mainWindow;
+    const Setup& setup;
+    const ProgramValues& values;
+  };
+  enum class State {
+    kWaits,
+    kGivesWay,  // waits, and a newer file is on its way into its place
+    kOnAir,     // the first of its list
+  };
+  struct Entry {
+    std::string name;    // as listed
+    std::string record;  // empty: there is none
+    State state = State::kWaits;
+    bool hasFile = true;      // the file of its name in RtXmit is its own
+    bool wasRefused = false;  // the sent folder did not take its file
+  };
+
+  explicit TransmitQueue(const Parts& parts) : parts_(parts) {}
+
+  /// Before the first tick: gives what an earlier run left back to the holding folders, and clears
+  /// RtXmit, since the queues start empty. Where nothing can be recorded, what lies in RtXmit may
+  /// be the only copy there is, and stays.
+  void GiveBack();
+
+  /// `name`, or the next name that is free in RtXmit.
+  std::string FreeName(std::string name) const;
+  std::string PathOf(const std::string& name) const { return parts_.values.InTransmitFolder(name); }
+  /// Copies `source` into RtXmit under `name` or the next free name, which it returns. Throws
+  /// Failure.
+  std::string Place(const std::string& source, const std::string& name);
+
+  /// The file `name`, which lies in RtXmit and was made of `source`, becomes the last entry of `p`;
+  /// `source` may be deleted then. Throws Failure when that cannot be; the file is gone then, and
+  /// the queue as it was.
+  void Add(Priority p, const std::string& name, const std::string& source);
+  /// The same in the place of the waiting entry at `position`, which ends.
+  void Replace(Priority p, std::size_t position, const std::string& name,
+               const std::string& source);
+  /// Before a file is placed that is to replace the entry at `position`: deletes the file of that
+  /// entry, so that its name is free. False when this was done before.
+  bool MakeRoom(Priority p, std::size_t position);
+
+  /// The first waiting entry of the product of `name`: the part before the first period tells.
+  std::optional<std::size_t> PositionOfProduct(Priority p, std::string_view name) const;
+  /// The same, the entry on the air included.
+  bool HoldsProduct(Priority p, std::string_view name) const;
+
+  /// The operator removes these entries, in any order. The one that is on the air stays, positions
+  /// beyond the end are ignored.
+  void Remove(Priority p, std::vector<std::size_t> positions);
+  /// Deletes what was last written before `limit` from RtXmit. The entries stay listed until their
+  /// turn, which finds no file. Throws Failure when the folder cannot be listed.
+  void Purge(UtcTime limit);
+
+  bool IsEmpty(Priority p) const { return entries_[p].empty(); }
+  std::size_t Size(Priority p) const { return entries_[p].size(); }
+  bool IsOnAir(Priority p) const {
+    return !IsEmpty(p) && entries_[p].front().state == State::kOnAir;
+  }
+
+  // The entry on the air, in this order
+
+  /// The first entry of `p`, which must not be empty, goes on the air: nobody else changes it from
+  /// now on. The result is good until it leaves the list.
+  const Entry& Start(Priority p);
+  /// Its file has been copied to the sent folder and leaves RtXmit.
+  void DropFile(Priority p) { DeleteFile(entries_[p].front()); }
+  /// It has no further block: it leaves the list and ends with the next ReleaseSent.
+  void Retire(Priority p);
+  /// Another file of its name took its place in the sent folder: it leaves the list, and its file
+  /// comes back out of the record as a new entry, unless a newer one of an overwritten product
+  /// waits.
+  void SendAgain(Priority p);
+  /// The sent folder did not take its file: it leaves the list and comes back after a while. When
+  /// there is no file it ends. True when it comes back.
+  bool HoldBack(Priority p);
+
+  /// True when retired entries have not ended.
+  bool HasSent() const { return !sent_.empty(); }
+  /// Nothing of the retired entries waits in the port any more.
+  void ReleaseSent();
+  /// Lists the entries again that were held back for long enough.
+  void ListHeldBack();
+
+ private:
+  /// An entry that has left its list.
+  struct Unlisted {
+    Priority p;
+    Entry entry;
+    milliseconds returnAt{};  // monotonic
+  };
+  Entry Recorded(Priority p, const std::string& name, const std::string& source);
+  void Append(Priority p, Entry entry);
+  Entry TakeFirst(Priority p);
+  void ListAgain(Priority p, Entry entry);
+  std::optional<std::size_t> FindProduct(Priority p, std::string_view name,
+                                         std::size_t first) const;
+  void EndHeldBack(Priority p, std::string_view product);
+  bool IsOverwritten(Priority p) const { return IsChecked(parts_.setup.chkOverWrite[p]); }
+  void DeleteFile(Entry& entry);
+  void End(Priority p, Entry& entry);
+
+  Parts parts_;
+  PerPriority<std::deque<Entry>> entries_;  // as PriorityList shows them
+  std::deque<Unlisted> sent_, heldBack_;    // oldest first
+};
+
+}  // namespace ostrel
