@@ -56,8 +56,8 @@ Station::Station(const Platform& platform)
       transfer_(platform.desktop, platform.dialogs, platform.files, values_.programFolder),
       settings_({platform.stores, platform.dialogs, setup_, values_, rules_, schedule_,
                  compression_, morse_, transmitter_, kept_, log_}),
-      lifecycle_({platform_, log_, settings_, transmitter_, outputs_, queue_, ingest_,
-                  mainWindow_, setup_, engine_, values_}),
+      lifecycle_({platform_, log_, settings_, transmitter_, outputs_, queue_, ingest_, mainWindow_,
+                  setup_, engine_, values_}),
       operator_({platform_, activity_, setup_, engine_, values_, morse_, schedule_, rules_, queue_,
                  transmitter_, settings_, transfer_, ingest_}) {
   platform_.cycleTimer.OnTick([this] { activity_.Run([this] { cycle_.Tick(); }); });

@@ -10,6 +10,10 @@ constexpr std::size_t kNearlyDrained = 50;  // bytes
 }
 
 void QueueService::CheckPriorityLists() {
+  RunStep(parts_.reporting, "CheckPriorityLists", [this] { TakeTurn(); });
+}
+
+void QueueService::TakeTurn() {
   if (IsBusy()) return;
   ReleaseSent();
   parts_.queue.ListHeldBack();

@@ -30,7 +30,8 @@ class QueueService {
   explicit QueueService(const Parts& parts) : parts_(parts) {}
 
   /// One turn. Builds at most one packet; nothing while more than 50 bytes wait in the port or a
-  /// packet waits to be sent. A file of c blocks takes c + 1 turns: the last one retires it.
+  /// packet waits to be sent. A file of c blocks takes c + 1 turns: the last one retires it. A
+  /// failure is reported.
   void CheckPriorityLists();
 
  private:
@@ -42,6 +43,7 @@ class QueueService {
     bool isDisplaced = false;
   };
 
+  void TakeTurn();
   bool IsBusy();
   void ReleaseSent();
   bool StartFile(Priority p);
