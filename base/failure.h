@@ -8,6 +8,8 @@
 #include <string>
 #include <utility>
 
+#include "base/about.h"
+
 namespace ostrel {
 
 /// The numbers that the station's own logic tests or that its adapters map the system's errors to.
@@ -25,9 +27,6 @@ inline constexpr std::int32_t kPathAccess = 75;
 inline constexpr std::int32_t kPathNotFound = 76;
 inline constexpr std::int32_t kInvalidProperty = 380;
 }  // namespace failure_number
-
-/// The name under which the program reports its own failures, and its title in message boxes.
-inline constexpr const char* kProgramName = "Ostrel";
 
 class Failure : public std::exception {
  public:

@@ -1,5 +1,6 @@
 #include "ident/morse_identification.h"
 
+#include "base/about.h"
 #include "base/numbers.h"
 #include "base/scope_guard.h"
 #include "base/text.h"

@@ -4,8 +4,8 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include "base/about.h"
 #include "base/failure.h"
-#include "config/about.h"
 #include "ui/looks.h"
 
 namespace ostrel::ui {

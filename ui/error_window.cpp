@@ -22,7 +22,7 @@ QString WithoutTime(QString text) {
 
 }  // namespace
 
-ErrorWindow::ErrorWindow(const Clock& clock, Setup& setup, Operator& operators, QWidget* parent)
+ErrorWindow::ErrorWindow(const Clock& clock, Setup& setup, Actions& actions, QWidget* parent)
     : QDialog(parent),
       clock_(clock),
       txtError_(new QPlainTextEdit(this)),
@@ -41,7 +41,7 @@ ErrorWindow::ErrorWindow(const Clock& clock, Setup& setup, Operator& operators, 
   heading->setBuddy(txtDisplay_);
   auto* const showErrors = MakeCheckBox(this, "chkShowErrors", "Show Errors", setup.chkShowErrors,
                                         "Check for program to pop-up program errors.");
-  connect(showErrors, &QCheckBox::clicked, this, [&operators] { operators.ShowErrorsClicked(); });
+  connect(showErrors, &QCheckBox::clicked, this, [&actions] { actions.ShowErrorsClicked(); });
   auto* const close = new QPushButton("&Close", this);
   close->setObjectName("cmdClose");
   connect(close, &QPushButton::clicked, this, &QWidget::close);

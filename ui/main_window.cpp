@@ -4,7 +4,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 
-#include "config/about.h"
+#include "base/about.h"
 #include "ui/about_box.h"
 #include "ui/activity_light.h"
 #include "ui/bindings.h"
@@ -57,8 +57,8 @@ void Paint(QLabel* label, Field<Shade>& shade) {
 
 }  // namespace
 
-MainWindow::MainWindow(ostrel::MainWindow& state, const Engine& engine, Operator& operators)
-    : state_(state), engine_(engine), operators_(operators), client_(new QWidget(this)) {
+MainWindow::MainWindow(ostrel::MainWindow& state, const Engine& engine, Actions& actions)
+    : state_(state), engine_(engine), actions_(actions), client_(new QWidget(this)) {
   setObjectName("frmMain");
   setWindowTitle(kMainCaption);
   setContextMenuPolicy(Qt::NoContextMenu);
@@ -78,7 +78,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
   event->ignore();
   // A taskbar closes a window that is not active; the setup dialog has not been left then.
   auto* const setup = findChild<SetupDialog*>();
-  if (setup == nullptr || setup->Leave()) operators_.Close();
+  if (setup == nullptr || setup->Leave()) actions_.Close();
 }
 
 template <typename Label>
@@ -112,23 +112,23 @@ QLabel* MainWindow::AddBoxedFigure(const char* name, const QRect& place,
 }
 
 void MainWindow::BuildMenus() {
-  Operator& operators = operators_;
+  Actions& actions = actions_;
   AddMenu(menuBar(), "&File", "mnuFile",
-          {{"&Setup", "mnuSetup", [&operators] { operators.ShowSetup(); }},
-           {"Send &Morse ID", "mnuSendCWID", [&operators] { operators.SendMorseId(); }},
-           {"&View Logfile", "mnuViewLog", [&operators] { operators.ViewLogfile(); }},
-           {"S&how Ingest", "mnuShowIngest", [&operators] { operators.ShowIngest(); }},
+          {{"&Setup", "mnuSetup", [&actions] { actions.ShowSetup(); }},
+           {"Send &Morse ID", "mnuSendCWID", [&actions] { actions.SendMorseId(); }},
+           {"&View Logfile", "mnuViewLog", [&actions] { actions.ViewLogfile(); }},
+           {"S&how Ingest", "mnuShowIngest", [&actions] { actions.ShowIngest(); }},
            {"&Queue Status", "mnuStatus", [this] { ShowStatus(); }},
            {"-", "mnubar2", {}},
-           {"&Export Settings", "mnuRegistryExport", [&operators] { operators.ExportSettings(); }},
-           {"&Import Settings", "mnuRegistryImport", [&operators] { operators.ImportSettings(); }},
+           {"&Export Settings", "mnuRegistryExport", [&actions] { actions.ExportSettings(); }},
+           {"&Import Settings", "mnuRegistryImport", [&actions] { actions.ImportSettings(); }},
            {"-", "mnubar1", {}},
-           {"E&xit", "mnuExit", [&operators] { operators.Exit(); }}});
+           {"E&xit", "mnuExit", [&actions] { actions.Exit(); }}});
   AddMenu(menuBar(), "&Help", "mnuHelp",
           {{"&About", "mnuHelpAbout", [this] { ShowAbout(); }},
            {"-", "mnubar0", {}},
-           {"&Pellum on the Web", "mnuHelpWeb", [&operators] { operators.OpenWebSite(); }},
-           {"&E-Mail Program Support", "mnuEmail", [&operators] { operators.MailSupport(); }}});
+           {"&Pellum on the Web", "mnuHelpWeb", [&actions] { actions.OpenWebSite(); }},
+           {"&E-Mail Program Support", "mnuEmail", [&actions] { actions.MailSupport(); }}});
 }
 
 void MainWindow::BuildFrames() {
@@ -152,7 +152,7 @@ void MainWindow::BuildFrames() {
   QFont bold = client_->font();
   bold.setBold(true);
   readout->setFont(bold);
-  connect(readout, &ValueLabel::Clicked, this, [this] { operators_.ToggleTimingReadout(); });
+  connect(readout, &ValueLabel::Clicked, this, [this] { actions_.ToggleTimingReadout(); });
 }
 
 void MainWindow::BuildSending() {
@@ -220,7 +220,7 @@ void MainWindow::BuildQueue(Priority p) {
   list->ShowWholeRows(kRowsShown);
   caption->setBuddy(list);
   connect(list, &ListView::DeletePressed, this, [this, list, p] {
-    operators_.RemoveQueued(p, list->Selected());
+    actions_.RemoveQueued(p, list->Selected());
     list->clearSelection();
   });
 }

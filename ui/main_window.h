@@ -6,9 +6,9 @@
 #include <QMainWindow>
 #include <QPointer>
 
-#include "config/operator.h"
 #include "state/engine.h"
 #include "state/main_window.h"
+#include "station/actions.h"
 #include "ui/list_view.h"
 
 namespace ostrel::ui {
@@ -17,7 +17,7 @@ class MainWindow : public QMainWindow {
   Q_OBJECT
 
  public:
-  MainWindow(ostrel::MainWindow& state, const Engine& engine, Operator& operators);
+  MainWindow(ostrel::MainWindow& state, const Engine& engine, Actions& actions);
 
  protected:
   /// The shutdown closes the window, not the close box.
@@ -41,7 +41,7 @@ class MainWindow : public QMainWindow {
 
   ostrel::MainWindow& state_;
   const Engine& engine_;
-  Operator& operators_;
+  Actions& actions_;
   QWidget* client_;
   QPointer<QWidget> status_;
   QPointer<QWidget> about_;

@@ -8,7 +8,7 @@
 namespace ostrel::ui {
 namespace {
 
-void AddPortValues(Form& form, QWidget* page, Setup& setup, Operator& operators) {
+void AddPortValues(Form& form, QWidget* page, Setup& setup, Actions& actions) {
   auto* const port =
       MakeValueLabel(page, "lblOutPort", "Port", setup.lblOutPort, "Click to change port.");
   auto* const rate = MakeValueLabel(page, "lblOutBaud", "Data Rate", setup.lblOutBaud,
@@ -16,9 +16,9 @@ void AddPortValues(Form& form, QWidget* page, Setup& setup, Operator& operators)
   auto* const stop = MakeValueLabel(page, "lblOutStop", "Stop Bits", setup.lblOutStop,
                                     "Click to change the stop bits.");
   QObject::connect(port, &ValueLabel::Pressed, page,
-                   [&operators](Button button) { operators.StepPort(button); });
-  QObject::connect(rate, &ValueLabel::Clicked, page, [&operators] { operators.StepBaud(); });
-  QObject::connect(stop, &ValueLabel::Clicked, page, [&operators] { operators.StepStopBits(); });
+                   [&actions](Button button) { actions.StepPort(button); });
+  QObject::connect(rate, &ValueLabel::Clicked, page, [&actions] { actions.StepBaud(); });
+  QObject::connect(stop, &ValueLabel::Clicked, page, [&actions] { actions.StepStopBits(); });
   form.AddRow("Port", port);
   form.AddRow("Data Rate", rate);
   form.AddRow("Data Bits", MakeValueLabel(page, "lblOutData", "Data Bits", setup.lblOutData));
@@ -48,10 +48,10 @@ QLayout* MakeDutyCycle(QWidget* page, Setup& setup) {
 
 }  // namespace
 
-QWidget* MakePortPage(Setup& setup, Operator& operators) {
+QWidget* MakePortPage(Setup& setup, Actions& actions) {
   auto* const page = new QWidget;
   Form form(page);
-  AddPortValues(form, page, setup, operators);
+  AddPortValues(form, page, setup, actions);
   auto* const message = new ElidedLabel(page);
   Bind(message, "lblCommMesg", setup.lblCommMesg);
   form.AddWide(message);

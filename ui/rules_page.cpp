@@ -19,7 +19,7 @@ constexpr int kLowestList = 60;
 /// What a page with a rule list is made of.
 struct RulesPage {
   Setup& setup;
-  Operator& operators;
+  Actions& actions;
   std::size_t list;
   QWidget* page = new QWidget;
   QGridLayout* grid = new QGridLayout(page);
@@ -45,9 +45,8 @@ EntryField* AddEntryField(const RulesPage& rules, const char* instruction) {
   auto* const entry = new EntryField(rules.page);
   Bind(entry, ElementName("pri1inbox", rules.list), rules.setup.pri1inbox[rules.list]);
   entry->setToolTip("File name pattern to add.");
-  QObject::connect(
-      entry, &QLineEdit::returnPressed, entry,
-      [&operators = rules.operators, list = rules.list] { operators.AddKeyword(list); });
+  QObject::connect(entry, &QLineEdit::returnPressed, entry,
+                   [&actions = rules.actions, list = rules.list] { actions.AddKeyword(list); });
   AddWide(rules, MakeHeading(rules.page, "To add an item"));
   AddStep(rules, instruction, entry);
   AddWide(rules, new QLabel("Then Press Enter", rules.page));
@@ -64,8 +63,8 @@ void AddList(const RulesPage& rules, EntryField* entry) {
   auto* const remove = new QPushButton("Remove", rules.page);
   remove->setObjectName(ElementName("removepri1button", rules.list));
   remove->setToolTip("Click to remove the selected item.");
-  const auto removeSelected = [view, &operators = rules.operators, list = rules.list] {
-    operators.RemoveKeywords(list, view->Selected());
+  const auto removeSelected = [view, &actions = rules.actions, list = rules.list] {
+    actions.RemoveKeywords(list, view->Selected());
   };
   QObject::connect(view, &ListView::DeletePressed, view, removeSelected);
   QObject::connect(remove, &QPushButton::clicked, view, [removeSelected, entry] {
@@ -91,8 +90,8 @@ EntryField* AddRules(const RulesPage& rules, const char* instruction = "Type it 
 
 }  // namespace
 
-QWidget* MakePriorityPage(Setup& setup, Operator& operators, Priority p) {
-  const RulesPage rules{setup, operators, p.index()};
+QWidget* MakePriorityPage(Setup& setup, Actions& actions, Priority p) {
+  const RulesPage rules{setup, actions, p.index()};
   AddRules(rules);
   AddGap(rules);
   AddWide(
@@ -107,8 +106,8 @@ QWidget* MakePriorityPage(Setup& setup, Operator& operators, Priority p) {
   return rules.page;
 }
 
-QWidget* MakeCompressPage(Setup& setup, Operator& operators) {
-  const RulesPage rules{setup, operators, kCompressList};
+QWidget* MakeCompressPage(Setup& setup, Actions& actions) {
+  const RulesPage rules{setup, actions, kCompressList};
   AddRules(rules);
   AddGap(rules);
   constexpr const char* kCountCaption = "Do block compression when files accumulated =";
@@ -120,9 +119,9 @@ QWidget* MakeCompressPage(Setup& setup, Operator& operators) {
       MakeValueLabel(rules.page, "BlockPriority", kPriorityCaption, setup.BlockPriority,
                      "Priority queue number to send the compressed files.");
   QObject::connect(count, &ValueLabel::Released, count,
-                   [&operators](Button button) { operators.StepCompFiles(button); });
+                   [&actions](Button button) { actions.StepCompFiles(button); });
   QObject::connect(priority, &ValueLabel::Clicked, priority,
-                   [&operators] { operators.StepBlockPriority(); });
+                   [&actions] { actions.StepBlockPriority(); });
   auto* const values = new QGridLayout;
   values->addWidget(new QLabel(kCountCaption, rules.page), 0, 0);
   values->addWidget(count, 0, 1);
@@ -141,14 +140,14 @@ QWidget* MakeCompressPage(Setup& setup, Operator& operators) {
   return rules.page;
 }
 
-QWidget* MakeDiscardPage(Setup& setup, Operator& operators) {
-  const RulesPage rules{setup, operators, kDiscardList};
+QWidget* MakeDiscardPage(Setup& setup, Actions& actions) {
+  const RulesPage rules{setup, actions, kDiscardList};
   AddRules(rules);
   return rules.page;
 }
 
-QWidget* MakeCopiesPage(Setup& setup, Operator& operators) {
-  const RulesPage rules{setup, operators, kCopiesList};
+QWidget* MakeCopiesPage(Setup& setup, Actions& actions) {
+  const RulesPage rules{setup, actions, kCopiesList};
   AddWide(rules,
           new QLabel("Use this tab to force messages to be sent more than once.", rules.page));
   constexpr const char* kCaption = "Select The Number Of Copies --->";
@@ -159,7 +158,7 @@ QWidget* MakeCopiesPage(Setup& setup, Operator& operators) {
   AddGap(rules);
   EntryField* const entry = AddRules(rules, "Enter A Keyword --->");
   QObject::connect(copies, &ValueLabel::Pressed, copies,
-                   [&operators](Button button) { operators.StepCopies(button); });
+                   [&actions](Button button) { actions.StepCopies(button); });
   QObject::connect(copies, &ValueLabel::Released, entry, [entry] { entry->setFocus(); });
   return rules.page;
 }

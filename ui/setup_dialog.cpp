@@ -8,7 +8,7 @@
 #include <QVBoxLayout>
 
 #include "base/scope_guard.h"
-#include "config/settings_io.h"
+#include "station/settings_io.h"
 #include "ui/entry_field.h"
 #include "ui/menus.h"
 #include "ui/setup_pages.h"
@@ -22,9 +22,9 @@ constexpr QRect kOutOfSight(-1000, -1000, 80, 20);
 
 }  // namespace
 
-SetupDialog::SetupDialog(Setup& setup, Operator& operators, QWidget* mainWindow)
+SetupDialog::SetupDialog(Setup& setup, Actions& actions, QWidget* mainWindow)
     : QWidget(mainWindow, Qt::Dialog),
-      operators_(operators),
+      actions_(actions),
       mainWindow_(mainWindow),
       tabs_(new LeftTabs(this)),
       blank_(new QLineEdit("Text1", this)) {
@@ -55,15 +55,15 @@ void SetupDialog::BuildBlank() {
 void SetupDialog::BuildTabs(Setup& setup) {
   tabs_->setObjectName("SSTab1");
   tabs_->addTab(MakeMorsePage(setup), "Morse");
-  tabs_->addTab(MakePortPage(setup, operators_), "Port");
+  tabs_->addTab(MakePortPage(setup, actions_), "Port");
   for (const Priority p : AllPriorities()) {
-    tabs_->addTab(MakePriorityPage(setup, operators_, p), QString("Priority %1").arg(p.number()));
+    tabs_->addTab(MakePriorityPage(setup, actions_, p), QString("Priority %1").arg(p.number()));
   }
-  tabs_->addTab(MakeSystemPage(setup, operators_), "System");
-  tabs_->addTab(MakeCompressPage(setup, operators_), "Compress");
-  tabs_->addTab(MakeDiscardPage(setup, operators_), "Discard");
-  tabs_->addTab(MakeCopiesPage(setup, operators_), "Copies");
-  tabs_->addTab(MakeSchedulePage(setup, operators_), "Schedule");
+  tabs_->addTab(MakeSystemPage(setup, actions_), "System");
+  tabs_->addTab(MakeCompressPage(setup, actions_), "Compress");
+  tabs_->addTab(MakeDiscardPage(setup, actions_), "Discard");
+  tabs_->addTab(MakeCopiesPage(setup, actions_), "Copies");
+  tabs_->addTab(MakeSchedulePage(setup, actions_), "Schedule");
   connect(tabs_, &QTabWidget::currentChanged, this, &SetupDialog::FocusEntryOf);
   connect(new QShortcut(QKeySequence::NextChild, this), &QShortcut::activated, this,
           [this] { tabs_->Step(1); });
@@ -105,7 +105,7 @@ bool SetupDialog::Leave() {
   if (leaving_ || unloaded_ || isHidden()) return isHidden();
   leaving_ = true;
   const ScopeGuard left([this] { leaving_ = false; });
-  const SaveOutcome outcome = operators_.LeaveSetup();
+  const SaveOutcome outcome = actions_.LeaveSetup();
   if (outcome == SaveOutcome::kHide) hide();
   if (outcome == SaveOutcome::kFocusLogSize) FocusLogSize();
   return isHidden();

@@ -5,8 +5,8 @@
 #include <QWidget>
 #include <QWindow>
 
-#include "config/operator.h"
 #include "state/setup.h"
+#include "station/actions.h"
 #include "ui/left_tabs.h"
 
 class QLineEdit;
@@ -17,7 +17,7 @@ class SetupDialog : public QWidget {
   Q_OBJECT
 
  public:
-  SetupDialog(Setup& setup, Operator& operators, QWidget* mainWindow);
+  SetupDialog(Setup& setup, Actions& actions, QWidget* mainWindow);
 
   /// Stores the settings and hides, or stays when they were refused. True when the dialog is not in
   /// sight afterwards.
@@ -40,7 +40,7 @@ class SetupDialog : public QWidget {
   void FollowFocus(QWindow* window);
   void FocusEntryOf(int tab);
 
-  Operator& operators_;
+  Actions& actions_;
   QWidget* mainWindow_;
   LeftTabs* tabs_;
   QLineEdit* blank_;

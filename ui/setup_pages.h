@@ -4,18 +4,18 @@
 
 #include <QWidget>
 
-#include "config/operator.h"
 #include "state/setup.h"
+#include "station/actions.h"
 
 namespace ostrel::ui {
 
 QWidget* MakeMorsePage(Setup& setup);
-QWidget* MakePortPage(Setup& setup, Operator& operators);
-QWidget* MakePriorityPage(Setup& setup, Operator& operators, Priority p);
-QWidget* MakeSystemPage(Setup& setup, Operator& operators);
-QWidget* MakeCompressPage(Setup& setup, Operator& operators);
-QWidget* MakeDiscardPage(Setup& setup, Operator& operators);
-QWidget* MakeCopiesPage(Setup& setup, Operator& operators);
-QWidget* MakeSchedulePage(Setup& setup, Operator& operators);
+QWidget* MakePortPage(Setup& setup, Actions& actions);
+QWidget* MakePriorityPage(Setup& setup, Actions& actions, Priority p);
+QWidget* MakeSystemPage(Setup& setup, Actions& actions);
+QWidget* MakeCompressPage(Setup& setup, Actions& actions);
+QWidget* MakeDiscardPage(Setup& setup, Actions& actions);
+QWidget* MakeCopiesPage(Setup& setup, Actions& actions);
+QWidget* MakeSchedulePage(Setup& setup, Actions& actions);
 
 }  // namespace ostrel::ui

@@ -7,7 +7,7 @@
 namespace ostrel::ui {
 namespace {
 
-QWidget* MakeIngestEngine(QWidget* page, Setup& setup, Operator& operators) {
+QWidget* MakeIngestEngine(QWidget* page, Setup& setup, Actions& actions) {
   auto* const boxes = new QWidget(page);
   auto* const layout = new QHBoxLayout(boxes);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -15,9 +15,9 @@ QWidget* MakeIngestEngine(QWidget* page, Setup& setup, Operator& operators) {
       MakeCheckBox(boxes, "chkBrask", "Brask Serial", setup.chkBrask, "Check to start Brask.");
   auto* const internet = MakeCheckBox(boxes, "chkByteBlaster", "Tiltor Internet",
                                       setup.chkByteBlaster, "Check to start Tiltor.");
-  QObject::connect(serial, &QCheckBox::clicked, boxes, [&operators] { operators.BraskClicked(); });
+  QObject::connect(serial, &QCheckBox::clicked, boxes, [&actions] { actions.BraskClicked(); });
   QObject::connect(internet, &QCheckBox::clicked, boxes,
-                   [&operators] { operators.ByteBlasterClicked(); });
+                   [&actions] { actions.ByteBlasterClicked(); });
   layout->addWidget(serial);
   layout->addWidget(internet);
   layout->addStretch();
@@ -50,7 +50,7 @@ QLayout* MakeOptions(QWidget* page, Setup& setup) {
 
 }  // namespace
 
-QWidget* MakeSystemPage(Setup& setup, Operator& operators) {
+QWidget* MakeSystemPage(Setup& setup, Actions& actions) {
   auto* const page = new QWidget;
   Form form(page);
   form.AddRow("If all messages have been sent, send",
@@ -65,7 +65,7 @@ QWidget* MakeSystemPage(Setup& setup, Operator& operators) {
   form.AddRow("Ingest Path",
               MakeTextField(page, "txtIngestPath", setup.txtIngestPath,
                             "Path where received messages are stored.", FieldWidth::kPath));
-  form.AddRow("Ingest Engine", MakeIngestEngine(page, setup, operators));
+  form.AddRow("Ingest Engine", MakeIngestEngine(page, setup, actions));
   form.AddGap();
   form.AddRow("Purge directories after ",
               MakeTextField(page, "txtPurgeTime", setup.txtPurgeTime, "Time to purge directories."),

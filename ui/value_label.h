@@ -4,7 +4,7 @@
 
 #include <QLabel>
 
-#include "config/operator.h"
+#include "station/actions.h"
 
 namespace ostrel::ui {
 

@@ -38,10 +38,10 @@ Qt::WindowStates StateOf(WindowState state) {
 }  // namespace
 
 void WindowDialogs::Attach(MainWindow& mainWindow, SetupDialog& setup, Setup& fields,
-                           Operator& operators) {
+                           Actions& actions) {
   mainWindow_ = &mainWindow;
   setup_ = &setup;
-  makeErrorWindow_ = [&, this] { return new ErrorWindow(clock_, fields, operators, &mainWindow); };
+  makeErrorWindow_ = [&, this] { return new ErrorWindow(clock_, fields, actions, &mainWindow); };
 }
 
 void WindowDialogs::ShowMessage(const Message& message,

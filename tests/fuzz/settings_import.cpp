@@ -1,6 +1,6 @@
 // Imported settings. What is taken from a text comes out of its own export unchanged.
 #include "base/failure.h"
-#include "config/registry_text.h"
+#include "settings/registry_text.h"
 #include "tests/fuzz/fuzz_support.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,7 +1,7 @@
 // The receiver's stream: any bytes, in pieces of any size, say the same as in one piece.
+#include "receive/product_assembler.h"
+#include "receive/stream_decoder.h"
 #include "tests/fuzz/fuzz_support.h"
-#include "tools/monitor/product_assembler.h"
-#include "tools/monitor/stream_decoder.h"
 
 namespace ostrel {
 namespace {

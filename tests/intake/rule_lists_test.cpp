@@ -16,7 +16,7 @@ class RuleListsTest : public testing::Test {
     auto& messages = station.machine.dialogs.messages;
     messages.clear();
     setup.pri1inbox[list].Set(keyword);
-    station.station->operators().AddKeyword(list);
+    station.station->actions().AddKeyword(list);
     EXPECT_EQ(setup.pri1inbox[list].Get(), messages.empty() ? "" : ToUpper(keyword));
     return messages.empty() ? "" : messages[0].title + "|" + messages[0].text;
   }
@@ -61,9 +61,9 @@ TEST_F(RuleListsTest, AKeywordStandsOnceInAllListsButCopies) {
     setup.lblCopies.Set(" 3 ");
     EXPECT_EQ(Enter(kCopiesList, keyword), "") << "the copies list is compared with none";
   }
-  station.station->operators().RemoveKeywords(kCopiesList, {});
+  station.station->actions().RemoveKeywords(kCopiesList, {});
   EXPECT_EQ(ListOf(kCopiesList).size(), 4U);
-  station.station->operators().RemoveKeywords(kCopiesList, {3, 0, 1});
+  station.station->actions().RemoveKeywords(kCopiesList, {3, 0, 1});
   EXPECT_EQ(ListOf(kCopiesList), Lines{"ZFP10* | C=3"});
 }
 
@@ -88,8 +88,8 @@ TEST_F(RuleListsTest, TheListFilesAreReadForgivinglyAndWrittenPlainly) {
                   ". Until they can, files that no rule names are kept in KvData/RtKept."});
 
   const auto leave = [&] {
-    station.station->operators().ShowSetup();
-    EXPECT_EQ(station.station->operators().LeaveSetup(), SaveOutcome::kHide);
+    station.station->actions().ShowSetup();
+    EXPECT_EQ(station.station->actions().LeaveSetup(), SaveOutcome::kHide);
     Lines said;
     for (const auto& message : station.machine.dialogs.messages) said.push_back(message.text);
     station.machine.dialogs.messages.clear();
@@ -109,7 +109,7 @@ TEST_F(RuleListsTest, TheListFilesAreReadForgivinglyAndWrittenPlainly) {
   EXPECT_EQ(Content(1), "NEW*\r\n") << "until the operator has edited the list";
   station.files.readFault = station.files.writeFault = nullptr;
   Enter(5, "last*");
-  station.station->operators().ShowSetup();
+  station.station->actions().ShowSetup();
   EXPECT_EQ(ListOf(2), Lines{"LOST*"}) << "until it can be read";
   station.station->Stop();
   EXPECT_EQ(Content(5), "AFD*\r\n") << "the end tries once more what the dialog was left with";

@@ -60,7 +60,7 @@ TEST(Identification, AFailureGivesEverythingBackAndBeginsTheCountdownAgain) {
   ASSERT_EQ(station.LogOf("Timer").size(), 1U);
   EXPECT_TRUE(station.LogOf("Timer")[0].starts_with(
       "11/18/26 12:00:30 Timer        Error # 53, File not found"));
-  station.station->operators().SendMorseId();
+  station.station->actions().SendMorseId();
   EXPECT_TRUE(station.machine.line.KeyLine1() && station.machine.line.KeyLine2());
   EXPECT_TRUE(station.machine.cycleTimer.IsRunning());
   EXPECT_EQ(station.setup().TimeLeft.Get(), "1");
@@ -72,19 +72,19 @@ TEST(Identification, TheMenuSendsOneWheneverThereIsATextAndAPort) {
   VirtualStation station;
   station.Set({{"CWIDTime", "0"}, {"LogProgram", "1"}});
   station.Start();
-  auto& operators = station.station->operators();
+  auto& actions = station.station->actions();
   station.Run(45s);
   EXPECT_TRUE(station.LogOf("CW ID").empty()) << "switched off";
   station.setup().IDTime.Set("7");
   station.Run(60s);
-  operators.SendMorseId();
+  actions.SendMorseId();
   EXPECT_EQ(station.setup().TimeLeft.Get(), "7");
   station.setup().CWidenty.Set("");
-  operators.SendMorseId();
+  actions.SendMorseId();
   station.setup().CWidenty.Set("DE TEST");
   station.setup().lblOutStop.Set("");
-  operators.StepPort(Button::kLeft);
-  operators.SendMorseId();
+  actions.StepPort(Button::kLeft);
+  actions.SendMorseId();
   EXPECT_EQ(station.LogOf("CW ID").size(), 1U);
   EXPECT_EQ(station.machine.dialogs.messages.back().text,
             "No com port is open. The station cannot be identified.");

@@ -53,7 +53,7 @@ TEST(StartUp, ADamagedValueStopsItThereAndTheProgramCanBeClosed) {
     EXPECT_EQ(station.machine.dialogs.messages[0].text, "FormLoad: " + report);
     EXPECT_EQ(fs::exists(station.Path("KvData/RtSent")), section == Section::kScreen);
     EXPECT_TRUE(station.machine.line.openings.empty() && station.machine.dialogs.mainIsShown);
-    station.station->operators().Close();
+    station.station->actions().Close();
     EXPECT_EQ(station.Messages(), (Lines{report, "Program Stopped"}));
     EXPECT_TRUE(station.machine.dialogs.hasEnded);
   }
@@ -77,12 +77,12 @@ TEST(StartUp, SetupAfterOneThatFailedCostsNoRuleNoSettingAndKeysNothing) {
     EXPECT_EQ(messages.size(), 1U);
     messages.clear();
     const auto before = OpenAtRoot(station.stores)->List(kFamilyTree);
-    auto& operators = station.station->operators();
-    operators.ShowSetup();
-    EXPECT_EQ(operators.LeaveSetup(), SaveOutcome::kHide);
-    operators.StepPort(Button::kLeft);
+    auto& actions = station.station->actions();
+    actions.ShowSetup();
+    EXPECT_EQ(actions.LeaveSetup(), SaveOutcome::kHide);
+    actions.StepPort(Button::kLeft);
     EXPECT_TRUE(station.machine.line.openings.empty());
-    operators.Exit();
+    actions.Exit();
     EXPECT_EQ(messages.size(), isUnmounted ? 0U : 1U);
     EXPECT_TRUE(isUnmounted ||
                 messages[0].text == "These settings could not be loaded: Engine (Type mismatch).");

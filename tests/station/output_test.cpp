@@ -56,9 +56,9 @@ TEST(PortOpening, IsToldInBothWindowsAndNothingMovesWithoutAPort) {
   EXPECT_EQ(station.window().lblDataRate.Get(), "No Com Port Open") << "the cycle runs";
   EXPECT_EQ(station.Names("KvData/RxFiles"), Lines{"TORXXX.TXT"});
 
-  auto& operators = station.station->operators();
+  auto& actions = station.station->actions();
   const auto opened = station.machine.clock.Monotonic();
-  operators.StepPort(Button::kLeft);
+  actions.StepPort(Button::kLeft);
   expectTold("Com Port # 2 opened for transmit.");
   EXPECT_EQ(line.keying, (std::vector<KeyEvent>{{opened, 2, true}, {opened, 1, true}}));
   EXPECT_EQ(station.machine.clock.Monotonic(), opened + 500ms) << "the key-up delay";
@@ -73,16 +73,16 @@ TEST(PortOpening, IsToldInBothWindowsAndNothingMovesWithoutAPort) {
       text += fmt::format("{}{} ", event.line, event.on ? "+" : "-");
     return text;
   };
-  operators.StepBaud();
+  actions.StepBaud();
   EXPECT_EQ(lines(), "1- 2- 2+ 1+ ");
-  operators.StepPort(Button::kLeft);
+  actions.StepPort(Button::kLeft);
   EXPECT_EQ(lines(), "1- 2- ");
   expectTold("Unable to open Com Port # 3.");
   EXPECT_FALSE(station.machine.cycleTimer.IsRunning());
-  operators.StepPort(Button::kOther);
+  actions.StepPort(Button::kOther);
   // A line that does not follow is a failed opening as well.
   line.lineFails = true;
-  operators.StepBaud();
+  actions.StepBaud();
   expectTold("Unable to open Com Port # 2.");
   EXPECT_FALSE(line.IsOpen() || station.machine.cycleTimer.IsRunning());
 }
@@ -103,8 +103,8 @@ TEST(PortOpening, StaysFailedWhenTheOperatorTakesThePortAwayWithinAWait) {
     auto& machine = station.machine;
     machine.line.devices = {1, 3};
     station.Start();
-    auto& operators = station.station->operators();
-    machine.clock.At(wait.at, [&] { operators.StepPort(Button::kLeft); });
+    auto& actions = station.station->actions();
+    machine.clock.At(wait.at, [&] { actions.StepPort(Button::kLeft); });
     station.Run(80s);
     EXPECT_EQ(station.window().lblDataRate.Get(), "Unable to open Com Port # 2.");
     EXPECT_FALSE(machine.cycleTimer.IsRunning() || machine.line.KeyLine1());
@@ -112,7 +112,7 @@ TEST(PortOpening, StaysFailedWhenTheOperatorTakesThePortAwayWithinAWait) {
     EXPECT_EQ(station.setup().LastId.Get(), "");
     EXPECT_EQ(station.LogOf("CW ID"), Lines{});
 
-    operators.StepPort(Button::kLeft);
+    actions.StepPort(Button::kLeft);
     station.Run(1s);
     EXPECT_EQ(station.window().lblDataRate.Get(), "Transmitting 1200 BPS");
     EXPECT_EQ(station.setup().LastId.Get().empty(), wait.settings.at("CWIDTime") == "0")

@@ -43,7 +43,7 @@ TEST(ScheduleEntries, AreCheckedAndStoredInLowerCase) {
   const auto enter = [&](const std::string& entry) {
     station.machine.dialogs.messages.clear();
     station.setup().txtSchedule.Set(entry);
-    const auto after = station.station->operators().AddScheduleEntry();
+    const auto after = station.station->actions().AddScheduleEntry();
     const auto& messages = station.machine.dialogs.messages;
     EXPECT_EQ(after == AfterEntry::kFocusEntryField, !messages.empty()) << entry;
     return messages.empty() ? "" : messages[0].title + "|" + messages[0].text;
@@ -77,7 +77,7 @@ TEST(ScheduleEntries, AreLoadedAsTheyStandAndRemovedTogetherWithOneRewrite) {
   station.files.writeFault = [&](const std::string& path) {
     writes += path.ends_with("Sched.txt");
   };
-  station.station->operators().RemoveScheduleEntries({0, 2});
+  station.station->actions().RemoveScheduleEntries({0, 2});
   EXPECT_EQ(writes, 1);
   station.Restart();
   EXPECT_EQ(Entries(station.setup().lstSchedule), Lines{"no time /c /d"});

@@ -18,7 +18,7 @@ std::vector<SettingRow> Rows(VirtualStation& station) {
 }
 
 SaveOutcome Save(VirtualStation& station) {
-  return station.station->operators().LeaveSetup();
+  return station.station->actions().LeaveSetup();
 }
 
 TEST(Settings, EveryKeyMakesTheRoundThroughSaveStopAndStart) {
@@ -58,7 +58,7 @@ TEST(Settings, AnImportAsksThenLooksForItsFileThenStartsAndSaysSo) {
   auto& dialogs = station.machine.dialogs;
   auto& started = station.machine.desktop.started;
   const auto import = [&](MessageAnswer answer) {
-    station.station->operators().ImportSettings();
+    station.station->actions().ImportSettings();
     dialogs.Answer(answer);
     return dialogs.messages.back().text;
   };
@@ -70,7 +70,7 @@ TEST(Settings, AnImportAsksThenLooksForItsFileThenStartsAndSaysSo) {
   EXPECT_EQ(import(MessageAnswer::kYes), "Your backup registry file was successfully imported.");
   EXPECT_EQ(started, std::vector<Lines>({{station.Path("ostrel-settings"), "--station",
                                           station.folder.path(), "import", file}}));
-  station.station->operators().ImportSettings();
+  station.station->actions().ImportSettings();
   station.station->Stop();
   dialogs.Answer(MessageAnswer::kYes);
   EXPECT_EQ(started.size(), 1U) << "the program was ending";
@@ -82,7 +82,7 @@ TEST(Settings, AStoreThatAnotherProcessHoldsCostsNeitherTimeNorEdits) {
   sqlite3* other = nullptr;
   ASSERT_EQ(sqlite3_open(station.Path("KvRegistry.db").c_str(), &other), SQLITE_OK);
   ASSERT_EQ(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
-  station.station->operators().ShowSetup();
+  station.station->actions().ShowSetup();
   station.setup().CWidenty.Set("W1AW");
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(Save(station), SaveOutcome::kHide);

@@ -34,11 +34,11 @@ TEST(SharedStation, AccountsTakeTurnsAndReplaceNoProgram) {
     const Turn turn(account);
     station.Restart();
     station.setup().SetupPriList[4].Append(rule);
-    EXPECT_EQ(station.station->operators().LeaveSetup(), SaveOutcome::kHide);
+    EXPECT_EQ(station.station->actions().LeaveSetup(), SaveOutcome::kHide);
     station.station->values().logSize = 1;  // each line is one too many
     station.Run(1s);
     EXPECT_THROW(station.realFiles.WriteAll(station.Path("ostrel"), "another"), Failure);
-    station.station->operators().Close();
+    station.station->actions().Close();
     EXPECT_NE(station.ReadFile(station.Path("RtLog.old")).find("Stopped"), std::string::npos);
   }
   umask(before);
@@ -51,11 +51,11 @@ TEST(SharedStation, OverridesTheOperatorsMaskOnlyForItsGroup) {
       {0755, 022, 022}, {0755, 077, 077}, {0755, 0, 02}, {02775, 022, 02}, {03775, 077, 07}};
   TemporaryFolder folder;
   const auto before = umask(0);
-  for (const auto& [mode, operators, wanted] : rows) {
+  for (const auto& [mode, actions, wanted] : rows) {
     chmod(folder.path().c_str(), mode);
-    umask(operators);
+    umask(actions);
     ShareWithGroupOf(folder.path());
-    EXPECT_EQ(umask(before), wanted) << mode << " " << operators;
+    EXPECT_EQ(umask(before), wanted) << mode << " " << actions;
   }
 }
 

@@ -11,16 +11,16 @@
 #include <string>
 #include <vector>
 
-#include "app/station.h"
-#include "config/settings_table.h"
 #include "platform/linux/linux_files.h"
 #include "platform/linux/sqlite_settings_store.h"
 #include "platform/linux/temporary_folder.h"
 #include "platform/linux/zip_archives.h"
 #include "platform/virtual/virtual_machine.h"
+#include "receive/product_assembler.h"
+#include "receive/stream_decoder.h"
+#include "settings/settings_table.h"
+#include "station/station.h"
 #include "tests/support/faulty_files.h"
-#include "tools/monitor/product_assembler.h"
-#include "tools/monitor/stream_decoder.h"
 
 namespace ostrel {
 

@@ -14,9 +14,9 @@ void WindowedStation::MakeStation() {
                                                machine.cycleTimer, machine.purgeTimer, machine.line,
                                                machine.datagrams, files, archives, stores, dialogs,
                                                machine.desktop, machine.instance});
-  mainWindow = std::make_unique<ui::MainWindow>(window(), station->engine(), station->operators());
-  setupDialog = new ui::SetupDialog(setup(), station->operators(), mainWindow.get());
-  dialogs.Attach(*mainWindow, *setupDialog, setup(), station->operators());
+  mainWindow = std::make_unique<ui::MainWindow>(window(), station->engine(), station->actions());
+  setupDialog = new ui::SetupDialog(setup(), station->actions(), mainWindow.get());
+  dialogs.Attach(*mainWindow, *setupDialog, setup(), station->actions());
 }
 
 void WindowedStation::ShowSetup(int tab) {

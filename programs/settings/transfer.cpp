@@ -1,0 +1,72 @@
+#include <fmt/format.h>
+#include <iconv.h>
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "programs/settings/commands.h"
+#include "settings/registry_text.h"
+#include "settings/settings_table.h"
+
+namespace ostrel {
+
+namespace {
+
+constexpr std::string_view kUtf16Mark = "\xFF\xFE";
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
+/// Throws Failure 13 for text that is not in the encoding `from`.
+std::string Convert(std::string_view text, const char* from, const char* to) {
+  const auto converter = iconv_open(to, from);
+  if (converter == iconv_t(-1))
+    throw Failure(failure_number::kInvalidArgument, "The system cannot convert text.");
+  std::string result(text.size() * 4 + 4, '\0');
+  auto* in = const_cast<char*>(text.data());  // iconv does not write there
+  auto inLeft = text.size();
+  auto* out = result.data();
+  auto outLeft = result.size();
+  const auto status = iconv(converter, &in, &inLeft, &out, &outLeft);
+  iconv_close(converter);
+  if (status == static_cast<std::size_t>(-1))
+    throw Failure(failure_number::kTypeMismatch, fmt::format("The text is not {}.", from));
+  result.resize(result.size() - outLeft);
+  return result;
+}
+
+/// The characters of a registry file. The older form carries no mark and may be in the code page of
+/// the system that wrote it.
+std::string Decode(std::string_view file) {
+  if (file.starts_with(kUtf16Mark)) return Convert(file.substr(2), "UTF-16LE", "UTF-8");
+  if (file.starts_with(kUtf8Mark)) file.remove_prefix(kUtf8Mark.size());
+  try {
+    return Convert(file, "UTF-8", "UTF-8");
+  } catch (const Failure&) {
+    return Convert(file, "CP1252", "UTF-8");
+  }
+}
+
+}  // namespace
+
+void ExportSettings(StationFolder& station, const std::string& file) {
+  const auto values = station.OpenStore()->List(kFamilyTree);
+  station.files().WriteAll(
+      file, std::string(kUtf16Mark) + Convert(FormatRegistryText(values), "UTF-8", "UTF-16LE"));
+  fmt::print("{} values saved to {}\n", values.size(), file);
+}
+
+void ImportSettings(StationFolder& station, const std::string& file) {
+  const auto note = [&](const std::string& text) {
+    station.WriteLog("Settings", text);
+    fmt::print(stderr, "{}\n", text);
+  };
+  try {
+    const auto import = ParseRegistryText(Decode(station.files().ReadAll(file)));
+    station.OpenStore()->WriteAll(import.values);
+    for (const auto& leftOut : import.leftOut) note("Import left out " + leftOut);
+    fmt::print("{} values taken from {}\n", import.values.size(), file);
+  } catch (const Failure& failure) {
+    note(fmt::format("Import of {} refused, nothing was changed: {}", file, failure.text()));
+    throw;
+  }
+}
+
+}  // namespace ostrel

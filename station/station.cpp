@@ -1,0 +1,87 @@
+#include "station/station.h"
+
+#include <algorithm>
+#include <array>
+
+namespace ostrel {
+
+namespace {
+
+ProgramValues ValuesFor(const Platform& platform) {
+  ProgramValues values;
+  values.programFolder = platform.programFolder;
+  values.dataRoot = platform.programFolder + "/KvData";
+  return values;
+}
+
+template <std::size_t N>
+bool IsOneOf(const std::string& text, const std::array<const char*, N>& choices) {
+  return std::find(choices.begin(), choices.end(), text) != choices.end();
+}
+
+}  // namespace
+
+Station::Station(const Platform& platform)
+    : platform_(platform),
+      values_(ValuesFor(platform)),
+      activity_(platform.events, [this] { lifecycle_.ShutDown(); }),
+      log_({platform.files, platform.clock, platform.dialogs, setup_, values_}),
+      copy_(platform.files, platform.clock),
+      transmitter_({platform.port, platform.cycleTimer, platform.clock, platform.events, log_,
+                    mainWindow_, setup_}),
+      packetHost_(platform.datagrams, values_),
+      outputs_(log_, {transmitter_, packetHost_}),
+      rules_({platform.files, log_, setup_, values_.programFolder}),
+      matcher_(setup_.SetupPriList),
+      records_({platform.files, copy_, log_, values_}),
+      handedBack_({platform.files, platform.clock, copy_, records_, log_, setup_, values_}),
+      queue_({platform.files, platform.clock, copy_, records_, handedBack_, log_, mainWindow_,
+              setup_, values_}),
+      compression_({platform.files, platform.archives, platform.clock, queue_, log_, setup_,
+                    engine_, values_}),
+      kept_({platform.files, platform.clock, copy_, rules_, log_, setup_, values_}),
+      scan_({platform.files, platform.archives, copy_, matcher_, kept_, log_, values_}),
+      intake_({platform.files, platform.clock, compression_, queue_, handedBack_, log_, setup_,
+               values_}),
+      morse_({platform.clock, transmitter_, platform.files, platform.dialogs, log_, mainWindow_,
+              setup_, values_}),
+      schedule_({platform.files, platform.clock, copy_, platform.dialogs, log_, setup_,
+                 values_.programFolder}),
+      builder_({platform.files, platform.clock, log_, mainWindow_, setup_, engine_}),
+      service_({platform.files, platform.clock, transmitter_, copy_, builder_, queue_, log_,
+                mainWindow_, setup_, engine_, values_}),
+      cycle_({platform.clock, platform.events, transmitter_, morse_, schedule_, scan_, intake_,
+              compression_, service_, outputs_, log_, mainWindow_, setup_, engine_, values_}),
+      ingest_(platform.desktop, log_, values_.programFolder),
+      transfer_(platform.desktop, platform.dialogs, platform.files, values_.programFolder),
+      settings_({platform.stores, platform.dialogs, setup_, values_, rules_, schedule_,
+                 compression_, morse_, transmitter_, kept_, log_}),
+      lifecycle_({platform_, log_, settings_, transmitter_, outputs_, queue_, ingest_, mainWindow_,
+                  setup_, engine_, values_}),
+      actions_({platform_, activity_, setup_, engine_, values_, morse_, schedule_, rules_, queue_,
+                transmitter_, settings_, transfer_, ingest_}) {
+  platform_.cycleTimer.OnTick([this] { activity_.Run([this] { cycle_.Tick(); }); });
+  HangRulesOnFields();
+}
+
+bool Station::Start() {
+  bool succeeded = lifecycle_.IsFirstInstance();
+  if (succeeded) activity_.Run([&] { succeeded = lifecycle_.StartUp(); });
+  return succeeded;
+}
+
+/// The change rules hold wherever a change comes from, the load included.
+void Station::HangRulesOnFields() {
+  constexpr std::array kDataBits = {"8", "7"};
+  constexpr std::array kParities = {"O", "E", "N"};
+  fieldRules_.push_back(
+      setup_.IDTime.OnChange([this](const std::string&) { morse_.RestartCountdown(); }));
+  fieldRules_.push_back(setup_.lblOutData.OnChange([=, this](const std::string& text) {
+    if (IsOneOf(text, kDataBits)) activity_.Run([this] { transmitter_.OpenComPort(); });
+  }));
+  fieldRules_.push_back(setup_.lblOutParity.OnChange([=, this](const std::string& text) {
+    if (IsOneOf(text, kParities)) activity_.Run([this] { transmitter_.OpenComPort(); });
+  }));
+}
+
+}  // namespace ostrel

@@ -1,0 +1,96 @@
+// The whole station: builds the core out of one machine, once, and wires its parts. The windowed
+// program gives it the real machine; a test or a simulation gives it a virtual one.
+#pragma once
+
+#include <vector>
+
+#include "engine/packet_builder.h"
+#include "engine/queue_service.h"
+#include "engine/transmit_cycle.h"
+#include "ident/morse_identification.h"
+#include "ident/schedule.h"
+#include "intake/compression.h"
+#include "intake/entry_records.h"
+#include "intake/file_copy.h"
+#include "intake/handed_back_files.h"
+#include "intake/ingest_scan.h"
+#include "intake/kept_files.h"
+#include "intake/queue_intake.h"
+#include "intake/rule_lists.h"
+#include "intake/rule_matcher.h"
+#include "intake/transmit_queue.h"
+#include "platform/platform.h"
+#include "radio/outputs.h"
+#include "radio/packet_host.h"
+#include "radio/transmitter.h"
+#include "settings/settings_transfer.h"
+#include "state/engine.h"
+#include "state/main_window.h"
+#include "state/setup.h"
+#include "station/actions.h"
+#include "station/activity.h"
+#include "station/ingest_programs.h"
+#include "station/lifecycle.h"
+#include "station/program_log.h"
+#include "station/settings_io.h"
+
+namespace ostrel {
+
+class Station {
+ public:
+  /// Builds everything; nothing runs before Start. `platform` must outlive the station.
+  explicit Station(const Platform& platform);
+  Station(const Station&) = delete;
+  Station& operator=(const Station&) = delete;
+
+  /// Start-up. False when it was refused or failed, which a message says.
+  bool Start();
+  /// Asks the program to end: waits end, what runs unwinds, the shutdown runs.
+  void Stop() { activity_.RequestStop(); }
+
+  MainWindow& mainWindow() { return mainWindow_; }
+  Setup& setup() { return setup_; }
+  Engine& engine() { return engine_; }
+  ProgramValues& values() { return values_; }
+  TransmitQueue& queue() { return queue_; }
+  Actions& actions() { return actions_; }
+  Reporting& reporting() { return log_; }
+
+ private:
+  void HangRulesOnFields();
+
+  Platform platform_;
+  MainWindow mainWindow_;
+  Setup setup_;
+  Engine engine_;
+  ProgramValues values_;
+
+  Activity activity_;
+  ProgramLog log_;
+  FileCopy copy_;
+  Transmitter transmitter_;
+  PacketHost packetHost_;
+  Outputs outputs_;
+  RuleLists rules_;
+  RuleMatcher matcher_;
+  EntryRecords records_;
+  HandedBackFiles handedBack_;
+  TransmitQueue queue_;
+  Compression compression_;
+  KeptFiles kept_;
+  IngestScan scan_;
+  QueueIntake intake_;
+  MorseIdentification morse_;
+  Schedule schedule_;
+  PacketBuilder builder_;
+  QueueService service_;
+  TransmitCycle cycle_;
+  IngestPrograms ingest_;
+  SettingsTransfer transfer_;
+  SettingsIo settings_;
+  Lifecycle lifecycle_;
+  Actions actions_;
+  std::vector<Subscription> fieldRules_;
+};
+
+}  // namespace ostrel
