@@ -11,7 +11,7 @@ namespace {
 constexpr int kTextIndent = 10;
 constexpr int kFocusInset = 3;
 
-void PaintTab(QStylePainter& painter, QStyleOptionTab option, bool focused) {
+void PaintTab(QStylePainter& painter, const QStyleOptionTab& option, bool focused) {
   painter.drawControl(QStyle::CE_TabBarTabShape, option);
   painter.drawItemText(option.rect.adjusted(kTextIndent, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter,
                        option.palette, true, option.text, QPalette::WindowText);

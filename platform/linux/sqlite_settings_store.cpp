@@ -38,6 +38,12 @@ int OpenForLibrary(const char* path, int flags, int mode) {
   return OpenOrMake(path, flags & ~O_CREAT, static_cast<unsigned>(mode));
 }
 
+// The library would close the file of a new store to the station's group. The file is shut again
+// before the library opens it: shutting it later would end every lock that the library holds on it.
+void MakeForGroup(const std::string& path) {
+  const Descriptor made(OpenOrMake(path.c_str(), O_RDWR));
+}
+
 void UseOwnOpen() {
   auto* const system = sqlite3_vfs_find(nullptr);
   system->xSetSystemCall(system, "open", reinterpret_cast<sqlite3_syscall_ptr>(OpenForLibrary));
@@ -116,8 +122,7 @@ class SqliteSettingsStore : public SettingsStore {
  public:
   explicit SqliteSettingsStore(const std::string& path) {
     UseOwnOpen();
-    // The library would close the file of a new store to the station's group.
-    Descriptor(OpenOrMake(path.c_str(), O_RDWR));
+    MakeForGroup(path);
     sqlite3* opened = nullptr;
     const int result = sqlite3_open(path.c_str(), &opened);
     database_.reset(opened);

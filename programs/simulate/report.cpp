@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <fmt/format.h>
 
 namespace ostrel {
@@ -15,7 +16,8 @@ double Seconds(milliseconds time) {
 /// The wait that `share` of the products did not exceed. `waits` is sorted.
 milliseconds Percentile(const std::vector<milliseconds>& waits, double share) {
   if (waits.empty()) return milliseconds(0);
-  const auto rank = static_cast<std::size_t>(share * static_cast<double>(waits.size() - 1) + 0.5);
+  const auto rank =
+      static_cast<std::size_t>(std::lround(share * static_cast<double>(waits.size() - 1)));
   return waits[rank];
 }
 
@@ -99,7 +101,8 @@ std::string CsvOf(const Measures& measures) {
 std::string SvgOf(const Measures& measures) {
   std::size_t deepest = 4;
   for (const auto& m : measures.priorities) deepest = std::max(deepest, m.deepestQueue);
-  const auto top = static_cast<double>((deepest + 3) / 4 * 4);
+  const auto fourths = (deepest + 3) / 4;
+  const auto top = static_cast<double>(4 * fourths);
   std::string svg = fmt::format(
       "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 {0} {1}' width='{0}' height='{1}' "
       "font-family='sans-serif' font-size='13'>\n"
