@@ -38,7 +38,8 @@ const std::map<std::string, Names> kArrows = {
     {"programs/monitor", {"receive"}},
     {"programs/settings", {"base", "state", "intake", "settings", "station", "platform/linux"}},
     {"programs/simulate",
-     {"base", "ident", "settings", "station", "receive", "platform/linux", "platform/virtual"}},
+     {"base", "ident", "intake", "settings", "station", "receive", "platform/linux",
+      "platform/virtual"}},
 };
 
 struct Include {

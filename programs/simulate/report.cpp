@@ -79,10 +79,12 @@ std::string TableOf(const Measures& measures) {
                     Duration(Percentile(m.waits, 1)), m.deepestQueue);
   }
   return table + fmt::format(
-                     "\n{} arrivals in {}, {} sent; line use {:.1f} %, fill share {:.1f} % of the "
-                     "packets\n",
-                     measures.arrivals, Duration(measures.length), measures.sent,
-                     100 * measures.lineUse, 100 * measures.fillShare);
+                     "\n{} arrivals in {}: {} sent; never sent: {} thrown away or unpacked by the "
+                     "rules, {} replaced by newer ones, {} purged, {} still waiting\n"
+                     "Line use {:.1f} %, fill share {:.1f} % of the packets\n",
+                     measures.arrivals, Duration(measures.length), measures.sent, measures.ruledOut,
+                     measures.replaced, measures.purged, measures.waiting, 100 * measures.lineUse,
+                     100 * measures.fillShare);
 }
 
 std::string CsvOf(const Measures& measures) {

@@ -1,19 +1,21 @@
 #include "programs/simulate/simulation.h"
 
 #include <algorithm>
-#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <map>
+#include <optional>
 
 #include "base/failure.h"
 #include "base/names.h"
 #include "base/text.h"
+#include "intake/ingest_scan.h"
+#include "intake/rule_matcher.h"
 #include "platform/linux/sqlite_settings_store.h"
 #include "platform/linux/zip_archives.h"
 #include "platform/virtual/memory_files.h"
 #include "platform/virtual/virtual_machine.h"
+#include "programs/simulate/ledger.h"
 #include "receive/packet_reader.h"
 #include "station/station.h"
 
@@ -57,7 +59,7 @@ class Run {
     machine_.line.onWrite = [this](std::string_view bytes) { Watch(bytes); };
     for (const Priority p : AllPriorities()) {
       subscriptions_.push_back(station_.mainWindow().PriorityList[p].OnChange(
-          [this, p](const ListChange&) { WatchDepth(p); }));
+          [this, p](const ListChange& change) { Follow(p, change); }));
     }
   }
 
@@ -70,15 +72,25 @@ class Run {
   }
 
   void Arrive(const Arrival& arrival) {
-    files_.Lay(copy_.IngestFolder() + "/" + arrival.name, arrival.content);
+    const auto path = copy_.IngestFolder() + "/" + arrival.name;
+    if (files_.Exists(path)) ledger_.Overwritten(arrival.name);
+    files_.Lay(path, arrival.content);
     ++measures_.arrivals;
-    waiting_[ProductOf(arrival.name)].push_back(
-        {arrival.at, static_cast<long long>(arrival.content.size())});
+    const auto target = TargetOf(ToUpper(arrival.name));
+    if (!target) {
+      ++measures_.ruledOut;
+      return;
+    }
+    Carried carried{arrival.name, arrival.at, static_cast<long long>(arrival.content.size())};
+    if (target->list == kCompressList) return ledger_.ArrivedForBlock(std::move(carried));
+    ledger_.Arrived(Priority(target->folder()), std::move(carried));
   }
 
-  /// The name field of a packet is cut to twelve characters, and an archive has another ending.
-  static std::string ProductOf(std::string_view name) {
-    return ToUpper(StripExtension(name).substr(0, 12));
+  /// Nothing for what is thrown away or unpacked.
+  std::optional<Target> TargetOf(const std::string& name) {
+    const bool isUnpacked = station_.values().unZipFiles && IsReceivedArchive(name);
+    if (isUnpacked || rules_.DiscardedBy(name)) return std::nullopt;
+    return rules_.TargetOf(name);
   }
 
   void Watch(std::string_view bytes) {
@@ -86,27 +98,24 @@ class Run {
     if (bytes.size() != kReceivedPacket) return;
     ++packets_;
     const auto packet = ReadPacket(bytes).packet;
-    const auto waiting = waiting_.find(ProductOf(packet.name));
-    if (waiting == waiting_.end() || waiting->second.empty()) {
-      if (ProductOf(packet.name) == ProductOf(FileNameOf(station_.setup().NameAs.Get()))) ++fills_;
-    } else if (packet.block == packet.count) {
-      const auto end = machine_.clock.Monotonic() + TimeOfWaitingBytes();
-      Count(SendingPriority(), waiting->second.front(), end);
-      waiting->second.pop_front();
-    }
+    if (StripExtension(packet.name) == FillProduct()) ++fills_;
+    if (packet.block == packet.count)
+      ledger_.LastBlockOut(SendingPriority(), machine_.clock.Monotonic() + TimeOfWaitingBytes());
   }
 
-  struct Waiting {
-    milliseconds since;
-    long long bytes;
-  };
+  std::string FillProduct() {
+    return ToUpper(StripExtension(FileNameOf(station_.setup().NameAs.Get())));
+  }
 
-  void Count(Priority p, const Waiting& product, milliseconds end) {
+  void End(Priority p, const Carried& arrival, Fate fate, milliseconds outAt) {
+    if (fate == Fate::kReplaced) ++measures_.replaced;
+    if (fate == Fate::kPurged) ++measures_.purged;
+    if (fate != Fate::kSent) return;
     auto& measure = measures_.priorities[p];
     ++measures_.sent;
     ++measure.files;
-    measure.bytes += product.bytes;
-    measure.waits.push_back(end - product.since);
+    measure.bytes += arrival.bytes;
+    measure.waits.push_back(outAt - arrival.since);
   }
 
   /// The packet has been handed to the line, which sends what waits before it first.
@@ -123,9 +132,20 @@ class Run {
     return Priority(kPriorityCount);
   }
 
-  void WatchDepth(Priority p) {
+  void Follow(Priority p, const ListChange& change) {
+    const auto& queue = station_.mainWindow().PriorityList[p];
     auto& deepest = measures_.priorities[p].deepestQueue;
-    deepest = std::max(deepest, station_.mainWindow().PriorityList[p].size());
+    deepest = std::max(deepest, queue.size());
+    switch (change.kind) {
+      case ListChange::Kind::kInserted:
+        return ledger_.Listed(p, queue[change.position]);
+      case ListChange::Kind::kReplaced:
+        return ledger_.Replaced(p, change.position, queue[change.position]);
+      case ListChange::Kind::kRemoved:
+        return ledger_.Removed(p, change.position);
+      case ListChange::Kind::kReset:
+        return;  // no queue is ever filled at once
+    }
   }
 
   void SampleDepths() {
@@ -139,6 +159,7 @@ class Run {
     const auto settings = ParseLineSettings(machine_.line.openings.back());
     const auto busy = TimeOnLine(settings, static_cast<std::size_t>(measures_.bytesOnLine));
     measures_.length = length;
+    measures_.waiting = ledger_.Waiting();
     measures_.lineUse = std::chrono::duration<double>(busy) / std::chrono::duration<double>(length);
     measures_.fillShare = packets_ == 0 ? 0 : static_cast<double>(fills_) / packets_;
     for (auto& priority : measures_.priorities)
@@ -152,8 +173,9 @@ class Run {
   ZipArchives archives_{files_};
   SqliteSettingsStores stores_{copy_.StorePath()};
   Station station_{machine_.For(copy_.path(), files_, archives_, stores_)};
+  RuleMatcher rules_{station_.setup().SetupPriList};
+  Ledger ledger_{[this](auto&&... ended) { End(ended...); }};
   std::vector<Subscription> subscriptions_;
-  std::map<std::string, std::deque<Waiting>> waiting_;
   int packets_ = 0;
   int fills_ = 0;
   Measures measures_;

@@ -27,7 +27,12 @@ struct DepthSample {
 struct Measures {
   milliseconds length{0};
   int arrivals = 0;
-  int sent = 0;  // arrivals whose last block went out
+  // What became of the arrivals
+  int sent = 0;             // the last block went out
+  int ruledOut = 0;         // thrown away, or unpacked
+  int replaced = 0;         // by a newer one, before they went out
+  int purged = 0;           // waited too long
+  std::size_t waiting = 0;  // at the end
   long long bytesOnLine = 0;
   double lineUse = 0;    // of the time, 0 to 1
   double fillShare = 0;  // of the packets, 0 to 1
