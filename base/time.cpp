@@ -29,8 +29,8 @@ std::optional<TimeOfDay> ParseTimeOfDay(std::string_view text) {
   return time;
 }
 
-LocalTime LocalToUtc(LocalTime local, seconds presentOffset) {
-  return chr::floor<seconds>(local) - presentOffset;
+UtcTime LocalToUtc(LocalTime local, seconds presentOffset) {
+  return UtcTime(chr::floor<seconds>(local).time_since_epoch() - presentOffset);
 }
 
 std::string FormatLogStamp(LocalTime time) {

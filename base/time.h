@@ -32,7 +32,7 @@ std::optional<TimeOfDay> ParseTimeOfDay(std::string_view text);
 /// `local` in UTC by the offset that is in force now, whole seconds. A file's time stamp is read as
 /// local time and converted back with the *present* offset, so a stamp from before a change of the
 /// offset comes out shifted; the receivers have always seen it so.
-LocalTime LocalToUtc(LocalTime local, seconds presentOffset);
+UtcTime LocalToUtc(LocalTime local, seconds presentOffset);
 
 /// "mm/dd/yy hh:mm:ss": the log's stamp and the time in the line of a started file.
 std::string FormatLogStamp(LocalTime time);

@@ -15,7 +15,9 @@ constexpr const char* kProcedure = "MakePacket";
 long long PacketBuilder::MakePacket(const std::string& path, long long n) {
   long long count = 0;
   try {
-    Build(path, n, count);
+    const auto status = parts_.files.Status(path);
+    count = BlockCount(status.size);
+    if (n <= count) Build(path, n, count, status.written);
   } catch (const std::exception& error) {
     const auto failure = AsFailure(error);
     if (failure.number() == failure_number::kFileNotFound) {
@@ -32,12 +34,8 @@ void PacketBuilder::LogMissing(const std::string& path) {
       kProcedure, fmt::format("Queued file {} was deleted by purge.", NameField(FileNameOf(path))));
 }
 
-void PacketBuilder::Build(const std::string& path, long long n, long long& count) {
-  const auto status = parts_.files.Status(path);
-  count = BlockCount(status.size);
-  if (n > count) return;
-
-  const PacketHeader header{NameField(FileNameOf(path)), n, count, TimeStamp(status.written)};
+void PacketBuilder::Build(const std::string& path, long long n, long long count, UtcTime written) {
+  const PacketHeader header{NameField(FileNameOf(path)), n, count, TimeStamp(written)};
   ShowProgress(header);
   Block block{};  // where the file ends inside the block, the rest stays zero
   parts_.files.ReadBlock(path, (n - 1) * static_cast<std::int64_t>(kBlockSize), block);
@@ -49,7 +47,8 @@ void PacketBuilder::Build(const std::string& path, long long n, long long& count
 }
 
 std::string PacketBuilder::TimeStamp(UtcTime written) {
-  return FormatGeneral(LocalToUtc(parts_.clock.ToLocal(written), parts_.clock.UtcOffset()));
+  const auto utc = LocalToUtc(parts_.clock.ToLocal(written), parts_.clock.UtcOffset());
+  return FormatGeneral(LocalTime(utc.time_since_epoch()));  // its text, whatever the zone
 }
 
 void PacketBuilder::ShowProgress(const PacketHeader& header) {

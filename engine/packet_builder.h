@@ -37,7 +37,7 @@ class PacketBuilder {
   void LogMissing(const std::string& path);
 
  private:
-  void Build(const std::string& path, long long n, long long& count);
+  void Build(const std::string& path, long long n, long long count, UtcTime written);
   void ShowProgress(const PacketHeader& header);
   std::string TimeStamp(UtcTime written);
 

@@ -134,8 +134,7 @@ void QueueService::InsertFillFile() {
 }
 
 void QueueService::SetFileWriteTime(const std::string& path, LocalTime time) {
-  const auto utc = LocalToUtc(time, parts_.clock.UtcOffset());
-  parts_.files.SetLastWriteTime(path, UtcTime(utc.time_since_epoch()));
+  parts_.files.SetLastWriteTime(path, LocalToUtc(time, parts_.clock.UtcOffset()));
 }
 
 }  // namespace ostrel
