@@ -38,8 +38,11 @@ std::vector<StreamEvent> StreamDecoder::Finish() {
 bool StreamDecoder::TakeNext(std::vector<StreamEvent>& events) {
   const std::size_t header = FindHeader(buffer_);
   const std::size_t pause = buffer_.find(kPauseText);
-  if (pause < header) {
+  // What is whole first is taken first, so that it does not matter in what pieces the bytes come.
+  if (pause != std::string::npos &&
+      (header == std::string::npos || pause + kPauseText.size() < header + kReceivedHeader)) {
     DropNoise(pause, events);
+    remains_ -= std::min(remains_, kPauseText.size());
     buffer_.erase(0, kPauseText.size());
     events.emplace_back(PauseText{});
     return true;

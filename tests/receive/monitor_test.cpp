@@ -51,6 +51,7 @@ TEST(PacketReader, NamesEveryFieldThatIsWrong) {
 TEST(StreamDecoder, FindsPacketsInWhateverTheLineCarries) {
   const std::string head = kUsual.substr(0, 600), tail = kUsual.substr(601);
   const std::string marred = kUsual.substr(0, 30) + "!" + kUsual.substr(31);  // in "/PT"
+  const std::string inStamp = OnTheLine({"A", 1, 1, "Transmit Timeout", std::string(1024, 'H')});
   // P for a good packet, D for a damaged one, - for the pause text, n for noise.
   const std::pair<std::string, std::string_view> cases[] = {
       {kUsual + "Transmit Timeout" + kUsual, "P-P"},
@@ -60,16 +61,22 @@ TEST(StreamDecoder, FindsPacketsInWhateverTheLineCarries) {
       {kUsual + head + "xy" + tail + kUsual, "PDnP"},
       {kUsual + head + kUsual, "PDP"},
       {marred + "noise!" + kUsual, "DnP"},
+      {inStamp + kUsual, "n-nP"},
+      {marred.substr(0, 600) + "Transmit Timeout" + marred.substr(0, 600) + kUsual, "D-DP"},
   };
   for (const auto& [stream, expected] : cases) {
-    StreamDecoder decoder;
-    std::string shown;
-    const auto show = [&](const std::vector<StreamEvent>& events) {
-      for (const auto& event : events) shown += "PD-n"[event.index()];
-    };
-    for (const char& byte : stream) show(decoder.Feed({&byte, 1}));
-    show(decoder.Finish());
-    EXPECT_EQ(shown, expected);
+    for (const std::size_t piece : {std::size_t{1}, stream.size()}) {
+      StreamDecoder decoder;
+      std::string shown;
+      const auto show = [&](const std::vector<StreamEvent>& events) {
+        for (const auto& event : events) shown += "PD-n"[event.index()];
+      };
+      for (std::size_t at = 0; at < stream.size(); at += piece) {
+        show(decoder.Feed(std::string_view{stream}.substr(at, piece)));
+      }
+      show(decoder.Finish());
+      EXPECT_EQ(shown, expected) << "in pieces of " << piece;
+    }
   }
 }
 
