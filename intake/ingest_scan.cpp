@@ -27,7 +27,7 @@ void IngestScan::CheckForNewFiles() {
   std::string path = parts_.values.ingestPath;
   try {
     const auto name = parts_.files.FirstFile(parts_.values.ingestPath, {});
-    if (!name) return;
+    if (!name) return parts_.kept.GiveOneBack();
     path += *name;
     TakeFile(*name);
   } catch (const std::exception& error) {

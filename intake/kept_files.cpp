@@ -1,6 +1,9 @@
 #include "intake/kept_files.h"
 
+#include <algorithm>
 #include <fmt/format.h>
+#include <utility>
+#include <vector>
 
 #include "base/names.h"
 #include "intake/old_files.h"
@@ -11,13 +14,15 @@ namespace {
 
 constexpr const char* kCategory = "Kept";
 constexpr std::size_t kMostFiles = 10'000;
+constexpr std::size_t kFilesThatGo = 1'000;  // so that the folder is seldom looked through
 
 }  // namespace
 
 void KeptFiles::Keep(const std::string& path, const std::string& name) {
-  if (parts_.rules.AllAreKnown() || !HasRoom()) return;
+  if (parts_.rules.AllAreKnown()) return;
   const auto folder = parts_.values.KeptFolder();
   if (!parts_.files.Exists(folder)) parts_.files.CreateFolder(folder);
+  MakeRoom();
   const auto freeName = FirstFreeName(
       name, [&](const std::string& candidate) { return parts_.files.Exists(PathOf(candidate)); });
   parts_.copy.CopyFile(path, PathOf(freeName));
@@ -25,51 +30,61 @@ void KeptFiles::Keep(const std::string& path, const std::string& name) {
   ++*count_;
 }
 
-bool KeptFiles::HasRoom() {
-  if (!count_) count_ = parts_.files.ListFiles(parts_.values.KeptFolder()).size();
-  if (*count_ < kMostFiles) return true;
-  if (!toldFull_) {
-    toldFull_ = true;
-    parts_.reporting.WriteLog(
-        kCategory, fmt::format("KvData/RtKept is full ({} files): what no rule names is deleted.",
-                               kMostFiles));
-  }
-  return false;
+void KeptFiles::MakeRoom() {
+  if (count_ && *count_ < kMostFiles) return;
+  auto names = OldestFirst();
+  count_ = names.size();
+  if (*count_ < kMostFiles) return;
+  names.resize(kFilesThatGo);
+  for (const auto& name : names) parts_.files.Delete(PathOf(name));
+  *count_ -= kFilesThatGo;
+  parts_.reporting.WriteLog(
+      kCategory, fmt::format("KvData/RtKept was full ({} files): the {} oldest are deleted.",
+                             kMostFiles, kFilesThatGo));
 }
 
-void KeptFiles::GiveBack() {
-  if (!parts_.rules.AllAreKnown() || parts_.values.ingestPath.empty()) return;
-  RunStep(parts_.reporting, kCategory, [this] {
-    const auto names = parts_.files.ListFiles(parts_.values.KeptFolder());
-    if (names.empty()) return;
-    std::size_t returned = 0;
-    for (const auto& name : names) {
-      if (IsTooOld(PathOf(name))) {
-        parts_.files.Delete(PathOf(name));
-      } else {
-        Return(name);
-        ++returned;
-      }
-    }
-    parts_.reporting.WriteLog(
-        kCategory, fmt::format("The rule lists are there again: {} of {} files went back "
-                               "to the ingest folder.",
-                               returned, names.size()));
-  });
-  count_.reset();
+void KeptFiles::BeginGivingBack() {
+  if (!parts_.rules.AllAreKnown() || !waiting_.empty()) return;
+  RunStep(parts_.reporting, kCategory, [this] { waiting_ = OldestFirst(); });
+  if (waiting_.empty()) return;
+  parts_.reporting.WriteLog(
+      kCategory,
+      fmt::format("The rule lists are there again: {} files go back to the ingest folder.",
+                  waiting_.size()));
 }
 
-bool KeptFiles::IsTooOld(const std::string& path) {
-  const auto age = PurgeAge(parts_.setup);
-  return age > milliseconds(0) && parts_.clock.UtcNow() - parts_.files.Status(path).written > age;
+/// Of two versions of a product the later one comes last, as they were received.
+std::deque<std::string> KeptFiles::OldestFirst() {
+  std::vector<std::pair<UtcTime, std::string>> files;
+  for (const auto& name : parts_.files.ListFiles(parts_.values.KeptFolder()))
+    files.emplace_back(parts_.files.Status(PathOf(name)).written, name);
+  std::sort(files.begin(), files.end());
+  std::deque<std::string> names;
+  for (auto& [written, name] : files) names.push_back(std::move(name));
+  return names;
+}
+
+void KeptFiles::GiveOneBack() {
+  if (waiting_.empty()) return;
+  const auto name = waiting_.front();
+  waiting_.pop_front();
+  const bool isDone = RunStep(
+      parts_.reporting, kCategory, [&] { Return(name); }, " File Name: " + PathOf(name));
+  if (!isDone) waiting_.clear();
 }
 
 void KeptFiles::Return(const std::string& name) {
+  if (IsTooOld(PathOf(name))) return parts_.files.Delete(PathOf(name));
   const auto& ingestPath = parts_.values.ingestPath;
   const auto freeName = FirstFreeName(name, [&](const std::string& candidate) {
     return parts_.files.Exists(ingestPath + candidate);
   });
   parts_.copy.MoveFile(PathOf(name), ingestPath + freeName);
+}
+
+bool KeptFiles::IsTooOld(const std::string& path) {
+  const auto age = PurgeAge(parts_.setup);
+  return age > milliseconds(0) && parts_.clock.UtcNow() - parts_.files.Status(path).written > age;
 }
 
 std::string KeptFiles::PathOf(const std::string& name) const {

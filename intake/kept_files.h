@@ -1,9 +1,10 @@
 // What no rule names is thrown away. While a rule list is unknown (lost, or not to be read) nobody
-// can tell whether a rule names a file; such files are kept in a folder that nothing purges, out of
-// the way of those that the known rules name, until every list is there again.
+// can tell whether a rule names a file; such files are kept in a folder of their own, out of the
+// way of those that the known rules name, until every list is there again.
 #pragma once
 
 #include <cstddef>
+#include <deque>
 #include <optional>
 #include <string>
 
@@ -31,24 +32,28 @@ class KeptFiles {
   explicit KeptFiles(const Parts& parts) : parts_(parts) {}
 
   /// A file that no known rule names, before its caller deletes it: copied to the folder under a
-  /// free name while a list is unknown. 10,000 files are kept; what comes beyond them is not, with
-  /// one log line. Throws Failure when the copy fails.
+  /// free name while a list is unknown. Of 10,000 files the 1,000 oldest make room for those that
+  /// follow, with a log line. Throws Failure when the copy fails.
   void Keep(const std::string& path, const std::string& name);
 
-  /// Once every list is known: what is kept goes back to the ingest folder, or is deleted when it
-  /// is past the purge age, as it would have been in a queue. A failure is reported and ends it;
-  /// what is left stays for the next call.
-  void GiveBack();
+  /// Once every list is known: what is kept is to go back to the ingest folder, the oldest first.
+  /// A failure to list it is reported.
+  void BeginGivingBack();
+  /// One file, for an ingest folder that is empty: the line is fed between two of them. A file past
+  /// the purge age is deleted, as it would have been in a queue. A failure is reported and ends it;
+  /// what is left stays until it is begun again.
+  void GiveOneBack();
 
  private:
-  bool HasRoom();
-  bool IsTooOld(const std::string& path);
+  void MakeRoom();
+  std::deque<std::string> OldestFirst();
   void Return(const std::string& name);
+  bool IsTooOld(const std::string& path);
   std::string PathOf(const std::string& name) const;
 
   Parts parts_;
   std::optional<std::size_t> count_;  // of the files in the folder, once it was looked at
-  bool toldFull_ = false;
+  std::deque<std::string> waiting_;   // to be given back
 };
 
 }  // namespace ostrel

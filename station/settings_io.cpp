@@ -131,7 +131,7 @@ void SettingsIo::LoadSettings() {
   parts_.compression.RefreshCompressList();
   parts_.values.showErrors = IsChecked(parts_.setup.chkShowErrors);
   parts_.schedule.LoadSchedule();
-  parts_.kept.GiveBack();
+  parts_.kept.BeginGivingBack();
   parts_.dialogs.HideSetup();
 }
 
@@ -171,7 +171,7 @@ SaveOutcome SettingsIo::SaveSettings() {
   unsaved_ = edited;  // first of all: a stop in the midst of the saving ends it
   const auto refusal = SaveUnsaved();
   if (isLoaded_) parts_.values.ingestPath = WithSeparator(setup.txtIngestPath.Get());
-  parts_.kept.GiveBack();
+  parts_.kept.BeginGivingBack();
   parts_.dialogs.HideSetup();
   if (!refusal.empty() && isNews) Say(refusal + kTriedAgain);
   return SaveOutcome::kHide;

@@ -114,12 +114,39 @@ TEST(IngestScan, WhatNoRuleNamesIsKeptWhileAListIsLostAndComesBackWithIt) {
   station.files.SetLastWriteTime(station.Path("KvData/RtKept/AB.OLD"),
                                  station.machine.clock.UtcNow() - 151min);
   std::filesystem::rename(station.Path("lost"), station.Path("RtList3.txt"));
+  station.files.deleteFault = [](const std::string&) {
+    throw Failure(failure_number::kDeviceError, "I/O");
+  };
   station.Restart();
+  station.Run(1s);
+  EXPECT_EQ(station.Names("KvData/RtKept").size(), 3U) << "a failure ends it";
+  station.files.deleteFault = nullptr;
+  station.station->actions().ShowSetup();
+  station.station->actions().LeaveSetup();
+  EXPECT_EQ(station.Names("KvData/RtKept").size(), 3U) << "the line is fed between two of them";
   station.Run(1s);
   EXPECT_EQ(station.Names("KvData/RtKept"), Lines{});
   EXPECT_EQ(station.Names("KvData/RtPri4"), (Lines{"AB.TXT", "AB.TXT.1"}));
-  EXPECT_EQ(station.Messages("Kept"),
-            Lines{"The rule lists are there again: 2 of 3 files went back to the ingest folder."});
+  const auto said = station.Messages("Kept");
+  ASSERT_EQ(said.size(), 3U);
+  EXPECT_EQ(said[0], "The rule lists are there again: 3 files go back to the ingest folder.");
+  EXPECT_TRUE(said[1].starts_with("Error # 57, I/O")) << said[1];
+}
+
+TEST(IngestScan, OfTooManyKeptFilesTheOldestMakeRoom) {
+  VirtualStation station;
+  station.Rule(3, "AB*");
+  std::filesystem::rename(station.Path("RtList3.txt"), station.Path("lost"));
+  std::filesystem::create_directories(station.Path("KvData/RtKept"));
+  for (int i = 0; i < 10'000; ++i)
+    station.WriteFile(station.Path(fmt::format("KvData/RtKept/C{:04}.TXT", i)), "");
+  station.Start();
+  station.Drop("AB.TXT", "warning");
+  station.Run(1s);
+  const auto kept = station.Names("KvData/RtKept");
+  ASSERT_EQ(kept.size(), 9001U);
+  EXPECT_EQ(kept[0], "AB.TXT") << "the newest is worth most";
+  EXPECT_EQ(kept[1], "C1000.TXT");
 }
 
 TEST(IngestScan, AFileThatFindsNoRoomStaysAndOneThatCannotBeDeletedIsPlacedOnce) {
