@@ -15,6 +15,7 @@ struct IdleStation : VirtualStation {
   explicit IdleStation(int queued = 0) {
     Set("TxUpTime", "0");
     Set("CWIDTime", "0");
+    Set("PurgeTime", "0");  // once a minute it looks at every queued file: no part of a tick
     Start();
     for (int i = 0; i < queued; ++i) {
       const auto name = "P" + std::to_string(i) + ".TXT";
