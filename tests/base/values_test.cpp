@@ -10,31 +10,20 @@ namespace ostrel {
 namespace {
 
 TEST(Names, OfProductsAndTheirNumberedCopies) {
-  std::set<std::string> taken;
-  const auto next = [&](const std::string& name) {
-    const auto free = FirstFreeName(name, [&](const std::string& n) { return taken.contains(n); });
-    taken.insert(free);
-    return free;
+  const auto next = [](const std::string& name, const std::set<std::string>& taken) {
+    return FirstFreeName(name, [&](const std::string& n) { return taken.contains(n); });
   };
-  for (const auto* free : {"A.TXT", "A.TXT.1", "A.TXT.2"}) EXPECT_EQ(next("A.TXT"), free);
-  EXPECT_EQ(next("A.TXT.1"), "A.TXT.3");
-  for (const auto* free : {"ABC", "ABC.1", "ABC.1.2"}) EXPECT_EQ(next("ABC"), free);
-  const std::string longest(255, 'L');
-  for (const auto& free : {longest, longest.substr(2) + ".1", longest.substr(2) + ".2"})
-    EXPECT_EQ(next(longest), free) << "cut to what a folder holds";
+  EXPECT_EQ(next("A.TXT.1", {"A.TXT", "A.TXT.1", "A.TXT.2"}), "A.TXT.3");
+  EXPECT_EQ(next("ABC", {"ABC", "ABC.1"}), "ABC.1.2");
   EXPECT_EQ(StripDupSuffix("ABC.1"), "ABC.1");
   EXPECT_TRUE(IsNumberedCopy("A.TXT.12"));
   EXPECT_FALSE(IsNumberedCopy("A.TXT.012"));
 }
 
 TEST(Numbers, EachReadingForgivesInItsOwnWay) {
-  struct {
-    const char* text;
-    double leading;
-    bool isNumber;
-  } const cases[] = {{" 12.5 ", 12.5, true}, {"-3", -3, true},  {"9 minutes", 9, false},
-                     {"", 0, false},         {".5", .5, true},  {"1e3", 1000, true},
-                     {"inf", 0, false},      {"nan", 0, false}, {"--1", 0, false}};
+  const std::tuple<const char*, double, bool> cases[] = {
+      {" 12.5 ", 12.5, true}, {"-3", -3, true},    {"9 minutes", 9, false}, {"", 0, false},
+      {".5", .5, true},       {"1e3", 1000, true}, {"inf", 0, false},       {"--1", 0, false}};
   for (const auto& [text, leading, isNumber] : cases) {
     EXPECT_EQ(LeadingNumber(text), leading) << text;
     EXPECT_EQ(IsNumber(text), isNumber) << text;
@@ -51,14 +40,12 @@ TEST(Numbers, EachReadingForgivesInItsOwnWay) {
   }
 }
 
-TEST(Times, FormatsAndBoundaries) {
+TEST(Times, HaveTheReceiversFormat) {
   using namespace std::chrono_literals;
   const LocalTime day = std::chrono::local_days(2003y / 10 / 27);
   EXPECT_EQ(FormatGeneral(day + 16h + 28min + 30s), "10/27/2003 4:28:30 PM");
   EXPECT_EQ(FormatGeneral(day), "10/27/2003");
   EXPECT_EQ(FormatGeneral(day - 24h * 20 + 1s), "10/7/2003 12:00:01 AM");
-  EXPECT_EQ(MinuteBoundaries(day + 59s, day + 60s), 1);
-  EXPECT_EQ(MinuteBoundaries(day, day + 59s), 0);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // robbed of its guard.
 #include <fstream>
 #include <gtest/gtest.h>
+#include <regex>
 #include <signal.h>
 #include <sys/wait.h>
 
@@ -45,11 +46,10 @@ struct StationIn : RealStation {
   }
   bool IsDown() { return KeyingRecord().steps.ends_with("00 "); }
   bool IsUp() { return KeyingRecord().steps.ends_with("11 "); }
-  int CountInLog(const std::string& text) {
+  long CountInLog(const std::string& text) {
     const auto log = Log();
-    int count = 0;
-    for (auto at = log.find(text); at != std::string::npos; at = log.find(text, at + 1)) ++count;
-    return count;
+    const std::regex words(text);
+    return std::distance(std::sregex_iterator(log.begin(), log.end(), words), {});
   }
 };
 

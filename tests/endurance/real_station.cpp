@@ -1,7 +1,6 @@
 #include "tests/endurance/real_station.h"
 
 #include <fstream>
-#include <iterator>
 #include <signal.h>
 #include <sys/wait.h>
 
@@ -103,8 +102,7 @@ Keying RealStation::KeyingRecord() {
 }
 
 std::string RealStation::Log() {
-  std::ifstream file(Path("RtLog.txt"), std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  return VirtualStation::ReadFile(Path("RtLog.txt"));
 }
 
 }  // namespace ostrel

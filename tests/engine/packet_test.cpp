@@ -5,25 +5,6 @@
 namespace ostrel {
 namespace {
 
-TEST(Packet, IsEncodedByteForByte) {
-  Block block{};
-  block[0] = 'A';
-  block[1] = '\xFF';
-  const PacketHeader header{NameField("zfpsfoca.txt.2"), 1, 3, "10/27/2003 4:28:30 PM"};
-  const auto packet = EncodePacket(header, block);
-  ASSERT_EQ(packet.size(), 1116u);
-  const std::string expected = std::string(6, '\0') +                 // margin
-                               "/PFZFPSFOCA.TXT"                      // file name, 12
-                               "/PN 1    "                            // block number, 6
-                               "/PT 3    "                            // block count, 6
-                               "/CS 320   "                           // checksum, 7
-                               "/FD10/27/2003 4:28:30 PM           "  // date, 32
-                               "\r\n"
-                               "A\xFF";
-  EXPECT_EQ(packet.substr(0, expected.size()), expected);
-  EXPECT_EQ(packet.find_first_not_of('\0', expected.size()), std::string::npos);
-}
-
 TEST(Packet, FieldsArePaddedAndCut) {
   const std::pair<const char*, const char*> names[] = {{"a.txt.3", "A.TXT       "},
                                                        {"A.B.TXT", "A.B         "},

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <fmt/format.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -24,39 +25,20 @@ std::string Step(Files& files, const std::string& root, std::mt19937 random) {
   const auto name = path(), other = path();
   std::string answer;
   std::array<char, 5> block{};
-  const auto number = FailureOf([&] {
-    switch (random() % 12) {
-      case 0:
-        return files.WriteAll(name, fmt::format("{}", random()));
-      case 1:
-        return files.Append(name, "more");
-      case 2:
-        return files.Delete(name);
-      case 3:
-        return files.Rename(name, other);
-      case 4:
-        return files.Link(name, other);
-      case 5:
-        return files.CreateFolder(root + (random() % 2 == 0 ? "/a" : "/none/c"));
-      case 6:
-        answer = fmt::format("{}", files.Copy(name, other, Links::kRefused));
-        return;
-      case 7:
-        answer.assign(block.data(), files.ReadBlock(name, 3, block));
-        return;
-      case 8:
-        answer = files.ReadAll(name);
-        return;
-      case 9:
-        answer = fmt::format("{}", files.HoldAlone(name)->Delete());
-        return;
-      case 10:
-        answer = files.ActualPath(name).substr(root.size());
-        return;
-      default:
-        answer = fmt::format("{} {}", files.Status(name).size, files.Exists(other));
-    }
-  });
+  const std::function<void()> steps[] = {
+      [&] { files.WriteAll(name, fmt::format("{}", random())); },
+      [&] { files.Append(name, "more"); },
+      [&] { files.Delete(name); },
+      [&] { files.Rename(name, other); },
+      [&] { files.Link(name, other); },
+      [&] { files.CreateFolder(root + (random() % 2 == 0 ? "/a" : "/none/c")); },
+      [&] { answer = fmt::format("{}", files.Copy(name, other, Links::kRefused)); },
+      [&] { answer.assign(block.data(), files.ReadBlock(name, 3, block)); },
+      [&] { answer = files.ReadAll(name); },
+      [&] { answer = fmt::format("{}", files.HoldAlone(name)->Delete()); },
+      [&] { answer = files.ActualPath(name).substr(root.size()); },
+      [&] { answer = fmt::format("{} {}", files.Status(name).size, files.Exists(other)); }};
+  const auto number = FailureOf(steps[random() % std::size(steps)]);
   for (const auto* folder : {"", "/a", "/b", "/none"}) {
     auto names = files.ListFiles(root + folder);
     std::sort(names.begin(), names.end());

@@ -150,23 +150,6 @@ TEST(EntryRecords, WhatIsPastThePurgeAgeStaysAway) {
   }
 }
 
-TEST(EntryRecords, AreRecordedWhateverBecomesOfTheFolderOfTheRecord) {
-  for (const bool isGone : {true, false}) {
-    VirtualStation station;
-    station.StartBusy();
-    const auto record = station.Path("KvData/.pending");
-    fs::remove_all(record);
-    if (!isGone) station.WriteFile(record, "no folder");
-    station.Hold(5, "A.TXT", "text");
-    station.Hold(5, "B.TXT", "text");
-    EXPECT_EQ(station.Queue(5), (Lines{"A.TXT", "B.TXT"}));
-    if (isGone) {
-      EXPECT_EQ(station.Names("KvData/.pending/5"), station.Queue(5));
-    }
-    EXPECT_EQ(station.LogOf("Pending").size(), isGone ? 0U : 1U);
-  }
-}
-
 TEST(Purge, DeletesWhatIsOlderThanTheLimitThatStartUpFound) {
   for (const bool hasLimit : {true, false}) {
     VirtualStation station;

@@ -58,7 +58,7 @@ class VirtualStation {
   /// A product as the ingest program drops it.
   void Drop(const std::string& name, const std::string& content);
   void WriteFile(const std::string& path, const std::string& content);
-  std::string ReadFile(const std::string& path);
+  static std::string ReadFile(const std::string& path);
   /// The names in a folder below the program folder, sorted; hidden ones left out.
   Lines Names(const std::string& folder);
   std::string Path(const std::string& name) const { return folder.path() + "/" + name; }

@@ -17,8 +17,7 @@ TEST(SetupDialog, ValueLabelsStepByTheButtonAndTheSpeedOfAnyHand) {
   struct Step {
     const char* name;
     Field<std::string> Setup::*field;
-    const char* from;
-    const char* to;
+    const char *from, *to;
     Qt::MouseButton button = Qt::LeftButton;
     bool isFastPair = false;
   };
