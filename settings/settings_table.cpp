@@ -1,8 +1,59 @@
 #include "settings/settings_table.h"
 
+#include <cstdint>
 #include <fmt/format.h>
+#include <utility>
+
+#include "base/failure.h"
+#include "base/numbers.h"
 
 namespace ostrel {
+
+namespace {
+
+std::string StateOf(Check check) {
+  return fmt::format("{}", static_cast<int>(check));
+}
+
+/// The check box state that a stored text names; anything but 0 to 2 is unchecked.
+Check CheckOf(const std::string& text) {
+  if (!IsNumber(text)) return Check::kUnchecked;
+  const double state = LeadingNumber(text);
+  if (state == 1) return Check::kChecked;
+  return state == 2 ? Check::kGrayed : Check::kUnchecked;
+}
+
+/// Throws Failure 13 or 6.
+std::int32_t IntegerWithin(const std::string& text, int first, int last) {
+  const auto number = StrictInteger(text);
+  if (number < first || number > last) throw Failure(failure_number::kOverflow, "Overflow");
+  return number;
+}
+
+std::int16_t EngineOf(const std::string& text) {
+  return static_cast<std::int16_t>(IntegerWithin(text, INT16_MIN, INT16_MAX));
+}
+
+SettingRow Row(std::string key, Section section, std::string fallback, Field<std::string>& field) {
+  return {std::move(key),
+          section,
+          std::move(fallback),
+          Reader::kFields,
+          [&field](const std::string& text) { field.Set(text); },
+          [&field] { return field.Get(); }};
+}
+
+SettingRow Row(std::string key, Section section, std::string fallback, Field<Check>& box,
+               Reader reader = Reader::kFields) {
+  return {std::move(key),
+          section,
+          std::move(fallback),
+          reader,
+          [&box](const std::string& text) { box.Set(CheckOf(text)); },
+          [&box] { return StateOf(box.Get()); }};
+}
+
+}  // namespace
 
 std::string KeyPath(Section section) {
   switch (section) {
@@ -22,55 +73,72 @@ std::unique_ptr<SettingsStore> OpenAtRoot(SettingsStores& stores) {
   return store;
 }
 
-std::vector<SettingRow> FieldSettings(Setup& setup, const std::string& programFolder) {
+std::vector<SettingRow> StationSettings(Setup& setup, ProgramValues& values) {
   constexpr auto kOwn = Section::kSettings;
   constexpr auto kShared = Section::kShared;
+  const auto& folder = values.programFolder;
   std::vector<SettingRow> rows = {
-      {"CWIDText", kOwn, "DE EMWIN TEST", &setup.CWidenty},
-      {"CWIDTime", kOwn, "10", &setup.IDTime},
-      {"CWSpeed", kOwn, "25", &setup.CWSpeed},
-      {"ComPort", kOwn, "1", &setup.lblOutPort},
-      {"ComBaud", kOwn, "1200", &setup.lblOutBaud},
-      {"ComData", kOwn, "8", &setup.lblOutData},
-      {"ComParity", kOwn, "N", &setup.lblOutParity},
-      {"ComStopBit", kOwn, "2", &setup.lblOutStop},
-      {"FillFile", kOwn, programFolder + "/FillFile.txt", &setup.Diddle},
-      {"FillFilePriPath", kOwn, programFolder + "/KvData/RtPri10/FillFile.txt", &setup.NameAs},
-      {"ShowErrors", kShared, "1", &setup.chkShowErrors},
-      {"LogDaily", kShared, "0", &setup.chkLogDaily},
-      {"LogProgram", kOwn, "0", &setup.LogIt},
-      {"PurgeTime", kOwn, "2.5", &setup.txtPurgeTime},
-      {"TxDelay", kOwn, "300", &setup.txtTxDelay},
-      {"TxUpTime", kOwn, "9", &setup.totdown},
-      {"TxDownTime", kOwn, "10", &setup.totup},
-      {"CompressNbrFiles", kOwn, "20", &setup.CompFiles},
-      {"CompressBlockPri", kOwn, "10", &setup.BlockPriority},
+      {"IngestPath", kOwn, folder + "/KvData/RxFiles", Reader::kStart,
+       [&](const std::string& text) { values.SetIngestPath(text); },
+       [&] { return setup.txtIngestPath.Get(); }},
+      {"Engine", kOwn, "0", Reader::kStart,
+       [&](const std::string& text) { values.engine = EngineOf(text); },
+       [&] { return fmt::format("{}", values.engine); }},
+      Row("CWIDText", kOwn, "DE EMWIN TEST", setup.CWidenty),
+      Row("CWIDTime", kOwn, "10", setup.IDTime),
+      Row("CWSpeed", kOwn, "25", setup.CWSpeed),
+      Row("ComPort", kOwn, "1", setup.lblOutPort),
+      Row("ComBaud", kOwn, "1200", setup.lblOutBaud),
+      Row("ComData", kOwn, "8", setup.lblOutData),
+      Row("ComParity", kOwn, "N", setup.lblOutParity),
+      Row("ComStopBit", kOwn, "2", setup.lblOutStop),
+      Row("FillFile", kOwn, folder + "/FillFile.txt", setup.Diddle),
+      Row("FillFilePriPath", kOwn, folder + "/KvData/RtPri10/FillFile.txt", setup.NameAs),
+      Row("ShowErrors", kShared, "1", setup.chkShowErrors),
+      // The first lines are written before there are fields: a daily log is daily for them too.
+      Row("LogDaily", kShared, "0", setup.chkLogDaily, Reader::kStart),
+      Row("LogProgram", kOwn, "0", setup.LogIt),
+      {"LogSize", kOwn, "100000", Reader::kStart,
+       [&](const std::string& text) { values.logSize = LeadingInteger(text); },
+       [&] { return FormatPlain(LeadingNumber(setup.txtLogSize.Get())); }},
+      {"UnZipFiles", kOwn, "0", Reader::kStart,
+       [&](const std::string& text) { values.unZipFiles = StrictBoolean(text); },
+       [&] { return StateOf(setup.chkUnZipFiles.Get()); }},
+      {"PacketHost", kOwn, "False", Reader::kStart,
+       [&](const std::string& text) { values.packetHost = StrictBoolean(text); },
+       [&] { return StateOf(setup.chkPacketHost.Get()); }},
+      {"UdpAddress",
+       kOwn,
+       "127.255.255.255",
+       Reader::kStart,
+       [&](const std::string& text) { values.udpAddress = text; },
+       {}},
+      {"UdpPort",
+       kOwn,
+       "9510",
+       Reader::kStart,
+       [&](const std::string& text) { values.udpPort = StrictInteger(text); },
+       {}},
+      Row("PurgeTime", kOwn, "2.5", setup.txtPurgeTime),
+      Row("TxDelay", kOwn, "300", setup.txtTxDelay),
+      Row("TxUpTime", kOwn, "9", setup.totdown),
+      Row("TxDownTime", kOwn, "10", setup.totup),
+      Row("CompressNbrFiles", kOwn, "20", setup.CompFiles),
+      Row("CompressBlockPri", kOwn, "10", setup.BlockPriority),
   };
   for (const Priority p : AllPriorities()) {
-    rows.push_back({fmt::format("CompressPri{}", p.index()), kOwn, "0", &setup.chkSendComp[p]});
-    rows.push_back({fmt::format("OverWrite{}", p.index()), kOwn, "0", &setup.chkOverWrite[p]});
+    rows.push_back(Row(fmt::format("CompressPri{}", p.index()), kOwn, "0", setup.chkSendComp[p]));
+    rows.push_back(Row(fmt::format("OverWrite{}", p.index()), kOwn, "0", setup.chkOverWrite[p]));
   }
   return rows;
-}
-
-std::vector<SettingRow> StartupSettings(const std::string& programFolder) {
-  constexpr auto kOwn = Section::kSettings;
-  return {
-      {"IngestPath", kOwn, programFolder + "/KvData/RxFiles", {}},
-      {"Engine", kOwn, "0", {}},
-      {"LogSize", kOwn, "100000", {}},
-      {"UnZipFiles", kOwn, "0", {}},
-      {"PacketHost", kOwn, "False", {}},
-      {"UdpAddress", kOwn, "127.255.255.255", {}},
-      {"UdpPort", kOwn, "9510", {}},
-  };
 }
 
 std::vector<SettingRow> ScreenSettings() {
   std::vector<SettingRow> rows;
   for (const auto* key : {"MainLeft", "MainTop", "MainWidth", "MainHeight"})
-    rows.push_back({key, Section::kScreen, "", {}});
-  rows.push_back({"MainState", Section::kScreen, "0", {}});
+    rows.push_back({key, Section::kScreen, "", Reader::kStart, StrictNumber, {}});
+  const auto checkState = [](const std::string& text) { IntegerWithin(text, 0, 2); };
+  rows.push_back({"MainState", Section::kScreen, "0", Reader::kStart, checkState, {}});
   return rows;
 }
 

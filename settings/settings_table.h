@@ -1,13 +1,15 @@
-// Every setting of the station, one row each: its key, its section, its default and the field that
-// holds it. Loading, saving and the settings tool go by this table.
+// Every setting of the station, one row each: its key, its section, its default, and how its text
+// is taken and stored. Start-up, the setup dialog's load and save and the settings tool go by this
+// table.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "platform/settings_store.h"
+#include "state/engine.h"
 #include "state/setup.h"
 
 namespace ostrel {
@@ -24,24 +26,30 @@ std::unique_ptr<SettingsStore> OpenAtRoot(SettingsStores& stores);
 inline constexpr const char* kFamilyTree = "Software\\Corvain";
 inline constexpr const char* kRootName = "HKEY_LOCAL_MACHINE";
 
-/// Where the live value of a row stands: a text field, a check box, or neither (a value that only
-/// start-up reads, or the window's placement).
-using SettingField = std::variant<std::monostate, Field<std::string>*, Field<Check>*>;
+/// Who reads a setting, and when.
+enum class Reader {
+  kStart,   // start-up, before there are fields; the log's settings among them
+  kFields,  // what fills the setup dialog's fields
+};
 
 struct SettingRow {
   std::string key;
   Section section;
   std::string fallback;
-  SettingField field;
+  Reader reader;
+  /// Takes a stored text. Throws Failure 13 or 6 for one that does not convert, and takes nothing
+  /// then; a field takes any text.
+  std::function<void(const std::string& text)> load;
+  /// The text to store; none for a setting that the setup dialog leaves as it is.
+  std::function<std::string()> store;
 };
 
-/// The settings that the setup dialog's fields hold, in the order in which they are loaded.
-std::vector<SettingRow> FieldSettings(Setup& setup, const std::string& programFolder);
+/// The settings of the station, in the order in which they are stored. The rows refer to both
+/// arguments.
+std::vector<SettingRow> StationSettings(Setup& setup, ProgramValues& values);
 
-/// The values that start-up reads before there is a dialog.
-std::vector<SettingRow> StartupSettings(const std::string& programFolder);
-
-/// The main window's placement; without a default, which is the window's own.
+/// The main window's placement, which the window loads and stores itself; without a default, which
+/// is the window's own. `load` only checks.
 std::vector<SettingRow> ScreenSettings();
 
 }  // namespace ostrel

@@ -48,6 +48,11 @@ struct ProgramValues {
   std::string udpAddress;
   std::int32_t udpPort = 0;
 
+  /// Takes a folder without a separator at its end, or nothing.
+  void SetIngestPath(const std::string& folder) {
+    ingestPath = folder.empty() ? folder : folder + "/";
+  }
+
   /// RtPri1 to RtPri11; 11 is the block compression folder.
   std::string HoldingFolder(int number) const {
     return dataRoot + "/RtPri" + std::to_string(number);

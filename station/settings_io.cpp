@@ -21,55 +21,8 @@ std::string WithoutSeparator(std::string_view path) {
   return std::string(path);
 }
 
-std::string WithSeparator(std::string path) {
-  if (!path.empty()) path += '/';
-  return path;
-}
-
-std::string StateOf(Check check) {
-  return fmt::format("{}", static_cast<int>(check));
-}
-
 Check CheckedIf(bool on) {
   return on ? Check::kChecked : Check::kUnchecked;
-}
-
-/// The check box state that a stored text names; anything but 0 to 2 is unchecked.
-Check CheckOf(const std::string& text) {
-  if (!IsNumber(text)) return Check::kUnchecked;
-  const double state = LeadingNumber(text);
-  if (state == 1) return Check::kChecked;
-  return state == 2 ? Check::kGrayed : Check::kUnchecked;
-}
-
-std::string TextOf(const SettingField& field) {
-  if (const auto* text = std::get_if<Field<std::string>*>(&field)) return (*text)->Get();
-  if (const auto* box = std::get_if<Field<Check>*>(&field)) return StateOf((*box)->Get());
-  return {};
-}
-
-void Fill(const SettingField& field, const std::string& text) {
-  if (const auto* textField = std::get_if<Field<std::string>*>(&field)) (*textField)->Set(text);
-  if (const auto* box = std::get_if<Field<Check>*>(&field)) (*box)->Set(CheckOf(text));
-}
-
-/// Throws Failure 13 or 6 for a text that names no engine number.
-std::int16_t EngineOf(const std::string& text) {
-  const auto engine = StrictInteger(text);
-  if (engine < INT16_MIN || engine > INT16_MAX)
-    throw Failure(failure_number::kOverflow, "Overflow");
-  return static_cast<std::int16_t>(engine);
-}
-
-/// Throws Failure 13 or 6 for a text that does not convert.
-void TakeValue(ProgramValues& values, const std::string& key, const std::string& text) {
-  if (key == "IngestPath") values.ingestPath = WithSeparator(text);
-  if (key == "Engine") values.engine = EngineOf(text);
-  if (key == "LogSize") values.logSize = LeadingInteger(text);
-  if (key == "UnZipFiles") values.unZipFiles = StrictBoolean(text);
-  if (key == "PacketHost") values.packetHost = StrictBoolean(text);
-  if (key == "UdpAddress") values.udpAddress = text;
-  if (key == "UdpPort") values.udpPort = StrictInteger(text);
 }
 
 std::string Read(SettingsStore& store, const SettingRow& row) {
@@ -85,19 +38,15 @@ void SettingsIo::LoadProgramValues() {
 
 std::vector<SettingsIo::Damaged> SettingsIo::ReadProgramValues(SettingsStore& store) {
   std::vector<Damaged> damaged;
-  auto& values = parts_.values;
-  for (const auto& row : StartupSettings(values.programFolder)) {
+  for (const auto& row : StationSettings(parts_.setup, parts_.values)) {
+    if (row.reader != Reader::kStart) continue;
     const auto text = Read(store, row);
     try {
-      TakeValue(values, row.key, text);
+      row.load(text);
     } catch (const Failure& failure) {
-      TakeValue(values, row.key, row.fallback);
+      row.load(row.fallback);
       damaged.push_back({row.key, failure});
     }
-  }
-  // The first lines are written before the fields are filled: a daily log is daily for them too.
-  for (const auto& row : FieldSettings(parts_.setup, values.programFolder)) {
-    if (row.key == "LogDaily") Fill(row.field, Read(store, row));
   }
   return damaged;
 }
@@ -148,8 +97,9 @@ void SettingsIo::ShowProgramValues() {
 
 void SettingsIo::LoadFields() {
   const auto store = OpenAtRoot(parts_.stores);
-  for (const auto& row : FieldSettings(parts_.setup, parts_.values.programFolder))
-    Fill(row.field, Read(*store, row));
+  for (const auto& row : StationSettings(parts_.setup, parts_.values)) {
+    if (row.reader == Reader::kFields) row.load(Read(*store, row));
+  }
   if (parts_.setup.CompFiles.Get().empty()) parts_.setup.CompFiles.Set("20");
   // Set here as well: an interval that is the field's initial text is no change of it.
   parts_.morse.RestartCountdown();
@@ -170,7 +120,7 @@ SaveOutcome SettingsIo::SaveSettings() {
   const bool isNews = unsaved_ != edited;
   unsaved_ = edited;  // first of all: a stop in the midst of the saving ends it
   const auto refusal = SaveUnsaved();
-  if (isLoaded_) parts_.values.ingestPath = WithSeparator(setup.txtIngestPath.Get());
+  if (isLoaded_) parts_.values.SetIngestPath(setup.txtIngestPath.Get());
   parts_.kept.BeginGivingBack();
   parts_.dialogs.HideSetup();
   if (!refusal.empty() && isNews) Say(refusal + kTriedAgain);
@@ -211,18 +161,10 @@ void SettingsIo::TakeProgramValues() {
 
 SettingsIo::Edits SettingsIo::Edited() {
   Edits edits{parts_.rules.Texts(), {}, isLoaded_};
-  const auto add = [&](Section section, const std::string& key, std::string text) {
-    edits.values.push_back({.keyPath = KeyPath(section), .name = key, .value = std::move(text)});
-  };
-  auto& setup = parts_.setup;
-  add(Section::kSettings, "IngestPath", setup.txtIngestPath.Get());
-  add(Section::kSettings, "Engine", fmt::format("{}", parts_.values.engine));
-  for (const auto& row : FieldSettings(setup, parts_.values.programFolder)) {
-    add(row.section, row.key, TextOf(row.field));
-    if (row.key != "LogProgram") continue;
-    add(Section::kSettings, "LogSize", FormatPlain(LeadingNumber(setup.txtLogSize.Get())));
-    add(Section::kSettings, "UnZipFiles", StateOf(setup.chkUnZipFiles.Get()));
-    add(Section::kSettings, "PacketHost", StateOf(setup.chkPacketHost.Get()));
+  for (const auto& row : StationSettings(parts_.setup, parts_.values)) {
+    if (row.store)
+      edits.values.push_back(
+          {.keyPath = KeyPath(row.section), .name = row.key, .value = row.store()});
   }
   return edits;
 }
