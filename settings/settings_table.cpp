@@ -34,7 +34,7 @@ std::int16_t EngineOf(const std::string& text) {
   return static_cast<std::int16_t>(IntegerWithin(text, INT16_MIN, INT16_MAX));
 }
 
-SettingRow Row(std::string key, Section section, std::string fallback, Field<std::string>& field) {
+SettingRow Row(std::string key, Section section, Field<std::string>& field, std::string fallback) {
   return {std::move(key),
           section,
           std::move(fallback),
@@ -43,11 +43,15 @@ SettingRow Row(std::string key, Section section, std::string fallback, Field<std
           [&field] { return field.Get(); }};
 }
 
-SettingRow Row(std::string key, Section section, std::string fallback, Field<Check>& box,
-               Reader reader = Reader::kFields) {
+SettingRow Row(std::string key, Section section, Field<std::string>& field) {
+  return Row(std::move(key), section, field, field.initial());
+}
+
+SettingRow Row(std::string key, Section section, Field<Check>& box,
+               Check fallback = Check::kUnchecked, Reader reader = Reader::kFields) {
   return {std::move(key),
           section,
-          std::move(fallback),
+          StateOf(fallback),
           reader,
           [&box](const std::string& text) { box.Set(CheckOf(text)); },
           [&box] { return StateOf(box.Get()); }};
@@ -84,21 +88,21 @@ std::vector<SettingRow> StationSettings(Setup& setup, ProgramValues& values) {
       {"Engine", kOwn, "0", Reader::kStart,
        [&](const std::string& text) { values.engine = EngineOf(text); },
        [&] { return fmt::format("{}", values.engine); }},
-      Row("CWIDText", kOwn, "DE EMWIN TEST", setup.CWidenty),
-      Row("CWIDTime", kOwn, "10", setup.IDTime),
-      Row("CWSpeed", kOwn, "25", setup.CWSpeed),
-      Row("ComPort", kOwn, "1", setup.lblOutPort),
-      Row("ComBaud", kOwn, "1200", setup.lblOutBaud),
-      Row("ComData", kOwn, "8", setup.lblOutData),
-      Row("ComParity", kOwn, "N", setup.lblOutParity),
-      Row("ComStopBit", kOwn, "2", setup.lblOutStop),
-      Row("FillFile", kOwn, folder + "/FillFile.txt", setup.Diddle),
-      Row("FillFilePriPath", kOwn, folder + "/KvData/RtPri10/FillFile.txt", setup.NameAs),
-      Row("ShowErrors", kShared, "1", setup.chkShowErrors),
+      Row("CWIDText", kOwn, setup.CWidenty),
+      Row("CWIDTime", kOwn, setup.IDTime),
+      Row("CWSpeed", kOwn, setup.CWSpeed),
+      Row("ComPort", kOwn, setup.lblOutPort),
+      Row("ComBaud", kOwn, setup.lblOutBaud),
+      Row("ComData", kOwn, setup.lblOutData),
+      Row("ComParity", kOwn, setup.lblOutParity),
+      Row("ComStopBit", kOwn, setup.lblOutStop),
+      Row("FillFile", kOwn, setup.Diddle, folder + "/FillFile.txt"),
+      Row("FillFilePriPath", kOwn, setup.NameAs, folder + "/KvData/RtPri10/FillFile.txt"),
+      Row("ShowErrors", kShared, setup.chkShowErrors, Check::kChecked),
       // The first lines are written before there are fields: a daily log is daily for them too.
-      Row("LogDaily", kShared, "0", setup.chkLogDaily, Reader::kStart),
-      Row("LogProgram", kOwn, "0", setup.LogIt),
-      {"LogSize", kOwn, "100000", Reader::kStart,
+      Row("LogDaily", kShared, setup.chkLogDaily, Check::kUnchecked, Reader::kStart),
+      Row("LogProgram", kOwn, setup.LogIt),
+      {"LogSize", kOwn, setup.txtLogSize.initial(), Reader::kStart,
        [&](const std::string& text) { values.logSize = LeadingInteger(text); },
        [&] { return FormatPlain(LeadingNumber(setup.txtLogSize.Get())); }},
       {"UnZipFiles", kOwn, "0", Reader::kStart,
@@ -119,16 +123,16 @@ std::vector<SettingRow> StationSettings(Setup& setup, ProgramValues& values) {
        Reader::kStart,
        [&](const std::string& text) { values.udpPort = StrictInteger(text); },
        {}},
-      Row("PurgeTime", kOwn, "2.5", setup.txtPurgeTime),
-      Row("TxDelay", kOwn, "300", setup.txtTxDelay),
-      Row("TxUpTime", kOwn, "9", setup.totdown),
-      Row("TxDownTime", kOwn, "10", setup.totup),
-      Row("CompressNbrFiles", kOwn, "20", setup.CompFiles),
-      Row("CompressBlockPri", kOwn, "10", setup.BlockPriority),
+      Row("PurgeTime", kOwn, setup.txtPurgeTime),
+      Row("TxDelay", kOwn, setup.txtTxDelay),
+      Row("TxUpTime", kOwn, setup.totdown),
+      Row("TxDownTime", kOwn, setup.totup),
+      Row("CompressNbrFiles", kOwn, setup.CompFiles),
+      Row("CompressBlockPri", kOwn, setup.BlockPriority),
   };
   for (const Priority p : AllPriorities()) {
-    rows.push_back(Row(fmt::format("CompressPri{}", p.index()), kOwn, "0", setup.chkSendComp[p]));
-    rows.push_back(Row(fmt::format("OverWrite{}", p.index()), kOwn, "0", setup.chkOverWrite[p]));
+    rows.push_back(Row(fmt::format("CompressPri{}", p.index()), kOwn, setup.chkSendComp[p]));
+    rows.push_back(Row(fmt::format("OverWrite{}", p.index()), kOwn, setup.chkOverWrite[p]));
   }
   return rows;
 }

@@ -12,11 +12,13 @@ template <typename T>
 class Field {
  public:
   Field() = default;
-  explicit Field(T initial) : value_(std::move(initial)) {}
+  explicit Field(T initial) : value_(initial), initial_(std::move(initial)) {}
   Field(const Field&) = delete;
   Field& operator=(const Field&) = delete;
 
   const T& Get() const { return value_; }
+  /// What it held at first: the default of a field that is stored.
+  const T& initial() const { return initial_; }
 
   /// Stores `value` and calls the subscribers; nothing happens when it is what the field holds.
   void Set(T value) {
@@ -32,6 +34,7 @@ class Field {
 
  private:
   T value_{};
+  T initial_{};
   Signal<const T&> changed_;
 };
 

@@ -100,7 +100,8 @@ void SettingsIo::LoadFields() {
   for (const auto& row : StationSettings(parts_.setup, parts_.values)) {
     if (row.reader == Reader::kFields) row.load(Read(*store, row));
   }
-  if (parts_.setup.CompFiles.Get().empty()) parts_.setup.CompFiles.Set("20");
+  auto& compFiles = parts_.setup.CompFiles;
+  if (compFiles.Get().empty()) compFiles.Set(compFiles.initial());
   // Set here as well: an interval that is the field's initial text is no change of it.
   parts_.morse.RestartCountdown();
   isLoaded_ = true;
