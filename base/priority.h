@@ -5,6 +5,7 @@
 #include <array>
 #include <cassert>
 #include <cstddef>
+#include <utility>
 
 namespace ostrel {
 
@@ -35,6 +36,12 @@ constexpr std::array<Priority, kPriorityCount> AllPriorities() {
 template <typename T>
 class PerPriority {
  public:
+  PerPriority() : values_{} {}
+  /// Each value is what `make` gives for its priority.
+  template <typename Make>
+  explicit PerPriority(const Make& make)
+      : PerPriority(make, std::make_index_sequence<kPriorityCount>{}) {}
+
   T& operator[](Priority p) { return values_[p.index()]; }
   const T& operator[](Priority p) const { return values_[p.index()]; }
   auto begin() { return values_.begin(); }
@@ -43,7 +50,11 @@ class PerPriority {
   auto end() const { return values_.end(); }
 
  private:
-  std::array<T, kPriorityCount> values_{};
+  template <typename Make, std::size_t... index>
+  PerPriority(const Make& make, std::index_sequence<index...> /*all*/)
+      : values_{make(Priority(static_cast<int>(index) + 1))...} {}
+
+  std::array<T, kPriorityCount> values_;
 };
 
 }  // namespace ostrel

@@ -39,7 +39,7 @@ void PacketBuilder::Build(const std::string& path, long long n, long long count,
   ShowProgress(header);
   Block block{};  // where the file ends inside the block, the rest stays zero
   parts_.files.ReadBlock(path, (n - 1) * static_cast<std::int64_t>(kBlockSize), block);
-  parts_.engine.PendingPacket = EncodePacket(header, block);
+  parts_.status.PendingPacket = EncodePacket(header, block);
   if (IsChecked(parts_.setup.LogIt)) {
     parts_.reporting.WriteLog("Packet Sent",
                               fmt::format("{} {}/{}", TrimBlanks(header.nameField), n, count));
@@ -52,9 +52,9 @@ std::string PacketBuilder::TimeStamp(UtcTime written) {
 }
 
 void PacketBuilder::ShowProgress(const PacketHeader& header) {
-  parts_.mainWindow.lblBlkPktTot.Set(fmt::format(" {}", header.blockCount));
-  parts_.mainWindow.lblBlkPktNum.Set(fmt::format(" {}", header.block));
-  parts_.mainWindow.lblActivefile.Set(header.nameField);
+  parts_.mainFields.lblBlkPktTot.Set(fmt::format(" {}", header.blockCount));
+  parts_.mainFields.lblBlkPktNum.Set(fmt::format(" {}", header.block));
+  parts_.mainFields.lblActivefile.Set(header.nameField);
 }
 
 }  // namespace ostrel

@@ -7,9 +7,9 @@
 #include "base/reporting.h"
 #include "platform/clock.h"
 #include "platform/files.h"
-#include "state/engine.h"
-#include "state/main_window.h"
-#include "state/setup.h"
+#include "state/main_fields.h"
+#include "state/setup_fields.h"
+#include "state/transmit_status.h"
 
 namespace ostrel {
 
@@ -21,9 +21,9 @@ class PacketBuilder {
     Files& files;
     Clock& clock;
     Reporting& reporting;
-    MainWindow& mainWindow;
-    const Setup& setup;
-    Engine& engine;
+    MainFields& mainFields;
+    const SetupFields& setup;
+    TransmitStatus& status;
   };
   explicit PacketBuilder(const Parts& parts) : parts_(parts) {}
 

@@ -25,7 +25,7 @@ void QueueService::TakeTurn() {
 }
 
 bool QueueService::IsBusy() {
-  return parts_.transmitter.BytesWaiting() > kNearlyDrained || !parts_.engine.PendingPacket.empty();
+  return parts_.transmitter.BytesWaiting() > kNearlyDrained || !parts_.status.PendingPacket.empty();
 }
 
 /// A turn comes when the port has nearly drained: then what was in front of the last packet is out.
@@ -37,7 +37,7 @@ void QueueService::ReleaseSent() {
 /// False when the sent folder does not take the file: there is nothing to serve in this turn then.
 bool QueueService::StartFile(Priority p) {
   const auto& entry = parts_.queue.Start(p);
-  parts_.mainWindow.lblSending[p].Set(fmt::format("Sending {}: 1", entry.name));
+  parts_.mainFields.lblSending[p].Set(fmt::format("Sending {}: 1", entry.name));
   if (!entry.wasRefused) {
     LogStart(p, entry.name);
     CountStart(p);
@@ -52,8 +52,8 @@ bool QueueService::StartFile(Priority p) {
 }
 
 void QueueService::CountStart(Priority p) {
-  ++parts_.engine.FilesSent[p];
-  auto& maximum = parts_.engine.MaximumCount[p];
+  ++parts_.status.FilesSent[p];
+  auto& maximum = parts_.status.MaximumCount[p];
   maximum = std::max(maximum, static_cast<int>(parts_.queue.Size(p)));
 }
 
@@ -108,7 +108,7 @@ void QueueService::ServeFile(Priority p) {
   const auto count = parts_.builder.MakePacket(parts_.values.InSentFolder(onAir.file), n);
   if (n > count) return RetireFile(p);
   isFollowed_ = true;
-  parts_.mainWindow.lblSending[p].Set(fmt::format("Sending {}: {} of {}", onAir.file, n, count));
+  parts_.mainFields.lblSending[p].Set(fmt::format("Sending {}: {} of {}", onAir.file, n, count));
 }
 
 void QueueService::RetireFile(Priority p) {
@@ -119,18 +119,18 @@ void QueueService::RetireFile(Priority p) {
 }
 
 void QueueService::ShowIdle(Priority p) {
-  parts_.engine.PendingPacket.clear();
-  parts_.mainWindow.lblSending[p].Set(MainWindow::IdleCaption(p));
-  parts_.mainWindow.lblActivefile.Set("");
-  parts_.mainWindow.lblBlkPktNum.Set("");
-  parts_.mainWindow.lblBlkPktTot.Set("");
+  parts_.status.PendingPacket.clear();
+  parts_.mainFields.lblSending[p].Set(MainFields::IdleCaption(p));
+  parts_.mainFields.lblActivefile.Set("");
+  parts_.mainFields.lblBlkPktNum.Set("");
+  parts_.mainFields.lblBlkPktTot.Set("");
 }
 
 void QueueService::InsertFillFile() {
   const auto& fillFile = parts_.setup.Diddle.Get();
   TryStep([&] { SetFileWriteTime(fillFile, parts_.clock.Now()); });
   TryStep([&] { parts_.copy.CopyFile(fillFile, parts_.setup.NameAs.Get(), Links::kFollowed); });
-  ++parts_.engine.FillsSent;
+  ++parts_.status.FillsSent;
 }
 
 void QueueService::SetFileWriteTime(const std::string& path, LocalTime time) {

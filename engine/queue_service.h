@@ -22,9 +22,9 @@ class QueueService {
     PacketBuilder& builder;
     TransmitQueue& queue;
     Reporting& reporting;
-    MainWindow& mainWindow;
-    const Setup& setup;
-    Engine& engine;
+    MainFields& mainFields;
+    const SetupFields& setup;
+    TransmitStatus& status;
     const ProgramValues& values;
   };
   explicit QueueService(const Parts& parts) : parts_(parts) {}

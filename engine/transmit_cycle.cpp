@@ -37,7 +37,7 @@ void TransmitCycle::RunTick() {
   FollowClockStep();
   const auto now = Calendar(parts_.clock.Now());
   const int s = NewSecond(now);
-  if (parts_.engine.timingReadout) ShowTimingReadout(s, now.second);
+  if (parts_.status.timingReadout) ShowTimingReadout(s, now.second);
   parts_.transmitter.Announce(kCyclePeriod);
   if (!IsReady()) return parts_.transmitter.ShowNoPort();
   if (parts_.values.ingestPath.empty()) return;
@@ -47,7 +47,7 @@ void TransmitCycle::RunTick() {
   if (!IsReady()) return;  // the operator took the port away during a wait
   if (s == 0) {
     Step([this] { parts_.schedule.ProcessSchedule(); });
-    parts_.mainWindow.lblFilesSent.Set(fmt::format("{}", parts_.engine.FilesSentInAll()));
+    parts_.mainFields.lblFilesSent.Set(fmt::format("{}", parts_.status.FilesSentInAll()));
   }
   ToggleActivityLight();
   Step([this] { parts_.scan.CheckForNewFiles(); });
@@ -63,7 +63,7 @@ void TransmitCycle::RunTick() {
 }
 
 void TransmitCycle::SendPendingPacket() {
-  auto& packet = parts_.engine.PendingPacket;
+  auto& packet = parts_.status.PendingPacket;
   if (packet.empty()) return;
   parts_.outputs.Send(packet);
   packet.clear();
@@ -76,19 +76,19 @@ int TransmitCycle::NewSecond(const CalendarTime& now) {
 }
 
 void TransmitCycle::ShowTimingReadout(int newSecond, int second) {
-  parts_.mainWindow.lblStatus2.Set(
+  parts_.mainFields.lblStatus2.Set(
       fmt::format("{} {} {:04}", newSecond, second, parts_.transmitter.BytesWaiting()));
 }
 
 void TransmitCycle::RunDutyCycle() {
   const double minutes = LeadingNumber(parts_.setup.totdown.Get());
   if (!parts_.transmitter.IsKeyed() || minutes <= 0) return;
-  const auto crossed = MinuteBoundaries(parts_.engine.TxStart, parts_.clock.Now());
+  const auto crossed = MinuteBoundaries(parts_.status.TxStart, parts_.clock.Now());
   if (static_cast<double>(crossed) > minutes) Pause();
 }
 
 void TransmitCycle::Pause() {
-  auto& window = parts_.mainWindow;
+  auto& window = parts_.mainFields;
   auto& transmitter = parts_.transmitter;
   Step([&] { transmitter.Send("Transmit Timeout"); });
   transmitter.Drain();
@@ -112,7 +112,7 @@ void TransmitCycle::Pause() {
 void TransmitCycle::WaitForPauseEnd() {
   while (IsReady()) {
     FollowClockStep();
-    const auto crossed = SecondBoundaries(parts_.engine.TxStart, parts_.clock.Now());
+    const auto crossed = SecondBoundaries(parts_.status.TxStart, parts_.clock.Now());
     if (static_cast<double>(crossed) > LeadingNumber(parts_.setup.totup.Get())) return;
     parts_.events.ProcessPendingEvents();
     parts_.transmitter.Hold(kPauseWait);
@@ -122,23 +122,23 @@ void TransmitCycle::WaitForPauseEnd() {
 /// A step that the clock made before, in the drain say, does not count for the new period.
 void TransmitCycle::BeginTxStart() {
   clockSteps_.TakeStep();
-  parts_.engine.TxStart = parts_.clock.Now();
+  parts_.status.TxStart = parts_.clock.Now();
 }
 
 void TransmitCycle::FollowClockStep() {
-  parts_.engine.TxStart += clockSteps_.TakeStep();
+  parts_.status.TxStart += clockSteps_.TakeStep();
 }
 
 void TransmitCycle::ToggleActivityLight() {
   if (!parts_.transmitter.IsSending()) return;
-  auto& light = parts_.mainWindow.imgActivity;
+  auto& light = parts_.mainFields.imgActivity;
   light.Set(light.Get() == Light::kRed ? Light::kYellow : Light::kRed);
 }
 
 void TransmitCycle::ShowRates() {
-  const double ratio = parts_.engine.compression.ratio;
+  const double ratio = parts_.status.compression.ratio;
   if (ratio <= 0) return;
-  auto& window = parts_.mainWindow;
+  auto& window = parts_.mainFields;
   window.lblCompressionRatio.Set(
       fmt::format("Compression Ratio = {}:1", FormatRounded(ratio, kRatioDecimals)));
   parts_.transmitter.ShowDataRate();
@@ -156,21 +156,21 @@ void TransmitCycle::CheckBlockCompression() {
 
 void TransmitCycle::WriteStatistics() {
   const auto log = [this](std::string_view text) { parts_.reporting.WriteLog("Stats", text); };
-  log(parts_.mainWindow.lblThroughput.Get());
-  log(fmt::format("Fills Sent: {}", parts_.engine.FillsSent));
-  log(fmt::format("Files Sent: {}", parts_.engine.FilesSentInAll()));
+  log(parts_.mainFields.lblThroughput.Get());
+  log(fmt::format("Fills Sent: {}", parts_.status.FillsSent));
+  log(fmt::format("Files Sent: {}", parts_.status.FilesSentInAll()));
   for (const Priority p : AllPriorities()) {
-    log(fmt::format("Priority {:02} Maximum Count: {}", p.number(), parts_.engine.MaximumCount[p]));
+    log(fmt::format("Priority {:02} Maximum Count: {}", p.number(), parts_.status.MaximumCount[p]));
   }
 }
 
 void TransmitCycle::ResetDailyCounters() {
-  auto& engine = parts_.engine;
-  engine.FillsSent = 0;
-  engine.FilesSent = {};
-  engine.MaximumCount = {};
-  engine.compression.compressed = 0;
-  engine.compression.uncompressed = 0;
+  auto& status = parts_.status;
+  status.FillsSent = 0;
+  status.FilesSent = {};
+  status.MaximumCount = {};
+  status.compression.compressed = 0;
+  status.compression.uncompressed = 0;
 }
 
 }  // namespace ostrel

@@ -14,9 +14,10 @@
 #include "platform/event_loop.h"
 #include "radio/outputs.h"
 #include "radio/transmitter.h"
-#include "state/engine.h"
-#include "state/main_window.h"
-#include "state/setup.h"
+#include "state/main_fields.h"
+#include "state/program_values.h"
+#include "state/setup_fields.h"
+#include "state/transmit_status.h"
 
 namespace ostrel {
 
@@ -34,9 +35,9 @@ class TransmitCycle {
     QueueService& service;
     Outputs& outputs;
     Reporting& reporting;
-    MainWindow& mainWindow;
-    const Setup& setup;
-    Engine& engine;
+    MainFields& mainFields;
+    const SetupFields& setup;
+    TransmitStatus& status;
     const ProgramValues& values;
   };
   explicit TransmitCycle(const Parts& parts) : parts_(parts), clockSteps_(parts.clock) {}

@@ -56,8 +56,8 @@ bool MorseIdentification::SendMorseId() {
   const int factor = TimingFactor(parts_.setup.CWSpeed.Get());
   transmitter.Drain();
   if (!transmitter.portReady()) return false;
-  parts_.mainWindow.lblActivefileBackColor.Set(Shade::kRed);
-  parts_.mainWindow.lblActivefile.Set("Station ID");
+  parts_.mainFields.lblActivefileBackColor.Set(Shade::kRed);
+  parts_.mainFields.lblActivefile.Set("Station ID");
   parts_.dialogs.RepaintMainWindow();
   keying.Key(false);
 
@@ -90,8 +90,8 @@ void MorseIdentification::Key(Transmitter::ManualKeying& keying, const std::stri
 }
 
 void MorseIdentification::ClearDisplay() {
-  parts_.mainWindow.lblActivefileBackColor.Set(Shade::kLightGrey);
-  parts_.mainWindow.lblActivefile.Set("");
+  parts_.mainFields.lblActivefileBackColor.Set(Shade::kLightGrey);
+  parts_.mainFields.lblActivefile.Set("");
 }
 
 }  // namespace ostrel

@@ -9,9 +9,9 @@
 #include "platform/dialogs.h"
 #include "platform/files.h"
 #include "radio/transmitter.h"
-#include "state/engine.h"
-#include "state/main_window.h"
-#include "state/setup.h"
+#include "state/main_fields.h"
+#include "state/program_values.h"
+#include "state/setup_fields.h"
 
 namespace ostrel {
 
@@ -23,8 +23,8 @@ class MorseIdentification {
     Files& files;
     Dialogs& dialogs;
     Reporting& reporting;
-    MainWindow& mainWindow;
-    Setup& setup;
+    MainFields& mainFields;
+    SetupFields& setup;
     const ProgramValues& values;
   };
   explicit MorseIdentification(const Parts& parts) : parts_(parts) {}

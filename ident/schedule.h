@@ -14,7 +14,7 @@
 #include "platform/clock.h"
 #include "platform/dialogs.h"
 #include "platform/files.h"
-#include "state/setup.h"
+#include "state/setup_fields.h"
 
 namespace ostrel {
 
@@ -34,7 +34,7 @@ class Schedule {
     FileCopy& copy;
     Dialogs& dialogs;
     Reporting& reporting;
-    Setup& setup;
+    SetupFields& setup;
     const std::string& programFolder;
   };
   explicit Schedule(const Parts& parts) : parts_(parts) {}

@@ -113,7 +113,7 @@ void Compression::DeleteArchived(const std::vector<std::string>& names) {
 }
 
 void Compression::Count(std::int64_t compressed, std::int64_t uncompressed) {
-  auto& totals = parts_.engine.compression;
+  auto& totals = parts_.status.compression;
   totals.compressed += compressed;
   totals.uncompressed += uncompressed;
   if (totals.compressed > 0) {

@@ -11,9 +11,10 @@
 #include "intake/transmit_queue.h"
 #include "platform/archives.h"
 #include "platform/clock.h"
-#include "state/engine.h"
-#include "state/main_window.h"
-#include "state/setup.h"
+#include "state/main_fields.h"
+#include "state/program_values.h"
+#include "state/setup_fields.h"
+#include "state/transmit_status.h"
 
 namespace ostrel {
 
@@ -25,8 +26,8 @@ class Compression {
     Clock& clock;
     TransmitQueue& queue;
     Reporting& reporting;
-    Setup& setup;
-    Engine& engine;
+    SetupFields& setup;
+    TransmitStatus& status;
     const ProgramValues& values;
   };
   explicit Compression(const Parts& parts) : parts_(parts), placed_(parts.files) {}

@@ -11,7 +11,7 @@
 #include "base/reporting.h"
 #include "intake/file_copy.h"
 #include "platform/files.h"
-#include "state/engine.h"
+#include "state/program_values.h"
 
 namespace ostrel {
 

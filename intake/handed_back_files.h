@@ -12,7 +12,7 @@
 #include "base/reporting.h"
 #include "intake/entry_records.h"
 #include "platform/clock.h"
-#include "state/setup.h"
+#include "state/setup_fields.h"
 
 namespace ostrel {
 
@@ -24,7 +24,7 @@ class HandedBackFiles {
     FileCopy& copy;
     EntryRecords& records;
     Reporting& reporting;
-    const Setup& setup;
+    const SetupFields& setup;
     const ProgramValues& values;
   };
   explicit HandedBackFiles(const Parts& parts) : parts_(parts) {}

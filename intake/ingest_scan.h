@@ -11,7 +11,7 @@
 #include "intake/placed_files.h"
 #include "intake/rule_matcher.h"
 #include "platform/archives.h"
-#include "state/engine.h"
+#include "state/program_values.h"
 
 namespace ostrel {
 

@@ -13,8 +13,8 @@
 #include "intake/rule_lists.h"
 #include "platform/clock.h"
 #include "platform/files.h"
-#include "state/engine.h"
-#include "state/setup.h"
+#include "state/program_values.h"
+#include "state/setup_fields.h"
 
 namespace ostrel {
 
@@ -26,7 +26,7 @@ class KeptFiles {
     FileCopy& copy;
     const RuleLists& rules;
     Reporting& reporting;
-    const Setup& setup;
+    const SetupFields& setup;
     const ProgramValues& values;
   };
   explicit KeptFiles(const Parts& parts) : parts_(parts) {}

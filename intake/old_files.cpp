@@ -8,7 +8,7 @@
 
 namespace ostrel {
 
-milliseconds PurgeAge(const Setup& setup) {
+milliseconds PurgeAge(const SetupFields& setup) {
   constexpr double kMillisecondsPerHour = 3'600'000;
   constexpr double kLongest = 24.0 * 366 * 1000;  // hours
   const double hours = std::fmin(LeadingNumber(setup.txtPurgeTime.Get()), kLongest);

@@ -5,12 +5,12 @@
 #include <vector>
 
 #include "platform/files.h"
-#include "state/setup.h"
+#include "state/setup_fields.h"
 
 namespace ostrel {
 
 /// The purge age: the number at the start of the field, in hours. Zero or less purges nothing.
-milliseconds PurgeAge(const Setup& setup);
+milliseconds PurgeAge(const SetupFields& setup);
 
 /// Deletes the files of `folder` that were last written before `limit` and returns their names. A
 /// file that cannot be deleted now stays until the next time. Throws Failure when the folder cannot

@@ -22,7 +22,7 @@ class QueueIntake {
     TransmitQueue& queue;
     HandedBackFiles& handedBack;
     Reporting& reporting;
-    const Setup& setup;
+    const SetupFields& setup;
     const ProgramValues& values;
   };
   explicit QueueIntake(const Parts& parts)

@@ -11,7 +11,7 @@
 #include "base/reporting.h"
 #include "platform/dialogs.h"
 #include "platform/files.h"
-#include "state/setup.h"
+#include "state/setup_fields.h"
 
 namespace ostrel {
 
@@ -23,7 +23,7 @@ class RuleLists {
   struct Parts {
     Files& files;
     Reporting& reporting;
-    Setup& setup;
+    SetupFields& setup;
     const std::string& programFolder;
   };
   explicit RuleLists(const Parts& parts) : parts_(parts) {}

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "state/list_field.h"
-#include "state/setup.h"
+#include "state/setup_fields.h"
 
 namespace ostrel {
 
@@ -33,7 +33,7 @@ bool IsCopiesEntry(std::string_view line);
 class RuleMatcher {
  public:
   /// The lists, by their index; they must outlive the matcher.
-  explicit RuleMatcher(const std::array<ListField, kRuleListCount>& lists) : lists_(lists) {}
+  explicit RuleMatcher(const RuleListFields& lists) : lists_(lists) {}
 
   // `name` is the name as received, in upper case.
   /// The Discard keyword that throws the file away, if any.
@@ -44,7 +44,7 @@ class RuleMatcher {
   std::optional<Target> TargetOf(std::string_view name) const;
 
  private:
-  const std::array<ListField, kRuleListCount>& lists_;
+  const RuleListFields& lists_;
 };
 
 }  // namespace ostrel

@@ -51,7 +51,7 @@ void TransmitQueue::Add(Priority p, const std::string& name, const std::string& 
 void TransmitQueue::Replace(Priority p, std::size_t position, const std::string& name,
                             const std::string& source) {
   auto replaced = std::exchange(entries_[p][position], Recorded(p, name, source));
-  parts_.mainWindow.PriorityList[p].Replace(position, name);
+  parts_.mainFields.PriorityList[p].Replace(position, name);
   End(p, replaced);
 }
 
@@ -99,7 +99,7 @@ void TransmitQueue::Remove(Priority p, std::vector<std::size_t> positions) {
     if (position == 0 && IsOnAir(p)) return;
     End(p, queue[position]);
     queue.erase(queue.begin() + static_cast<std::ptrdiff_t>(position));
-    parts_.mainWindow.PriorityList[p].Remove(position);
+    parts_.mainFields.PriorityList[p].Remove(position);
   }
 }
 
@@ -184,14 +184,14 @@ void TransmitQueue::ListAgain(Priority p, Entry entry) {
 void TransmitQueue::Append(Priority p, Entry entry) {
   const auto name = entry.name;
   entries_[p].push_back(std::move(entry));
-  parts_.mainWindow.PriorityList[p].Append(name);
+  parts_.mainFields.PriorityList[p].Append(name);
 }
 
 TransmitQueue::Entry TransmitQueue::TakeFirst(Priority p) {
   auto entry = std::move(entries_[p].front());
   entry.state = State::kWaits;
   entries_[p].pop_front();
-  parts_.mainWindow.PriorityList[p].Remove(0);
+  parts_.mainFields.PriorityList[p].Remove(0);
   return entry;
 }
 

@@ -16,7 +16,7 @@
 #include "base/priority.h"
 #include "intake/entry_records.h"
 #include "intake/handed_back_files.h"
-#include "state/main_window.h"
+#include "state/main_fields.h"
 
 namespace ostrel {
 
@@ -29,8 +29,8 @@ class TransmitQueue {
     EntryRecords& records;
     HandedBackFiles& handedBack;
     Reporting& reporting;
-    MainWindow& mainWindow;
-    const Setup& setup;
+    MainFields& mainFields;
+    const SetupFields& setup;
     const ProgramValues& values;
   };
   enum class State {

@@ -3,7 +3,7 @@
 
 #include "platform/datagrams.h"
 #include "radio/output.h"
-#include "state/engine.h"
+#include "state/program_values.h"
 
 namespace ostrel {
 

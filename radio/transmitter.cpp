@@ -131,13 +131,13 @@ std::string Transmitter::DataRateText() const {
 }
 
 void Transmitter::ShowNoPort() {
-  parts_.mainWindow.lblDataRate.Set(kNoPort);
+  parts_.mainFields.lblDataRate.Set(kNoPort);
 }
 
 /// The red ground stands for whatever keeps the station off the air.
 void Transmitter::SetState(State state) {
   state_ = state;
-  parts_.mainWindow.lblDataRateBackColor.Set(state == State::kOpen ? Shade::kNone : Shade::kRed);
+  parts_.mainFields.lblDataRateBackColor.Set(state == State::kOpen ? Shade::kNone : Shade::kRed);
 }
 
 void Transmitter::ShowState(State state) {

@@ -12,8 +12,8 @@
 #include "platform/serial_port.h"
 #include "platform/timer.h"
 #include "radio/output.h"
-#include "state/main_window.h"
-#include "state/setup.h"
+#include "state/main_fields.h"
+#include "state/setup_fields.h"
 
 namespace ostrel {
 
@@ -28,8 +28,8 @@ class Transmitter : public Output {
     Clock& clock;
     EventLoop& events;
     Reporting& reporting;
-    MainWindow& mainWindow;
-    Setup& setup;
+    MainFields& mainFields;
+    SetupFields& setup;
   };
   explicit Transmitter(const Parts& parts);
 
@@ -49,7 +49,7 @@ class Transmitter : public Output {
   /// The port is open and the transmitter was keyed. The device may be gone for now.
   bool portReady() const { return state_ == State::kOpen || state_ == State::kVanished; }
   /// Shows in lblDataRate how the port stands, or the rate at which it transmits.
-  void ShowDataRate() { parts_.mainWindow.lblDataRate.Set(DataRateText()); }
+  void ShowDataRate() { parts_.mainFields.lblDataRate.Set(DataRateText()); }
   /// Shows there that there is no port, however that came.
   void ShowNoPort();
 

@@ -77,7 +77,7 @@ std::unique_ptr<SettingsStore> OpenAtRoot(SettingsStores& stores) {
   return store;
 }
 
-std::vector<SettingRow> StationSettings(Setup& setup, ProgramValues& values) {
+std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& values) {
   constexpr auto kOwn = Section::kSettings;
   constexpr auto kShared = Section::kShared;
   const auto& folder = values.programFolder;
@@ -86,8 +86,8 @@ std::vector<SettingRow> StationSettings(Setup& setup, ProgramValues& values) {
        [&](const std::string& text) { values.SetIngestPath(text); },
        [&] { return setup.txtIngestPath.Get(); }},
       {"Engine", kOwn, "0", Reader::kStart,
-       [&](const std::string& text) { values.engine = EngineOf(text); },
-       [&] { return fmt::format("{}", values.engine); }},
+       [&](const std::string& text) { values.ingestEngine = EngineOf(text); },
+       [&] { return fmt::format("{}", values.ingestEngine); }},
       Row("CWIDText", kOwn, setup.CWidenty),
       Row("CWIDTime", kOwn, setup.IDTime),
       Row("CWSpeed", kOwn, setup.CWSpeed),

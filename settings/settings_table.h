@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "platform/settings_store.h"
-#include "state/engine.h"
-#include "state/setup.h"
+#include "state/program_values.h"
+#include "state/setup_fields.h"
 
 namespace ostrel {
 
@@ -46,7 +46,7 @@ struct SettingRow {
 
 /// The settings of the station, in the order in which they are stored. The rows refer to both
 /// arguments.
-std::vector<SettingRow> StationSettings(Setup& setup, ProgramValues& values);
+std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& values);
 
 /// The main window's placement, which the window loads and stores itself; without a default, which
 /// is the window's own. `load` only checks.

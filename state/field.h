@@ -1,7 +1,9 @@
-// One observable value: what a label shows, a text field or a check box holds. The engine and the
-// intake read and write these; the windows follow.
+// One observable value: what a label shows, a text field or a check box holds. The core reads and
+// writes these; the windows follow. A field knows the name of its element, under which tests,
+// screen readers and scripts find it on the screen.
 #pragma once
 
+#include <string>
 #include <utility>
 
 #include "state/signal.h"
@@ -11,11 +13,13 @@ namespace ostrel {
 template <typename T>
 class Field {
  public:
-  Field() = default;
-  explicit Field(T initial) : value_(initial), initial_(std::move(initial)) {}
+  /// `name` is the element's; `initial` what the field holds until somebody sets it.
+  explicit Field(std::string name, T initial = {})
+      : name_(std::move(name)), value_(initial), initial_(std::move(initial)) {}
   Field(const Field&) = delete;
   Field& operator=(const Field&) = delete;
 
+  const std::string& name() const { return name_; }
   const T& Get() const { return value_; }
   /// What it held at first: the default of a field that is stored.
   const T& initial() const { return initial_; }
@@ -33,8 +37,9 @@ class Field {
   }
 
  private:
-  T value_{};
-  T initial_{};
+  std::string name_;
+  T value_;
+  T initial_;
   Signal<const T&> changed_;
 };
 

@@ -20,10 +20,12 @@ struct ListChange {
 
 class ListField {
  public:
-  ListField() = default;
+  /// `name` is that of the list's element.
+  explicit ListField(std::string name) : name_(std::move(name)) {}
   ListField(const ListField&) = delete;
   ListField& operator=(const ListField&) = delete;
 
+  const std::string& name() const { return name_; }
   std::size_t size() const { return entries_.size(); }
   bool empty() const { return entries_.empty(); }
   /// `position` must be below size().
@@ -72,6 +74,7 @@ class ListField {
   }
 
  private:
+  std::string name_;
   std::deque<std::string> entries_;
   Signal<const ListChange&> changed_;
 };

@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::array kDataRates = {"1200", "2400", "9600", "19200", "38400", "57600", "115200"};
 
-/// The value a step on; beyond either end it comes in again at the other.
+/// The next value, or the one before; behind the last comes the first.
 std::string SteppedAround(const std::string& text, Button button, int first, int last) {
   const int value = LeadingInteger(text) + (button == Button::kLeft ? 1 : -1);
   return fmt::format("{}", value > last ? first : value < first ? last : value);
@@ -43,11 +43,11 @@ void Actions::SendMorseId() {
 void Actions::ViewLogfile() {
   parts_.activity.Run([this] {
     const auto path = LogPath(parts_.values.programFolder);
-    parts_.platform.desktop.OpenText(path, [this, path] {
+    parts_.desktop.OpenText(path, [this, path] {
       parts_.activity.Run([&] {
-        parts_.platform.dialogs.ShowMessage(
-            {kProgramName, fmt::format("No text editor could be started for {}.", path),
-             MessageIcon::kExclamation});
+        parts_.dialogs.ShowMessage({kProgramName,
+                                    fmt::format("No text editor could be started for {}.", path),
+                                    MessageIcon::kExclamation});
       });
     });
   });
@@ -69,7 +69,7 @@ void Actions::ImportSettings() {
 }
 
 void Actions::Exit() {
-  parts_.platform.dialogs.UnloadSetup();
+  parts_.dialogs.UnloadSetup();
   Close();
 }
 
@@ -78,19 +78,17 @@ void Actions::Close() {
 }
 
 void Actions::OpenWebSite() {
-  parts_.activity.Run(
-      [this] { TryStep([this] { parts_.platform.desktop.OpenAddress(kWebSite); }); });
+  parts_.activity.Run([this] { TryStep([this] { parts_.desktop.OpenAddress(kWebSite); }); });
 }
 
 void Actions::MailSupport() {
   parts_.activity.Run([this] {
-    TryStep(
-        [this] { parts_.platform.desktop.OpenAddress(std::string("mailto:") + kSupportAddress); });
+    TryStep([this] { parts_.desktop.OpenAddress(std::string("mailto:") + kSupportAddress); });
   });
 }
 
 void Actions::ToggleTimingReadout() {
-  parts_.engine.timingReadout = !parts_.engine.timingReadout;
+  parts_.status.timingReadout = !parts_.status.timingReadout;
 }
 
 void Actions::RemoveQueued(Priority p, const std::vector<std::size_t>& selected) {
@@ -99,8 +97,7 @@ void Actions::RemoveQueued(Priority p, const std::vector<std::size_t>& selected)
 
 void Actions::AddKeyword(std::size_t list) {
   parts_.activity.Run([&] {
-    if (const auto refusal = parts_.rules.AddKeyword(list))
-      parts_.platform.dialogs.ShowMessage(*refusal);
+    if (const auto refusal = parts_.rules.AddKeyword(list)) parts_.dialogs.ShowMessage(*refusal);
   });
 }
 
@@ -179,7 +176,7 @@ void Actions::ShowErrorsClicked() {
   parts_.activity.Run([this] {
     parts_.values.showErrors = IsChecked(parts_.setup.chkShowErrors);
     TryStep([this] {
-      OpenAtRoot(parts_.platform.stores)
+      OpenAtRoot(parts_.stores)
           ->WriteSetting(KeyPath(Section::kShared), "ShowErrors",
                          parts_.values.showErrors ? "1" : "0");
     });

@@ -7,9 +7,12 @@
 #include <vector>
 
 #include "base/priority.h"
-#include "platform/platform.h"
-#include "state/engine.h"
-#include "state/setup.h"
+#include "platform/desktop.h"
+#include "platform/dialogs.h"
+#include "platform/settings_store.h"
+#include "state/program_values.h"
+#include "state/setup_fields.h"
+#include "state/transmit_status.h"
 #include "station/activity.h"
 
 namespace ostrel {
@@ -33,10 +36,12 @@ enum class AfterEntry { kNothing, kFocusEntryField };
 class Actions {
  public:
   struct Parts {
-    Platform& platform;
+    Dialogs& dialogs;
+    Desktop& desktop;
+    SettingsStores& stores;
     Activity& activity;
-    Setup& setup;
-    Engine& engine;
+    SetupFields& setup;
+    TransmitStatus& status;
     ProgramValues& values;
     MorseIdentification& morse;
     Schedule& schedule;

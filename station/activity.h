@@ -41,7 +41,9 @@ class Activity {
 
  private:
   void EndIfAsked() {
-    if (depth_ == 0 && events_.StopIsRequested() && !std::exchange(ended_, true)) shutDown_();
+    if (depth_ > 0 || !events_.StopIsRequested() || std::exchange(ended_, true)) return;
+    events_.BeginShutdown();
+    shutDown_();
   }
 
   EventLoop& events_;

@@ -25,7 +25,6 @@ class FilePurge {
     const ProgramValues& values;
   };
   explicit FilePurge(const Parts& parts);
-  ~FilePurge() { parts_.timer.Stop(); }
   FilePurge(const FilePurge&) = delete;
   FilePurge& operator=(const FilePurge&) = delete;
 
@@ -38,6 +37,7 @@ class FilePurge {
   void AddPurgeFolder() { folders_.push_back(next_); }
   /// Looks at the folders now, and from now on every minute.
   void StartPurge();
+  void StopPurge() { parts_.timer.Stop(); }
 
  private:
   struct Registration {

@@ -19,14 +19,13 @@ constexpr const char* kStartProcedure = "FormLoad";
 bool Lifecycle::IsFirstInstance() {
   std::string refusal = " The Retransmission Engine Is Already Running";
   try {
-    if (parts_.platform.instance.TryLock()) return true;
+    if (parts_.instance.TryLock()) return true;
   } catch (const std::exception& error) {
     // Mostly an account that may not write to the station's folder.
     refusal = fmt::format("{}: {}", kStartProcedure, DescribeFailure(AsFailure(error)));
   }
-  parts_.platform.dialogs.ShowMessage(
-      {kProgramName, refusal, MessageIcon::kStop},
-      [this](MessageAnswer) { parts_.platform.dialogs.EndProgram(); });
+  parts_.dialogs.ShowMessage({kProgramName, refusal, MessageIcon::kStop},
+                             [this](MessageAnswer) { parts_.dialogs.EndProgram(); });
   return false;
 }
 
@@ -41,10 +40,10 @@ bool Lifecycle::StartUp() {
                                                      kVersionMajor, kVersionMinor, kVersionBuild));
     parts_.transmitter.SetMayOpen(true);
     parts_.settings.LoadSettings();
-    parts_.platform.dialogs.ShowMainWindow();
-    parts_.ingest.StartIngest(parts_.values.engine);
+    parts_.dialogs.ShowMainWindow();
+    parts_.ingest.StartIngest(parts_.values.ingestEngine);
     ShowStartFigures();
-    parts_.engine.TxStart = parts_.platform.clock.Now();
+    parts_.status.TxStart = parts_.clock.Now();
     parts_.queue.GiveBack();
     StartPurge();
     parts_.outputs.Begin();
@@ -54,8 +53,8 @@ bool Lifecycle::StartUp() {
     parts_.transmitter.SetMayOpen(parts_.settings.IsLoaded());
     const auto report = DescribeFailure(AsFailure(error));
     parts_.reporting.WriteLog(kStartProcedure, report);
-    parts_.platform.dialogs.ShowMainWindow();
-    parts_.platform.dialogs.ShowMessage(
+    parts_.dialogs.ShowMainWindow();
+    parts_.dialogs.ShowMessage(
         {kProgramName, fmt::format("{}: {}", kStartProcedure, report), MessageIcon::kStop});
     return false;
   }
@@ -63,7 +62,7 @@ bool Lifecycle::StartUp() {
 
 void Lifecycle::CreateFolders() {
   const auto create = [this](const std::string& path) {
-    if (!parts_.platform.files.Exists(path)) parts_.platform.files.CreateFolder(path);
+    if (!parts_.files.Exists(path)) parts_.files.CreateFolder(path);
   };
   const auto& values = parts_.values;
   create(values.dataRoot);
@@ -76,7 +75,7 @@ void Lifecycle::CreateFolders() {
 /// reason to stay off the air.
 void Lifecycle::RemoveTemporaries() {
   const auto clean = [this](const std::string& folder) {
-    TryStep([&] { parts_.platform.files.RemoveTemporaries(folder); });
+    TryStep([&] { parts_.files.RemoveTemporaries(folder); });
   };
   const auto& values = parts_.values;
   for (int n = 1; n <= kCompressFolder; ++n) clean(values.HoldingFolder(n));
@@ -86,55 +85,52 @@ void Lifecycle::RemoveTemporaries() {
 }
 
 void Lifecycle::PlaceMainWindow() {
-  CentreMainWindow(parts_.platform.dialogs);
-  const auto store = OpenAtRoot(parts_.platform.stores);
+  CentreMainWindow(parts_.dialogs);
+  const auto store = OpenAtRoot(parts_.stores);
   placementIsKnown_ = true;  // a damaged value of it is put right at the end
-  RestorePlacement(*store, parts_.platform.dialogs);
+  RestorePlacement(*store, parts_.dialogs);
 }
 
 void Lifecycle::ShowStartFigures() {
-  parts_.engine.compression.ratio = 1;
-  parts_.mainWindow.lblCompressionRatio.Set("Compression = 1:1");
-  parts_.mainWindow.lblThroughput.Set(fmt::format(
+  parts_.status.compression = {};
+  parts_.mainFields.lblCompressionRatio.Set("Compression = 1:1");
+  parts_.mainFields.lblThroughput.Set(fmt::format(
       "Throughput = {} BPS", FormatPlain(LeadingNumber(parts_.setup.lblOutBaud.Get()))));
 }
 
 void Lifecycle::StartPurge() {
-  purge_.emplace(FilePurge::Parts{parts_.platform.files, parts_.platform.clock,
-                                  parts_.platform.purgeTimer, parts_.queue, parts_.reporting,
-                                  parts_.values});
+  auto& purge = parts_.purge;
   for (const auto& folder :
        {parts_.values.TransmitFolder() + "/", parts_.values.SentFolder() + "/"}) {
-    purge_->SetPurgeFolder(folder);
-    purge_->SetPurgeAge(PurgeAge(parts_.setup));
-    purge_->AddPurgeFolder();
+    purge.SetPurgeFolder(folder);
+    purge.SetPurgeAge(PurgeAge(parts_.setup));
+    purge.AddPurgeFolder();
   }
-  purge_->StartPurge();
+  purge.StartPurge();
 }
 
 void Lifecycle::ShutDown() {
-  auto& platform = parts_.platform;
-  if (!hasBegun_) return platform.dialogs.EndProgram();
-  platform.events.BeginShutdown();
+  auto& dialogs = parts_.dialogs;
+  if (!hasBegun_) return dialogs.EndProgram();
   const std::function<void()> steps[] = {
       [&] { parts_.transmitter.Release(); },
       [&] { parts_.outputs.End(); },
-      [&] { purge_.reset(); },
+      [&] { parts_.purge.StopPurge(); },
       [&] { parts_.settings.SaveUnsaved(); },
-      [&] { platform.dialogs.UnloadSetup(); },
-      [&] { platform.dialogs.CloseErrorWindow(); },
+      [&] { dialogs.UnloadSetup(); },
+      [&] { dialogs.CloseErrorWindow(); },
       [&] { parts_.ingest.ShowIngest(); },
       [&] { parts_.reporting.WriteLog(kCategory, "Program Stopped"); },
       [&] { SavePlacement(); },
-      [&] { platform.dialogs.EndProgram(); },
+      [&] { dialogs.EndProgram(); },
   };
   for (const auto& step : steps) RunStep(parts_.reporting, "Shutdown", step);
 }
 
 void Lifecycle::SavePlacement() {
   if (!placementIsKnown_) return;  // the window stands where nobody put it
-  const auto store = OpenAtRoot(parts_.platform.stores);
-  StorePlacement(*store, parts_.platform.dialogs.Placement());
+  const auto store = OpenAtRoot(parts_.stores);
+  StorePlacement(*store, parts_.dialogs.Placement());
 }
 
 }  // namespace ostrel

@@ -2,14 +2,17 @@
 // releases the transmitter.
 #pragma once
 
-#include <optional>
-
 #include "base/reporting.h"
 #include "intake/transmit_queue.h"
-#include "platform/platform.h"
+#include "platform/clock.h"
+#include "platform/dialogs.h"
+#include "platform/files.h"
+#include "platform/instance_lock.h"
+#include "platform/settings_store.h"
 #include "radio/outputs.h"
 #include "radio/transmitter.h"
-#include "state/engine.h"
+#include "state/program_values.h"
+#include "state/transmit_status.h"
 #include "station/file_purge.h"
 #include "station/ingest_programs.h"
 #include "station/settings_io.h"
@@ -19,16 +22,21 @@ namespace ostrel {
 class Lifecycle {
  public:
   struct Parts {
-    Platform& platform;
+    Clock& clock;
+    Files& files;
+    SettingsStores& stores;
+    Dialogs& dialogs;
+    InstanceLock& instance;
     Reporting& reporting;
     SettingsIo& settings;
     Transmitter& transmitter;
     Outputs& outputs;
     TransmitQueue& queue;
+    FilePurge& purge;
     IngestPrograms& ingest;
-    MainWindow& mainWindow;
-    Setup& setup;
-    Engine& engine;
+    MainFields& mainFields;
+    SetupFields& setup;
+    TransmitStatus& status;
     ProgramValues& values;
   };
   explicit Lifecycle(const Parts& parts) : parts_(parts) {}
@@ -54,7 +62,6 @@ class Lifecycle {
 
   Parts parts_;
   bool hasBegun_ = false;
-  std::optional<FilePurge> purge_;
   bool placementIsKnown_ = false;
 };
 

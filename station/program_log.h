@@ -10,8 +10,8 @@
 #include "platform/clock.h"
 #include "platform/dialogs.h"
 #include "platform/files.h"
-#include "state/engine.h"
-#include "state/setup.h"
+#include "state/program_values.h"
+#include "state/setup_fields.h"
 
 namespace ostrel {
 
@@ -27,7 +27,7 @@ class ProgramLog : public Reporting {
     Files& files;
     Clock& clock;
     Dialogs& dialogs;
-    const Setup& setup;
+    const SetupFields& setup;
     const ProgramValues& values;
   };
   explicit ProgramLog(const Parts& parts) : parts_(parts) {}

@@ -88,8 +88,8 @@ void SettingsIo::ShowProgramValues() {
   const auto& values = parts_.values;
   auto& setup = parts_.setup;
   setup.txtIngestPath.Set(WithoutSeparator(values.ingestPath));
-  setup.chkBrask.Set(CheckedIf(values.engine == 1));
-  setup.chkByteBlaster.Set(CheckedIf(values.engine == 2));
+  setup.chkBrask.Set(CheckedIf(values.ingestEngine == 1));
+  setup.chkByteBlaster.Set(CheckedIf(values.ingestEngine == 2));
   setup.txtLogSize.Set(fmt::format("{}", values.logSize));
   setup.chkUnZipFiles.Set(CheckedIf(values.unZipFiles));
   setup.chkPacketHost.Set(CheckedIf(values.packetHost));
@@ -154,9 +154,9 @@ void SettingsIo::TakeProgramValues() {
   values.logSize = LeadingInteger(setup.txtLogSize.Get());
   values.unZipFiles = IsChecked(setup.chkUnZipFiles);
   values.packetHost = IsChecked(setup.chkPacketHost);
-  values.engine = 0;
-  if (IsChecked(setup.chkBrask)) values.engine = 1;
-  if (IsChecked(setup.chkByteBlaster)) values.engine = 2;
+  values.ingestEngine = 0;
+  if (IsChecked(setup.chkBrask)) values.ingestEngine = 1;
+  if (IsChecked(setup.chkByteBlaster)) values.ingestEngine = 2;
   values.showErrors = IsChecked(setup.chkShowErrors);
 }
 

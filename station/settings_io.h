@@ -15,8 +15,8 @@
 #include "platform/dialogs.h"
 #include "platform/settings_store.h"
 #include "radio/transmitter.h"
-#include "state/engine.h"
-#include "state/setup.h"
+#include "state/program_values.h"
+#include "state/setup_fields.h"
 
 namespace ostrel {
 
@@ -31,7 +31,7 @@ class SettingsIo {
   struct Parts {
     SettingsStores& stores;
     Dialogs& dialogs;
-    Setup& setup;
+    SetupFields& setup;
     ProgramValues& values;
     RuleLists& rules;
     Schedule& schedule;

@@ -24,9 +24,10 @@
 #include "radio/packet_host.h"
 #include "radio/transmitter.h"
 #include "settings/settings_transfer.h"
-#include "state/engine.h"
-#include "state/main_window.h"
-#include "state/setup.h"
+#include "state/main_fields.h"
+#include "state/program_values.h"
+#include "state/setup_fields.h"
+#include "state/transmit_status.h"
 #include "station/actions.h"
 #include "station/activity.h"
 #include "station/ingest_programs.h"
@@ -48,9 +49,9 @@ class Station {
   /// Asks the program to end: waits end, what runs unwinds, the shutdown runs.
   void Stop() { activity_.RequestStop(); }
 
-  MainWindow& mainWindow() { return mainWindow_; }
-  Setup& setup() { return setup_; }
-  Engine& engine() { return engine_; }
+  MainFields& mainFields() { return mainFields_; }
+  SetupFields& setup() { return setup_; }
+  TransmitStatus& status() { return status_; }
   ProgramValues& values() { return values_; }
   TransmitQueue& queue() { return queue_; }
   Actions& actions() { return actions_; }
@@ -59,10 +60,9 @@ class Station {
  private:
   void HangRulesOnFields();
 
-  Platform platform_;
-  MainWindow mainWindow_;
-  Setup setup_;
-  Engine engine_;
+  MainFields mainFields_;
+  SetupFields setup_;
+  TransmitStatus status_;
   ProgramValues values_;
 
   Activity activity_;
@@ -88,6 +88,7 @@ class Station {
   IngestPrograms ingest_;
   SettingsTransfer transfer_;
   SettingsIo settings_;
+  FilePurge purge_;
   Lifecycle lifecycle_;
   Actions actions_;
   std::vector<Subscription> fieldRules_;

@@ -3,7 +3,7 @@
 
 #include <QPixmap>
 
-#include "state/main_window.h"
+#include "state/main_fields.h"
 
 namespace ostrel::ui {
 

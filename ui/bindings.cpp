@@ -6,24 +6,19 @@ QString ToQt(const std::string& text) {
   return QString::fromStdString(text);
 }
 
-QString ElementName(const char* array, std::size_t index) {
-  return QStringLiteral("%1(%2)").arg(QLatin1String(array)).arg(index);
-}
-
 void KeepWith(QObject* owner, Subscription subscription) {
   QObject::connect(owner, &QObject::destroyed, [kept = std::move(subscription)] {});
 }
 
-void Bind(QLabel* label, const QString& name, Field<std::string>& field) {
-  label->setObjectName(name);
+void Bind(QLabel* label, Field<std::string>& field) {
+  label->setObjectName(ToQt(field.name()));
   label->setTextFormat(Qt::PlainText);
   label->setText(ToQt(field.Get()));
   KeepWith(label, field.OnChange([label](const std::string& text) { label->setText(ToQt(text)); }));
 }
 
-void BindValue(QLabel* label, const QString& name, const QString& caption,
-               Field<std::string>& field) {
-  Bind(label, name, field);
+void BindValue(QLabel* label, const QString& caption, Field<std::string>& field) {
+  Bind(label, field);
   const auto announce = [label, caption] {
     label->setAccessibleName(caption + QLatin1Char(' ') + label->text());
   };
@@ -31,8 +26,8 @@ void BindValue(QLabel* label, const QString& name, const QString& caption,
   KeepWith(label, field.OnChange([announce](const std::string&) { announce(); }));
 }
 
-void Bind(QLineEdit* edit, const QString& name, Field<std::string>& field) {
-  edit->setObjectName(name);
+void Bind(QLineEdit* edit, Field<std::string>& field) {
+  edit->setObjectName(ToQt(field.name()));
   const auto show = [edit](const std::string& text) {
     if (edit->text() == ToQt(text)) return;
     edit->setText(ToQt(text));
@@ -47,8 +42,8 @@ void Bind(QLineEdit* edit, const QString& name, Field<std::string>& field) {
   });
 }
 
-void Bind(QCheckBox* box, const QString& name, Field<Check>& field) {
-  box->setObjectName(name);
+void Bind(QCheckBox* box, Field<Check>& field) {
+  box->setObjectName(ToQt(field.name()));
   const auto show = [box](Check state) {
     if (state == Check::kGrayed) {
       box->setCheckState(Qt::PartiallyChecked);

@@ -22,7 +22,7 @@ QString WithoutTime(QString text) {
 
 }  // namespace
 
-ErrorWindow::ErrorWindow(const Clock& clock, Setup& setup, Actions& actions, QWidget* parent)
+ErrorWindow::ErrorWindow(const Clock& clock, SetupFields& setup, Actions& actions, QWidget* parent)
     : QDialog(parent),
       clock_(clock),
       txtError_(new QPlainTextEdit(this)),
@@ -39,7 +39,7 @@ ErrorWindow::ErrorWindow(const Clock& clock, Setup& setup, Actions& actions, QWi
   txtDisplay_->setReadOnly(true);
   txtDisplay_->setTabChangesFocus(true);
   heading->setBuddy(txtDisplay_);
-  auto* const showErrors = MakeCheckBox(this, "chkShowErrors", "Show Errors", setup.chkShowErrors,
+  auto* const showErrors = MakeCheckBox(this, "Show Errors", setup.chkShowErrors,
                                         "Check for program to pop-up program errors.");
   connect(showErrors, &QCheckBox::clicked, this, [&actions] { actions.ShowErrorsClicked(); });
   auto* const close = new QPushButton("&Close", this);

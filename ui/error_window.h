@@ -7,7 +7,7 @@
 #include <QSet>
 
 #include "platform/clock.h"
-#include "state/setup.h"
+#include "state/setup_fields.h"
 #include "station/actions.h"
 
 namespace ostrel::ui {
@@ -19,7 +19,7 @@ class ErrorWindow : public QDialog {
   Q_OBJECT
 
  public:
-  ErrorWindow(const Clock& clock, Setup& setup, Actions& actions, QWidget* parent);
+  ErrorWindow(const Clock& clock, SetupFields& setup, Actions& actions, QWidget* parent);
 
   /// Shows the message with the present time. Known is what has come since the window was opened,
   /// the line aside that tells when the failure was: a failure that lasts comes at every tick.

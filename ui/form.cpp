@@ -28,10 +28,10 @@ int PixelsFor(const QWidget* widget, FieldWidth width) {
 
 }  // namespace
 
-QLineEdit* MakeTextField(QWidget* page, const char* name, Field<std::string>& field,
-                         const char* toolTip, FieldWidth width) {
+QLineEdit* MakeTextField(QWidget* page, Field<std::string>& field, const char* toolTip,
+                         FieldWidth width) {
   auto* const edit = new QLineEdit(page);
-  Bind(edit, name, field);
+  Bind(edit, field);
   edit->setToolTip(toolTip);
   if (width == FieldWidth::kPath) {
     edit->setMinimumWidth(PixelsFor(edit, width));
@@ -41,10 +41,10 @@ QLineEdit* MakeTextField(QWidget* page, const char* name, Field<std::string>& fi
   return edit;
 }
 
-ValueLabel* MakeValueLabel(QWidget* page, const char* name, const char* caption,
-                           Field<std::string>& field, const char* toolTip, FieldWidth width) {
+ValueLabel* MakeValueLabel(QWidget* page, const char* caption, Field<std::string>& field,
+                           const char* toolTip, FieldWidth width) {
   auto* const label = new ValueLabel(page);
-  BindValue(label, name, caption, field);
+  BindValue(label, caption, field);
   label->setToolTip(toolTip);
   label->setMargin(kValueMargin);
   label->setFixedWidth(PixelsFor(label, width));
@@ -59,10 +59,10 @@ ValueLabel* MakeValueLabel(QWidget* page, const char* name, const char* caption,
   return label;
 }
 
-QCheckBox* MakeCheckBox(QWidget* page, const QString& name, const char* caption,
-                        Field<Check>& field, const char* toolTip) {
+QCheckBox* MakeCheckBox(QWidget* page, const char* caption, Field<Check>& field,
+                        const char* toolTip) {
   auto* const box = new QCheckBox(caption, page);
-  Bind(box, name, field);
+  Bind(box, field);
   box->setToolTip(toolTip);
   return box;
 }

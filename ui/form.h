@@ -14,16 +14,14 @@ namespace ostrel::ui {
 /// How much a text field has to hold.
 enum class FieldWidth { kNumber, kText, kPath };
 
-/// The makers of a page's elements: each is bound to its field and gets `name` as its object's
-/// name.
-QLineEdit* MakeTextField(QWidget* page, const char* name, Field<std::string>& field,
-                         const char* toolTip, FieldWidth width = FieldWidth::kNumber);
+/// The makers of a page's elements: each is bound to its field and has its name.
+QLineEdit* MakeTextField(QWidget* page, Field<std::string>& field, const char* toolTip,
+                         FieldWidth width = FieldWidth::kNumber);
 /// A value with a tool tip is one that the mouse steps, and looks it.
-ValueLabel* MakeValueLabel(QWidget* page, const char* name, const char* caption,
-                           Field<std::string>& field, const char* toolTip = "",
-                           FieldWidth width = FieldWidth::kNumber);
-QCheckBox* MakeCheckBox(QWidget* page, const QString& name, const char* caption,
-                        Field<Check>& field, const char* toolTip);
+ValueLabel* MakeValueLabel(QWidget* page, const char* caption, Field<std::string>& field,
+                           const char* toolTip = "", FieldWidth width = FieldWidth::kNumber);
+QCheckBox* MakeCheckBox(QWidget* page, const char* caption, Field<Check>& field,
+                        const char* toolTip);
 /// A label that is read as a heading.
 QLabel* MakeHeading(QWidget* page, const char* text);
 

@@ -4,6 +4,7 @@
 #include <QStyledItemDelegate>
 #include <algorithm>
 
+#include "ui/bindings.h"
 #include "ui/list_model.h"
 
 namespace ostrel::ui {
@@ -23,10 +24,9 @@ class RowsOfHeight : public QStyledItemDelegate {
 
 }  // namespace
 
-ListView::ListView(ListField& list, const QString& name, const QString& description,
-                   QWidget* parent)
+ListView::ListView(ListField& list, const QString& description, QWidget* parent)
     : QListView(parent) {
-  setObjectName(name);
+  setObjectName(ToQt(list.name()));
   setAccessibleName(description);
   setModel(new ListModel(list, this));
   setSelectionMode(ExtendedSelection);

@@ -12,8 +12,8 @@ class ListView : public QListView {
   Q_OBJECT
 
  public:
-  /// `name` is the object's name, `description` what a screen reader calls the list.
-  ListView(ListField& list, const QString& name, const QString& description, QWidget* parent);
+  /// `description` is what a screen reader calls the list.
+  ListView(ListField& list, const QString& description, QWidget* parent);
 
   /// Gives the rows the height at which `rows` of them fill the view: none is cut in half.
   void ShowWholeRows(int rows);

@@ -57,8 +57,8 @@ void Paint(QLabel* label, Field<Shade>& shade) {
 
 }  // namespace
 
-MainWindow::MainWindow(ostrel::MainWindow& state, const Engine& engine, Actions& actions)
-    : state_(state), engine_(engine), actions_(actions), client_(new QWidget(this)) {
+MainWindow::MainWindow(MainFields& state, const TransmitStatus& status, Actions& actions)
+    : state_(state), status_(status), actions_(actions), client_(new QWidget(this)) {
   setObjectName("frmMain");
   setWindowTitle(kMainCaption);
   setContextMenuPolicy(Qt::NoContextMenu);
@@ -95,17 +95,21 @@ void MainWindow::AddCaption(const char* name, const QRect& place, const char* te
   label->setAttribute(Qt::WA_TransparentForMouseEvents);
 }
 
-QLabel* MainWindow::AddFigure(const char* name, const QRect& place, Field<std::string>& field) {
-  auto* const label = AddLabel<ElidedLabel>(name, place);
-  Bind(label, name, field);
+template <typename Label>
+Label* MainWindow::AddBound(const QRect& place, Field<std::string>& field) {
+  auto* const label = AddLabel<Label>(field.name().c_str(), place);
+  Bind(label, field);
+  return label;
+}
+
+QLabel* MainWindow::AddFigure(const QRect& place, Field<std::string>& field) {
+  auto* const label = AddBound<ElidedLabel>(place, field);
   SetBackground(label, kLightGrey);
   return label;
 }
 
-QLabel* MainWindow::AddBoxedFigure(const char* name, const QRect& place,
-                                   Field<std::string>& field) {
-  auto* const label = AddLabel<ElidedLabel>(name, place);
-  Bind(label, name, field);
+QLabel* MainWindow::AddBoxedFigure(const QRect& place, Field<std::string>& field) {
+  auto* const label = AddBound<ElidedLabel>(place, field);
   SetBoxed(label);
   label->setAlignment(Qt::AlignCenter);
   return label;
@@ -143,9 +147,8 @@ void MainWindow::BuildFrames() {
   SetBoxed(AddLabel<QLabel>("lblStatus1", FromTwips(kColumnLeft[0], 75, kColumnWidth, kBoxHeight)));
 
   // The readout stands at the right, clear of the count of files at the left of the same pane.
-  auto* const readout =
-      AddLabel<ValueLabel>("lblStatus2", FromTwips(kColumnLeft[1], 75, kColumnWidth, kBoxHeight));
-  Bind(readout, "lblStatus2", state_.lblStatus2);
+  auto* const readout = AddBound<ValueLabel>(
+      FromTwips(kColumnLeft[1], 75, kColumnWidth, kBoxHeight), state_.lblStatus2);
   SetBoxed(readout);
   readout->setMargin(2);
   readout->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -157,18 +160,17 @@ void MainWindow::BuildFrames() {
 
 void MainWindow::BuildSending() {
   AddCaption("lblSend", FromTwips(120, 105, 720, kTextHeight), "Sending:");
-  auto* const file =
-      AddFigure("lblActivefile", FromTwips(840, 105, 1320, kTextHeight), state_.lblActivefile);
+  auto* const file = AddFigure(FromTwips(840, 105, 1320, kTextHeight), state_.lblActivefile);
   Paint(file, state_.lblActivefileBackColor);
 
   AddCaption("lblBlock", FromTwips(2160, 105, 435, kTextHeight), "Block");
-  AddFigure("lblBlkPktNum", FromTwips(2595, 105, 360, kTextHeight), state_.lblBlkPktNum)
+  AddFigure(FromTwips(2595, 105, 360, kTextHeight), state_.lblBlkPktNum)
       ->setAlignment(Qt::AlignCenter);
   AddCaption("lblOF", FromTwips(2970, 105, 240, kTextHeight), "Of");
-  AddFigure("lblBlkPktTot", FromTwips(3225, 105, 360, kTextHeight), state_.lblBlkPktTot)
+  AddFigure(FromTwips(3225, 105, 360, kTextHeight), state_.lblBlkPktTot)
       ->setAlignment(Qt::AlignCenter);
   AddCaption("lblFilesSentDesc", FromTwips(3960, 105, 840, kTextHeight), "Files Sent:");
-  AddFigure("lblFilesSent", FromTwips(4800, 105, 900, kTextHeight), state_.lblFilesSent)
+  AddFigure(FromTwips(4800, 105, 900, kTextHeight), state_.lblFilesSent)
       ->setAttribute(Qt::WA_TransparentForMouseEvents);
 }
 
@@ -182,7 +184,7 @@ void MainWindow::BuildLight() {
   };
   auto* const red = addPicture("imgRedLed", Light::kRed);
   auto* const yellow = addPicture("imgYellowLed", Light::kYellow);
-  auto* const light = AddLabel<QLabel>("imgActivity", place);
+  auto* const light = AddLabel<QLabel>(state_.imgActivity.name().c_str(), place);
   light->setAccessibleName("Activity");
   const auto show = [=](Light state) {
     light->setPixmap(state == Light::kNone  ? QPixmap()
@@ -194,26 +196,23 @@ void MainWindow::BuildLight() {
 }
 
 void MainWindow::BuildFigures() {
-  Paint(AddBoxedFigure("lblDataRate", FromTwips(60, 345, 2535, kBoxHeight), state_.lblDataRate),
+  Paint(AddBoxedFigure(FromTwips(60, 345, 2535, kBoxHeight), state_.lblDataRate),
         state_.lblDataRateBackColor);
-  AddBoxedFigure("lblCompressionRatio", FromTwips(2610, 345, 2520, kBoxHeight),
-                 state_.lblCompressionRatio);
-  AddBoxedFigure("lblThroughput", FromTwips(5145, 345, 2550, kBoxHeight), state_.lblThroughput);
+  AddBoxedFigure(FromTwips(2610, 345, 2520, kBoxHeight), state_.lblCompressionRatio);
+  AddBoxedFigure(FromTwips(5145, 345, 2550, kBoxHeight), state_.lblThroughput);
 }
 
 void MainWindow::BuildQueue(Priority p) {
   const std::size_t rows = std::size(kListTop);
   const int left = kColumnLeft[p.index() / rows];
   const int top = kListTop[p.index() % rows];
-  const QString captionName = ElementName("lblSending", p.index());
-  auto* const caption = AddLabel<ElidedLabel>(
-      captionName.toLatin1(), FromTwips(left, top - kBoxHeight, kColumnWidth, kBoxHeight));
-  Bind(caption, captionName, state_.lblSending[p]);
+  auto* const caption = AddBound<ElidedLabel>(
+      FromTwips(left, top - kBoxHeight, kColumnWidth, kBoxHeight), state_.lblSending[p]);
   SetBoxed(caption);
   SetBackground(caption, kQueueYellow);
   caption->setAlignment(Qt::AlignCenter);
 
-  auto* const list = new ListView(state_.PriorityList[p], ElementName("PriorityList", p.index()),
+  auto* const list = new ListView(state_.PriorityList[p],
                                   QString("Queue of priority %1").arg(p.number()), client_);
   list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   list->setGeometry(FromTwips(left, top, kColumnWidth, kListHeight));
@@ -226,8 +225,8 @@ void MainWindow::BuildQueue(Priority p) {
 }
 
 void MainWindow::ShowStatus() {
-  if (!status_) status_ = new StatusWindow(state_, engine_, this);
-  BringForward(status_);
+  if (!statusWindow_) statusWindow_ = new StatusWindow(state_, status_, this);
+  BringForward(statusWindow_);
 }
 
 void MainWindow::ShowAbout() {

@@ -6,8 +6,8 @@
 #include <QMainWindow>
 #include <QPointer>
 
-#include "state/engine.h"
-#include "state/main_window.h"
+#include "state/main_fields.h"
+#include "state/transmit_status.h"
 #include "station/actions.h"
 #include "ui/list_view.h"
 
@@ -17,7 +17,7 @@ class MainWindow : public QMainWindow {
   Q_OBJECT
 
  public:
-  MainWindow(ostrel::MainWindow& state, const Engine& engine, Actions& actions);
+  MainWindow(MainFields& state, const TransmitStatus& status, Actions& actions);
 
  protected:
   /// The shutdown closes the window, not the close box.
@@ -27,8 +27,11 @@ class MainWindow : public QMainWindow {
   template <typename Label>
   Label* AddLabel(const char* name, const QRect& place);
   void AddCaption(const char* name, const QRect& place, const char* text);
-  QLabel* AddFigure(const char* name, const QRect& place, Field<std::string>& field);
-  QLabel* AddBoxedFigure(const char* name, const QRect& place, Field<std::string>& field);
+  /// A label that shows `field`, under its name.
+  template <typename Label>
+  Label* AddBound(const QRect& place, Field<std::string>& field);
+  QLabel* AddFigure(const QRect& place, Field<std::string>& field);
+  QLabel* AddBoxedFigure(const QRect& place, Field<std::string>& field);
 
   void BuildMenus();
   void BuildFrames();
@@ -39,11 +42,11 @@ class MainWindow : public QMainWindow {
   void ShowStatus();
   void ShowAbout();
 
-  ostrel::MainWindow& state_;
-  const Engine& engine_;
+  MainFields& state_;
+  const TransmitStatus& status_;
   Actions& actions_;
   QWidget* client_;
-  QPointer<QWidget> status_;
+  QPointer<QWidget> statusWindow_;
   QPointer<QWidget> about_;
 };
 

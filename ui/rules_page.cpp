@@ -1,6 +1,7 @@
 #include <QGridLayout>
 #include <QPushButton>
 
+#include "state/element.h"
 #include "ui/bindings.h"
 #include "ui/entry_field.h"
 #include "ui/form.h"
@@ -18,7 +19,7 @@ constexpr int kLowestList = 60;
 
 /// What a page with a rule list is made of.
 struct RulesPage {
-  Setup& setup;
+  SetupFields& setup;
   Actions& actions;
   std::size_t list;
   QWidget* page = new QWidget;
@@ -43,7 +44,7 @@ void AddStep(const RulesPage& rules, const char* instruction, QWidget* place) {
 
 EntryField* AddEntryField(const RulesPage& rules, const char* instruction) {
   auto* const entry = new EntryField(rules.page);
-  Bind(entry, ElementName("pri1inbox", rules.list), rules.setup.pri1inbox[rules.list]);
+  Bind(entry, rules.setup.pri1inbox[rules.list]);
   entry->setToolTip("File name pattern to add.");
   QObject::connect(entry, &QLineEdit::returnPressed, entry,
                    [&actions = rules.actions, list = rules.list] { actions.AddKeyword(list); });
@@ -56,12 +57,11 @@ EntryField* AddEntryField(const RulesPage& rules, const char* instruction) {
 
 void AddList(const RulesPage& rules, EntryField* entry) {
   auto* const view =
-      new ListView(rules.setup.SetupPriList[rules.list], ElementName("SetupPriList", rules.list),
-                   "File name patterns", rules.page);
+      new ListView(rules.setup.SetupPriList[rules.list], "File name patterns", rules.page);
   view->setFont(PatternFont());
   view->setMinimumHeight(kLowestList);
   auto* const remove = new QPushButton("Remove", rules.page);
-  remove->setObjectName(ElementName("removepri1button", rules.list));
+  remove->setObjectName(ToQt(ElementName("removepri1button", rules.list)));
   remove->setToolTip("Click to remove the selected item.");
   const auto removeSelected = [view, &actions = rules.actions, list = rules.list] {
     actions.RemoveKeywords(list, view->Selected());
@@ -90,34 +90,32 @@ EntryField* AddRules(const RulesPage& rules, const char* instruction = "Type it 
 
 }  // namespace
 
-QWidget* MakePriorityPage(Setup& setup, Actions& actions, Priority p) {
+QWidget* MakePriorityPage(SetupFields& setup, Actions& actions, Priority p) {
   const RulesPage rules{setup, actions, p.index()};
   AddRules(rules);
   AddGap(rules);
-  AddWide(
-      rules,
-      MakeCheckBox(rules.page, ElementName("chkOverWrite", p.index()), "Overwrite Pending Files",
-                   setup.chkOverWrite[p], "Overwrite pending files when a newer file is received."),
-      Qt::AlignLeft);
   AddWide(rules,
-          MakeCheckBox(rules.page, ElementName("chkSendComp", p.index()), "Send Files Compressed",
-                       setup.chkSendComp[p], "Compress files before sending."),
+          MakeCheckBox(rules.page, "Overwrite Pending Files", setup.chkOverWrite[p],
+                       "Overwrite pending files when a newer file is received."),
+          Qt::AlignLeft);
+  AddWide(rules,
+          MakeCheckBox(rules.page, "Send Files Compressed", setup.chkSendComp[p],
+                       "Compress files before sending."),
           Qt::AlignLeft);
   return rules.page;
 }
 
-QWidget* MakeCompressPage(Setup& setup, Actions& actions) {
+QWidget* MakeCompressPage(SetupFields& setup, Actions& actions) {
   const RulesPage rules{setup, actions, kCompressList};
   AddRules(rules);
   AddGap(rules);
   constexpr const char* kCountCaption = "Do block compression when files accumulated =";
   constexpr const char* kPriorityCaption = "Send block compressed files priority = ";
   auto* const count =
-      MakeValueLabel(rules.page, "CompFiles", kCountCaption, setup.CompFiles,
+      MakeValueLabel(rules.page, kCountCaption, setup.CompFiles,
                      "Compress the files after this number of files have been received.");
-  auto* const priority =
-      MakeValueLabel(rules.page, "BlockPriority", kPriorityCaption, setup.BlockPriority,
-                     "Priority queue number to send the compressed files.");
+  auto* const priority = MakeValueLabel(rules.page, kPriorityCaption, setup.BlockPriority,
+                                        "Priority queue number to send the compressed files.");
   QObject::connect(count, &ValueLabel::Released, count,
                    [&actions](Button button) { actions.StepCompFiles(button); });
   QObject::connect(priority, &ValueLabel::Clicked, priority,
@@ -132,26 +130,25 @@ QWidget* MakeCompressPage(Setup& setup, Actions& actions) {
 
   AddGap(rules);
   AddWide(rules, MakeHeading(rules.page, "Awaiting Compression"));
-  auto* const waiting =
-      new ListView(setup.CompressList, "CompressList", "Awaiting Compression", rules.page);
+  auto* const waiting = new ListView(setup.CompressList, "Awaiting Compression", rules.page);
   waiting->setMinimumHeight(kLowestList);
   AddWide(rules, waiting);
   rules.grid->setRowStretch(rules.grid->rowCount() - 1, 1);
   return rules.page;
 }
 
-QWidget* MakeDiscardPage(Setup& setup, Actions& actions) {
+QWidget* MakeDiscardPage(SetupFields& setup, Actions& actions) {
   const RulesPage rules{setup, actions, kDiscardList};
   AddRules(rules);
   return rules.page;
 }
 
-QWidget* MakeCopiesPage(Setup& setup, Actions& actions) {
+QWidget* MakeCopiesPage(SetupFields& setup, Actions& actions) {
   const RulesPage rules{setup, actions, kCopiesList};
   AddWide(rules,
           new QLabel("Use this tab to force messages to be sent more than once.", rules.page));
   constexpr const char* kCaption = "Select The Number Of Copies --->";
-  auto* const copies = MakeValueLabel(rules.page, "lblCopies", kCaption, setup.lblCopies,
+  auto* const copies = MakeValueLabel(rules.page, kCaption, setup.lblCopies,
                                       "Click to change the number of copies.");
   AddStep(rules, kCaption, copies);
   rules.grid->setAlignment(copies, Qt::AlignLeft);

@@ -12,9 +12,9 @@ namespace {
 
 constexpr int kMargin = 12;
 
-QLineEdit* MakeEntry(QWidget* page, Setup& setup, Actions& actions) {
+QLineEdit* MakeEntry(QWidget* page, SetupFields& setup, Actions& actions) {
   auto* const entry = new QLineEdit(page);
-  Bind(entry, "txtSchedule", setup.txtSchedule);
+  Bind(entry, setup.txtSchedule);
   entry->setToolTip("Enter the schedule and file name.");
   QObject::connect(entry, &QLineEdit::returnPressed, entry, [entry, &actions] {
     if (actions.AddScheduleEntry() == AfterEntry::kFocusEntryField) entry->setFocus();
@@ -22,9 +22,8 @@ QLineEdit* MakeEntry(QWidget* page, Setup& setup, Actions& actions) {
   return entry;
 }
 
-ListView* MakeList(QWidget* page, Setup& setup, Actions& actions) {
-  auto* const list =
-      new ListView(setup.lstSchedule, "lstSchedule", "Scheduled Transmissions", page);
+ListView* MakeList(QWidget* page, SetupFields& setup, Actions& actions) {
+  auto* const list = new ListView(setup.lstSchedule, "Scheduled Transmissions", page);
   QObject::connect(list, &ListView::clicked, list, [&actions](const QModelIndex& index) {
     actions.EditScheduleEntry(static_cast<std::size_t>(index.row()));
   });
@@ -50,7 +49,7 @@ QLayout* MakeButtons(QWidget* page, ListView* list, Actions& actions) {
 
 }  // namespace
 
-QWidget* MakeSchedulePage(Setup& setup, Actions& actions) {
+QWidget* MakeSchedulePage(SetupFields& setup, Actions& actions) {
   auto* const page = new QWidget;
   auto* const layout = new QVBoxLayout(page);
   layout->setContentsMargins(kMargin, kMargin, kMargin, kMargin);

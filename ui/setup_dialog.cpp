@@ -22,7 +22,7 @@ constexpr QRect kOutOfSight(-1000, -1000, 80, 20);
 
 }  // namespace
 
-SetupDialog::SetupDialog(Setup& setup, Actions& actions, QWidget* mainWindow)
+SetupDialog::SetupDialog(SetupFields& setup, Actions& actions, QWidget* mainWindow)
     : QWidget(mainWindow, Qt::Dialog),
       actions_(actions),
       mainWindow_(mainWindow),
@@ -52,7 +52,7 @@ void SetupDialog::BuildBlank() {
   blank_->setFocus();
 }
 
-void SetupDialog::BuildTabs(Setup& setup) {
+void SetupDialog::BuildTabs(SetupFields& setup) {
   tabs_->setObjectName("SSTab1");
   tabs_->addTab(MakeMorsePage(setup), "Morse");
   tabs_->addTab(MakePortPage(setup, actions_), "Port");

@@ -5,7 +5,7 @@
 #include <QWidget>
 #include <QWindow>
 
-#include "state/setup.h"
+#include "state/setup_fields.h"
 #include "station/actions.h"
 #include "ui/left_tabs.h"
 
@@ -17,7 +17,7 @@ class SetupDialog : public QWidget {
   Q_OBJECT
 
  public:
-  SetupDialog(Setup& setup, Actions& actions, QWidget* mainWindow);
+  SetupDialog(SetupFields& setup, Actions& actions, QWidget* mainWindow);
 
   /// Stores the settings and hides, or stays when they were refused. True when the dialog is not in
   /// sight afterwards.
@@ -33,7 +33,7 @@ class SetupDialog : public QWidget {
  private:
   void BuildMenu();
   void BuildBlank();
-  void BuildTabs(Setup& setup);
+  void BuildTabs(SetupFields& setup);
   /// The close box and the menu's E&xit.
   void Dismiss();
   void FocusLogSize();

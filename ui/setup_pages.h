@@ -4,18 +4,18 @@
 
 #include <QWidget>
 
-#include "state/setup.h"
+#include "state/setup_fields.h"
 #include "station/actions.h"
 
 namespace ostrel::ui {
 
-QWidget* MakeMorsePage(Setup& setup);
-QWidget* MakePortPage(Setup& setup, Actions& actions);
-QWidget* MakePriorityPage(Setup& setup, Actions& actions, Priority p);
-QWidget* MakeSystemPage(Setup& setup, Actions& actions);
-QWidget* MakeCompressPage(Setup& setup, Actions& actions);
-QWidget* MakeDiscardPage(Setup& setup, Actions& actions);
-QWidget* MakeCopiesPage(Setup& setup, Actions& actions);
-QWidget* MakeSchedulePage(Setup& setup, Actions& actions);
+QWidget* MakeMorsePage(SetupFields& setup);
+QWidget* MakePortPage(SetupFields& setup, Actions& actions);
+QWidget* MakePriorityPage(SetupFields& setup, Actions& actions, Priority p);
+QWidget* MakeSystemPage(SetupFields& setup, Actions& actions);
+QWidget* MakeCompressPage(SetupFields& setup, Actions& actions);
+QWidget* MakeDiscardPage(SetupFields& setup, Actions& actions);
+QWidget* MakeCopiesPage(SetupFields& setup, Actions& actions);
+QWidget* MakeSchedulePage(SetupFields& setup, Actions& actions);
 
 }  // namespace ostrel::ui

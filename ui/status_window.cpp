@@ -6,6 +6,7 @@
 #include <QVBoxLayout>
 #include <chrono>
 
+#include "state/element.h"
 #include "ui/bindings.h"
 #include "ui/looks.h"
 #include "ui/twips.h"
@@ -21,8 +22,8 @@ constexpr int kValueWidth = 80;
 
 }  // namespace
 
-StatusWindow::StatusWindow(const ostrel::MainWindow& state, const Engine& engine, QWidget* parent)
-    : QDialog(parent), state_(state), engine_(engine) {
+StatusWindow::StatusWindow(const MainFields& state, const TransmitStatus& status, QWidget* parent)
+    : QDialog(parent), state_(state), status_(status) {
   setObjectName("frmStatus");
   setWindowTitle("Ostrel Status");
   setAttribute(Qt::WA_DeleteOnClose);
@@ -49,7 +50,7 @@ void StatusWindow::AddTitle(QGridLayout* grid, int column, const char* name, con
 
 QLabel* StatusWindow::AddValue(QGridLayout* grid, int column, Priority p, const char* name) {
   auto* const value = new QLabel(this);
-  value->setObjectName(ElementName(name, p.index()));
+  value->setObjectName(ToQt(ElementName(name, p.index())));
   value->setAlignment(Qt::AlignCenter);
   value->setFixedSize(kValueWidth, kRowHeight);
   SetBoxed(value);
@@ -79,7 +80,7 @@ QWidget* StatusWindow::BuildTable() {
 void StatusWindow::Refresh() {
   for (const Priority p : AllPriorities()) {
     lblPending_[p]->setNum(static_cast<int>(state_.PriorityList[p].size()));
-    lblMaxWait_[p]->setNum(engine_.MaximumCount[p]);
+    lblMaxWait_[p]->setNum(status_.MaximumCount[p]);
     const QString queue = QString("Priority %1").arg(p.number());
     lblPending_[p]->setAccessibleName(QString("%1 pending %2").arg(queue, lblPending_[p]->text()));
     lblMaxWait_[p]->setAccessibleName(QString("%1 maximum %2").arg(queue, lblMaxWait_[p]->text()));

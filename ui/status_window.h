@@ -6,8 +6,8 @@
 #include <QGridLayout>
 #include <QLabel>
 
-#include "state/engine.h"
-#include "state/main_window.h"
+#include "state/main_fields.h"
+#include "state/transmit_status.h"
 
 namespace ostrel::ui {
 
@@ -15,7 +15,7 @@ class StatusWindow : public QDialog {
   Q_OBJECT
 
  public:
-  StatusWindow(const ostrel::MainWindow& state, const Engine& engine, QWidget* parent);
+  StatusWindow(const MainFields& state, const TransmitStatus& status, QWidget* parent);
 
  private:
   void AddTitle(QGridLayout* grid, int column, const char* name, const char* text);
@@ -23,8 +23,8 @@ class StatusWindow : public QDialog {
   QWidget* BuildTable();
   void Refresh();
 
-  const ostrel::MainWindow& state_;
-  const Engine& engine_;
+  const MainFields& state_;
+  const TransmitStatus& status_;
   PerPriority<QLabel*> lblPending_;
   PerPriority<QLabel*> lblMaxWait_;
 };

@@ -7,14 +7,13 @@
 namespace ostrel::ui {
 namespace {
 
-QWidget* MakeIngestEngine(QWidget* page, Setup& setup, Actions& actions) {
+QWidget* MakeIngestEngine(QWidget* page, SetupFields& setup, Actions& actions) {
   auto* const boxes = new QWidget(page);
   auto* const layout = new QHBoxLayout(boxes);
   layout->setContentsMargins(0, 0, 0, 0);
-  auto* const serial =
-      MakeCheckBox(boxes, "chkBrask", "Brask Serial", setup.chkBrask, "Check to start Brask.");
-  auto* const internet = MakeCheckBox(boxes, "chkByteBlaster", "Tiltor Internet",
-                                      setup.chkByteBlaster, "Check to start Tiltor.");
+  auto* const serial = MakeCheckBox(boxes, "Brask Serial", setup.chkBrask, "Check to start Brask.");
+  auto* const internet =
+      MakeCheckBox(boxes, "Tiltor Internet", setup.chkByteBlaster, "Check to start Tiltor.");
   QObject::connect(serial, &QCheckBox::clicked, boxes, [&actions] { actions.BraskClicked(); });
   QObject::connect(internet, &QCheckBox::clicked, boxes,
                    [&actions] { actions.ByteBlasterClicked(); });
@@ -24,54 +23,48 @@ QWidget* MakeIngestEngine(QWidget* page, Setup& setup, Actions& actions) {
   return boxes;
 }
 
-QLayout* MakeOptions(QWidget* page, Setup& setup) {
+QLayout* MakeOptions(QWidget* page, SetupFields& setup) {
   struct Row {
-    const char* name;
     const char* caption;
     Field<Check>& field;
     const char* toolTip;
   };
   const Row rows[] = {
-      {"chkUnZipFiles", "UnZip Received Files", setup.chkUnZipFiles,
-       "Check to unzip received files."},
-      {"chkLogDaily", "Daily Log Files", setup.chkLogDaily,
-       "Log sent blocks and identification times."},
-      {"chkShowErrors", "Show Errors", setup.chkShowErrors,
-       "Check for program to pop-up program errors."},
-      {"LogIt", "Log Sent Blocks", setup.LogIt, "Log sent blocks and identification times."},
-      {"chkPacketHost", "Enable Byte Blaster Server Support", setup.chkPacketHost, ""},
+      {"UnZip Received Files", setup.chkUnZipFiles, "Check to unzip received files."},
+      {"Daily Log Files", setup.chkLogDaily, "Log sent blocks and identification times."},
+      {"Show Errors", setup.chkShowErrors, "Check for program to pop-up program errors."},
+      {"Log Sent Blocks", setup.LogIt, "Log sent blocks and identification times."},
+      {"Enable Byte Blaster Server Support", setup.chkPacketHost, ""},
   };
   auto* const layout = new QVBoxLayout;
-  for (const auto& [name, caption, field, toolTip] : rows) {
-    layout->addWidget(MakeCheckBox(page, name, caption, field, toolTip), 0, Qt::AlignLeft);
+  for (const auto& [caption, field, toolTip] : rows) {
+    layout->addWidget(MakeCheckBox(page, caption, field, toolTip), 0, Qt::AlignLeft);
   }
   return layout;
 }
 
 }  // namespace
 
-QWidget* MakeSystemPage(Setup& setup, Actions& actions) {
+QWidget* MakeSystemPage(SetupFields& setup, Actions& actions) {
   auto* const page = new QWidget;
   Form form(page);
-  form.AddRow("If all messages have been sent, send",
-              MakeTextField(page, "Diddle", setup.Diddle,
-                            "Path and file name to send when there is no data to send.",
-                            FieldWidth::kPath));
+  form.AddRow(
+      "If all messages have been sent, send",
+      MakeTextField(page, setup.Diddle, "Path and file name to send when there is no data to send.",
+                    FieldWidth::kPath));
   form.AddRow(
       "by inserting it into:",
-      MakeTextField(page, "NameAs", setup.NameAs,
-                    "Priority path and file name to store the fillfile.", FieldWidth::kPath));
+      MakeTextField(page, setup.NameAs, "Priority path and file name to store the fillfile.",
+                    FieldWidth::kPath));
   form.AddGap();
   form.AddRow("Ingest Path",
-              MakeTextField(page, "txtIngestPath", setup.txtIngestPath,
-                            "Path where received messages are stored.", FieldWidth::kPath));
+              MakeTextField(page, setup.txtIngestPath, "Path where received messages are stored.",
+                            FieldWidth::kPath));
   form.AddRow("Ingest Engine", MakeIngestEngine(page, setup, actions));
   form.AddGap();
   form.AddRow("Purge directories after ",
-              MakeTextField(page, "txtPurgeTime", setup.txtPurgeTime, "Time to purge directories."),
-              "hours.");
-  form.AddRow("Log file size",
-              MakeTextField(page, "txtLogSize", setup.txtLogSize, "Log file size in bytes."));
+              MakeTextField(page, setup.txtPurgeTime, "Time to purge directories."), "hours.");
+  form.AddRow("Log file size", MakeTextField(page, setup.txtLogSize, "Log file size in bytes."));
   form.AddGap();
   form.AddWide(MakeOptions(page, setup));
   form.Finish();

@@ -37,7 +37,7 @@ Qt::WindowStates StateOf(WindowState state) {
 
 }  // namespace
 
-void WindowDialogs::Attach(MainWindow& mainWindow, SetupDialog& setup, Setup& fields,
+void WindowDialogs::Attach(MainWindow& mainWindow, SetupDialog& setup, SetupFields& fields,
                            Actions& actions) {
   mainWindow_ = &mainWindow;
   setup_ = &setup;

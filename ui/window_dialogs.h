@@ -8,7 +8,7 @@
 #include "base/reporting.h"
 #include "platform/clock.h"
 #include "platform/dialogs.h"
-#include "state/setup.h"
+#include "state/setup_fields.h"
 #include "station/actions.h"
 #include "ui/error_window.h"
 
@@ -23,7 +23,7 @@ class WindowDialogs : public Dialogs {
 
   /// The windows are made after the core, which holds what they show; this comes before anything
   /// is asked of them.
-  void Attach(MainWindow& mainWindow, SetupDialog& setup, Setup& fields, Actions& actions);
+  void Attach(MainWindow& mainWindow, SetupDialog& setup, SetupFields& fields, Actions& actions);
   /// Nobody can see a box: messages go to standard error, where the service manager keeps what
   /// programs say.
   void GoWithoutDisplay() { hasDisplay_ = false; }

@@ -24,22 +24,22 @@ struct VirtualMachine {
   explicit VirtualMachine(UtcTime start, std::vector<ZoneRule> zone = {{UtcTime{}, seconds(0)}})
       : clock(start, std::move(zone)) {}
 
-  /// The whole machine as a station gets it.
-  Platform For(std::string programFolder, Files& files, Archives& archives,
-               SettingsStores& stores) {
-    return {std::move(programFolder),
-            clock,
-            loop,
-            cycleTimer,
-            purgeTimer,
-            line,
-            datagrams,
-            files,
-            archives,
-            stores,
-            dialogs,
-            desktop,
-            instance};
+  /// The whole machine as a station gets it, its windows too unless others are given.
+  Platform For(std::string programFolder, Files& files, Archives& archives, SettingsStores& stores,
+               Dialogs* windows = nullptr) {
+    return {.programFolder = std::move(programFolder),
+            .clock = clock,
+            .events = loop,
+            .cycleTimer = cycleTimer,
+            .purgeTimer = purgeTimer,
+            .port = line,
+            .datagrams = datagrams,
+            .files = files,
+            .archives = archives,
+            .stores = stores,
+            .dialogs = windows != nullptr ? *windows : dialogs,
+            .desktop = desktop,
+            .instance = instance};
   }
 };
 

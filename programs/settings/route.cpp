@@ -57,7 +57,7 @@ std::string Routes::Of(const std::string& name) const {
 }  // namespace
 
 void RouteNames(StationFolder& station, const std::vector<std::string>& names) {
-  Setup setup;
+  SetupFields setup;
   TerminalReporting reporting;
   RuleLists lists({station.files(), reporting, setup, station.path()});
   lists.LoadRuleLists();

@@ -38,7 +38,7 @@ class AllSettings {
   }
 
  private:
-  Setup setup_;
+  SetupFields setup_;
   ProgramValues values_;
   std::vector<SettingRow> rows_;
 };

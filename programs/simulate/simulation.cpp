@@ -58,7 +58,7 @@ class Run {
       machine_.clock.At(at, [this] { SampleDepths(); });
     machine_.line.onWrite = [this](std::string_view bytes) { Watch(bytes); };
     for (const Priority p : AllPriorities()) {
-      subscriptions_.push_back(station_.mainWindow().PriorityList[p].OnChange(
+      subscriptions_.push_back(station_.mainFields().PriorityList[p].OnChange(
           [this, p](const ListChange& change) { Follow(p, change); }));
     }
   }
@@ -133,7 +133,7 @@ class Run {
   }
 
   void Follow(Priority p, const ListChange& change) {
-    const auto& queue = station_.mainWindow().PriorityList[p];
+    const auto& queue = station_.mainFields().PriorityList[p];
     auto& deepest = measures_.priorities[p].deepestQueue;
     deepest = std::max(deepest, queue.size());
     switch (change.kind) {
@@ -151,7 +151,7 @@ class Run {
   void SampleDepths() {
     DepthSample sample{machine_.clock.Monotonic(), {}};
     for (const Priority p : AllPriorities())
-      sample.depth[p] = station_.mainWindow().PriorityList[p].size();
+      sample.depth[p] = station_.mainFields().PriorityList[p].size();
     measures_.depths.push_back(sample);
   }
 

@@ -82,8 +82,19 @@ struct Machine {
   LinuxInstanceLock instance{folder};
 
   Platform AsPlatform() {
-    return {folder, clock,    events, cycleTimer, purgeTimer, port,    datagrams,
-            files,  archives, stores, dialogs,    desktop,    instance};
+    return {.programFolder = folder,
+            .clock = clock,
+            .events = events,
+            .cycleTimer = cycleTimer,
+            .purgeTimer = purgeTimer,
+            .port = port,
+            .datagrams = datagrams,
+            .files = files,
+            .archives = archives,
+            .stores = stores,
+            .dialogs = dialogs,
+            .desktop = desktop,
+            .instance = instance};
   }
 };
 
@@ -104,7 +115,7 @@ int main(int /*count*/, char* arguments[]) {
 
   Machine machine;
   Station station(machine.AsPlatform());
-  ui::MainWindow mainWindow(station.mainWindow(), station.engine(), station.actions());
+  ui::MainWindow mainWindow(station.mainFields(), station.status(), station.actions());
   auto* const setup = new ui::SetupDialog(station.setup(), station.actions(), &mainWindow);
   machine.dialogs.Attach(mainWindow, *setup, station.setup(), station.actions());
   const bool isSeen = QGuiApplication::platformName() != QLatin1String("offscreen");

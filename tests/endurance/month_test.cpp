@@ -100,9 +100,9 @@ class Month {
   /// Shortly before midnight, while the counters are still those of the day.
   void CompareDay() {
     constexpr int kSlack = 2;  // files that start while a day ends
-    const auto& engine = station_.station->engine();
-    if (std::abs(engine.FilesSentInAll() - delivery_.files) > kSlack ||
-        std::abs(engine.FillsSent - delivery_.fills) > kSlack)
+    const auto& status = station_.station->status();
+    if (std::abs(status.FilesSentInAll() - delivery_.files) > kSlack ||
+        std::abs(status.FillsSent - delivery_.fills) > kSlack)
       Complain("the day's figures are not what the line carried");
     delivery_.files = delivery_.fills = 0;
   }

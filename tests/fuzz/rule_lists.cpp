@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Workshop shop;
   auto& files = shop.files;
   SilentReporting reporting;
-  Setup setup;
+  SetupFields setup;
   RuleLists lists({files, reporting, setup, shop.folder});
   const RuleMatcher rules(setup.SetupPriList);
 
@@ -30,7 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Demand(setup.SetupPriList[target->list].Contains(target->keyword), "the target is a rule");
 
   const auto reloaded = [&](const RuleTexts& texts) {
-    Setup next;
+    SetupFields next;
     RuleLists loaded({files, reporting, next, shop.folder});
     loaded.SaveRuleLists(texts);
     loaded.LoadRuleLists();

@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FileCopy copy(shop.files, shop.clock);
   VirtualDialogs dialogs;
   SilentReporting reporting;
-  Setup setup;
+  SetupFields setup;
   Schedule schedule({shop.files, shop.clock, copy, dialogs, reporting, setup, shop.folder});
 
   const auto entry = ParseScheduleEntry(input);

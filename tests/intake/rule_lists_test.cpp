@@ -25,7 +25,7 @@ class RuleListsTest : public testing::Test {
   Lines ListOf(std::size_t list) { return Entries(setup.SetupPriList[list]); }
 
   VirtualStation station;
-  ostrel::Setup& setup = station.setup();
+  ostrel::SetupFields& setup = station.setup();
 };
 
 TEST_F(RuleListsTest, AKeywordIsRefusedForTheFirstThingWrongWithIt) {

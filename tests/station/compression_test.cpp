@@ -53,7 +53,7 @@ TEST(CompressFile, WaitsAsAnArchiveUnlessThatIsLarger) {
         content);
   }
   EXPECT_EQ(station.Names("KvData/RtXmit").size(), 5U) << "no archive too large is left";
-  const auto& totals = station.station->engine().compression;
+  const auto& totals = station.station->status().compression;
   EXPECT_EQ(std::pair(totals.compressed, totals.uncompressed), std::pair(compressed, uncompressed));
   EXPECT_FLOAT_EQ(totals.ratio, static_cast<float>(uncompressed) / static_cast<float>(compressed));
 }

@@ -19,7 +19,7 @@ class ProgramLogTest : public testing::Test {
   LinuxFiles real{clock};
   FaultyFiles files{real};
   VirtualDialogs dialogs;
-  ostrel::Setup setup;
+  ostrel::SetupFields setup;
   ProgramValues values;
   ProgramLog log{{files, clock, dialogs, setup, values}};
 };

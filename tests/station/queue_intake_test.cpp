@@ -52,7 +52,7 @@ TEST(QueueIntake, AFileThatComesBackLateReplacesNoNewerOne) {
   station.Run(50s);
   EXPECT_EQ(station.Names("KvData/RtXmit"), Lines{"A.TXT"}) << "it cannot be sent";
   EXPECT_EQ(station.realFiles.Status(station.InTransmitFolder("A.TXT")), queued) << "its age";
-  EXPECT_EQ(station.station->engine().FilesSent[Priority(3)], 1);
+  EXPECT_EQ(station.station->status().FilesSent[Priority(3)], 1);
   EXPECT_EQ(station.LogOf("MakePacket").size() + station.LogOf("Pending").size(), 2U);
   station.files.copyFault = nullptr;
   station.Hold(1, "BUSY.TXT", SampleText(60'000));

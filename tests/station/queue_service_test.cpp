@@ -19,7 +19,7 @@ class QueueServiceTest : public testing::Test {
     station.Rule(1, "AFD*");
     station.Set({{"CWIDTime", "0"}, {"TxUpTime", "0"}});
   }
-  Engine& engine() { return station.station->engine(); }
+  TransmitStatus& status() { return station.station->status(); }
   void RunTicks(int ticks) { station.Run(ticks * kCyclePeriod); }
   VirtualStation station;
 };
@@ -32,22 +32,22 @@ TEST_F(QueueServiceTest, ATurnIsTakenWithFiftyBytesWaitingAndNotWithMore) {
     station.Run(2s);  // drains
     station.machine.clock.At(station.machine.clock.Monotonic() + kCyclePeriod,
                              [&] { station.machine.line.Write(std::string(waiting, 'x')); });
-    const int before = engine().FillsSent;
+    const int before = status().FillsSent;
     RunTicks(1);
-    EXPECT_EQ(engine().FillsSent - before, turns) << waiting;
+    EXPECT_EQ(status().FillsSent - before, turns) << waiting;
   }
 }
 
 TEST_F(QueueServiceTest, TheFillFileGoesInOncePerTurnUntilItIsQueued) {
   station.Start();
   RunTicks(1);
-  EXPECT_EQ(engine().FillsSent, 1);
+  EXPECT_EQ(status().FillsSent, 1);
   RunTicks(60);  // queued, sent and nearly drained
-  EXPECT_EQ(engine().FillsSent, 1);
-  EXPECT_EQ(engine().FilesSent[kTen], 1);
+  EXPECT_EQ(status().FillsSent, 1);
+  EXPECT_EQ(status().FilesSent[kTen], 1);
   station.Run(60s);
   // One lies between two packets of 10.2 s: the turns of a fill file do without a second one.
-  EXPECT_EQ(static_cast<std::size_t>(engine().FillsSent), station.Packets().size());
+  EXPECT_EQ(static_cast<std::size_t>(status().FillsSent), station.Packets().size());
   EXPECT_GE(station.Packets().size(), 6U);
   const auto stamp = station.realFiles.Status(station.Path("FillFile.txt")).written;
   EXPECT_GT(stamp, kNoon + 50s) << "it carries the time of its last insertion";
@@ -101,7 +101,7 @@ TEST_F(QueueServiceTest, AFileThatVanishesOrCannotBeReadCostsNoMoreThanItself) {
   const std::string vanished = *queue.begin() == "AFDB.TXT" ? "AFDD.TXT" : "AFDB.TXT";
   std::filesystem::remove(station.Path("KvData/RtXmit/" + vanished));
   station.Run(85s);
-  EXPECT_EQ(engine().MaximumCount[kTwo], 3) << "the longest queue";
+  EXPECT_EQ(status().MaximumCount[kTwo], 3) << "the longest queue";
   const auto received = station.Blocks();
   EXPECT_EQ(received.size(), 5U) << "two whole files and the second block of AFDC.TXT";
   EXPECT_EQ(std::count(received.begin(), received.end(), "AFDC.TXT 2/2"), 1);

@@ -46,7 +46,7 @@ TEST(Settings, EveryKeyMakesTheRoundThroughSaveStopAndStart) {
   EXPECT_EQ(values.ingestPath, station.Path("in/"));
   EXPECT_EQ(station.setup().txtIngestPath.Get(), station.Path("in"));
   EXPECT_TRUE(values.unZipFiles && values.packetHost && !values.showErrors);
-  EXPECT_EQ(values.engine, 2);
+  EXPECT_EQ(values.ingestEngine, 2);
 }
 
 TEST(Settings, AnImportAsksThenLooksForItsFileThenStartsAndSaysSo) {

@@ -22,12 +22,12 @@ TEST(Statistics, AreWrittenAtTheFirstTickOfTheirSecondAndClosedAtMidnight) {
     VirtualStation station(kNoon + start);
     station.Set("CWIDTime", "0");
     station.Start();
-    auto& engine = station.station->engine();
+    auto& status = station.station->status();
     station.machine.line.Write(std::string(1100, 'x'));  // busy, so that no figure grows
-    engine.FillsSent = 5;
-    engine.FilesSent[Priority(10)] = 7;
-    engine.MaximumCount[Priority(2)] = 12;
-    engine.compression = {.compressed = 2, .uncompressed = 3, .ratio = 1.5F};
+    status.FillsSent = 5;
+    status.FilesSent[Priority(10)] = 7;
+    status.MaximumCount[Priority(2)] = 12;
+    status.compression = {.compressed = 2, .uncompressed = 3, .ratio = 1.5F};
     station.Run(4s);
     Lines expected;
     if (areWritten) expected = {"Throughput = 1800 BPS", "Fills Sent: 5", "Files Sent: 7"};
@@ -35,10 +35,10 @@ TEST(Statistics, AreWrittenAtTheFirstTickOfTheirSecondAndClosedAtMidnight) {
       expected.push_back(fmt::format("Priority {:02} Maximum Count: {}", p, p == 2 ? 12 : 0));
     EXPECT_EQ(station.Messages("Stats"), expected);
     for (const auto& line : station.LogOf("Stats")) EXPECT_EQ(line.substr(11, 6), ":00:00");
-    const auto& [compressed, uncompressed, ratio] = engine.compression;
-    EXPECT_EQ(std::tuple(engine.FillsSent, engine.FilesSentInAll(), compressed, uncompressed),
+    const auto& [compressed, uncompressed, ratio] = status.compression;
+    EXPECT_EQ(std::tuple(status.FillsSent, status.FilesSentInAll(), compressed, uncompressed),
               areReset ? std::tuple(0, 0, 0, 0) : std::tuple(5, 7, 2, 3));
-    EXPECT_EQ(engine.MaximumCount[Priority(2)], areReset ? 0 : 12);
+    EXPECT_EQ(status.MaximumCount[Priority(2)], areReset ? 0 : 12);
     EXPECT_EQ(ratio, 1.5F);
   }
 }

@@ -82,8 +82,8 @@ class VirtualStation {
   /// The same without stamp and category; of all categories when there is none.
   Lines Messages(const std::string& category = "");
 
-  Setup& setup() { return station->setup(); }
-  MainWindow& window() { return station->mainWindow(); }
+  SetupFields& setup() { return station->setup(); }
+  MainFields& window() { return station->mainFields(); }
 
   TemporaryFolder folder;
   VirtualMachine machine;

@@ -34,7 +34,7 @@ TEST(MainWindow, TheStationsFiguresShowAtTheirPlaces) {
   ostrel.window().imgActivity.Set(Light::kYellow);
   EXPECT_EQ(light->pixmap().toImage(), ostrel.Find<QLabel>("imgYellowLed")->pixmap().toImage());
   ostrel.Click("lblStatus2");
-  EXPECT_TRUE(ostrel.station->engine().timingReadout);
+  EXPECT_TRUE(ostrel.station->status().timingReadout);
   ostrel.window().PriorityList[Priority(10)].Append("A.TXT");
   for (int i = 0; i < 2; ++i) ostrel.Find<QAction>("mnuStatus")->trigger();
   EXPECT_EQ(ostrel.mainWindow->findChildren<QWidget*>("frmStatus").size(), 1);

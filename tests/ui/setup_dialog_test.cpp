@@ -15,27 +15,27 @@ constexpr int kScheduleTab = 16;
 TEST(SetupDialog, ValueLabelsStepByTheButtonAndTheSpeedOfAnyHand) {
   WindowedStation ostrel;
   struct Step {
-    const char* name;
-    Field<std::string> Setup::*field;
+    Field<std::string> SetupFields::*field;
     const char *from, *to;
     Qt::MouseButton button = Qt::LeftButton;
     bool isFastPair = false;
   };
-  for (const auto& [name, field, from, to, button, isFastPair] :
-       {Step{"lblOutPort", &Setup::lblOutPort, "1", "8", Qt::RightButton},
-        {"lblOutBaud", &Setup::lblOutBaud, "2400", "19200", Qt::LeftButton, true},
-        {"lblOutStop", &Setup::lblOutStop, "1.5", "1"},
-        {"lblCopies", &Setup::lblCopies, "9", "3", Qt::LeftButton, true},
-        {"CompFiles", &Setup::CompFiles, "0", "0", Qt::RightButton},
-        {"BlockPriority", &Setup::BlockPriority, "10", "1"}}) {
-    auto* const label = ostrel.Find<QLabel>(name);
-    (ostrel.setup().*field).Set(from);
+  for (const auto& [member, from, to, button, isFastPair] :
+       {Step{&SetupFields::lblOutPort, "1", "8", Qt::RightButton},
+        {&SetupFields::lblOutBaud, "2400", "19200", Qt::LeftButton, true},
+        {&SetupFields::lblOutStop, "1.5", "1"},
+        {&SetupFields::lblCopies, "9", "3", Qt::LeftButton, true},
+        {&SetupFields::CompFiles, "0", "0", Qt::RightButton},
+        {&SetupFields::BlockPriority, "10", "1"}}) {
+    auto& field = ostrel.setup().*member;
+    auto* const label = ostrel.Find<QLabel>(field.name().c_str());
+    field.Set(from);
     QTest::mouseClick(label, button);
     if (isFastPair) {  // the toolkit takes the second press for a double click
       QTest::mouseDClick(label, button);
       QTest::mouseRelease(label, button);
     }
-    EXPECT_EQ(label->text(), to) << name;
+    EXPECT_EQ(label->text(), to) << field.name();
   }
 }
 

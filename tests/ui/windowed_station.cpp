@@ -10,11 +10,9 @@ WindowedStation::WindowedStation() {
 void WindowedStation::MakeStation() {
   mainWindow.reset();
   station.reset();
-  station = std::make_unique<Station>(Platform{folder.path(), machine.clock, machine.loop,
-                                               machine.cycleTimer, machine.purgeTimer, machine.line,
-                                               machine.datagrams, files, archives, stores, dialogs,
-                                               machine.desktop, machine.instance});
-  mainWindow = std::make_unique<ui::MainWindow>(window(), station->engine(), station->actions());
+  station =
+      std::make_unique<Station>(machine.For(folder.path(), files, archives, stores, &dialogs));
+  mainWindow = std::make_unique<ui::MainWindow>(window(), station->status(), station->actions());
   setupDialog = new ui::SetupDialog(setup(), station->actions(), mainWindow.get());
   dialogs.Attach(*mainWindow, *setupDialog, setup(), station->actions());
 }

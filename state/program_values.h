@@ -1,45 +1,19 @@
-// The engine's own values: what no window shows as a field, but more than one part of the station
-// reads.
+// What start-up reads of the settings and only a save changes, with the folders that follow from
+// it.
 #pragma once
 
 #include <cstdint>
 #include <limits>
 #include <string>
 
-#include "base/priority.h"
-#include "base/time.h"
-
 namespace ostrel {
-
-/// The compression's account of the day.
-struct CompressionTotals {
-  std::int64_t compressed = 0;    // bytes
-  std::int64_t uncompressed = 0;  // bytes
-  float ratio = 1;
-};
-
-struct Engine {
-  bool timingReadout = false;
-  LocalTime TxStart{};            // of the present transmit period, or pause
-  std::string PendingPacket;      // empty, or one packet
-  PerPriority<int> FilesSent;     // since midnight
-  PerPriority<int> MaximumCount;  // the longest queue since midnight
-  int FillsSent = 0;              // since midnight
-  CompressionTotals compression;
-
-  int FilesSentInAll() const {
-    int sum = 0;
-    for (const int sent : FilesSent) sum += sent;
-    return sum;
-  }
-};
 
 /// The values that start-up reads and only a save changes.
 struct ProgramValues {
-  std::string programFolder;  // without a separator at its end
-  std::string dataRoot;       // likewise
-  std::string ingestPath;     // with one at its end, or empty
-  std::int16_t engine = 0;    // 0 none, 1 serial ingest program, 2 internet ingest program
+  std::string programFolder;      // without a separator at its end
+  std::string dataRoot;           // likewise
+  std::string ingestPath;         // with one at its end, or empty
+  std::int16_t ingestEngine = 0;  // 0 none, 1 serial ingest program, 2 internet ingest program
   /// Bytes. A start that could not read it cuts no log.
   std::int32_t logSize = std::numeric_limits<std::int32_t>::max();
   bool unZipFiles = false;
