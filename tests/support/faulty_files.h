@@ -15,6 +15,7 @@ class FaultyFiles : public Files {
   Fault statusFault, lockFault, deleteFault, readFault, writeFault, appendFault;
   /// Returns a copy code, 0 to let the copy happen.
   std::function<int(const std::string& source, const std::string& destination)> copyFault;
+  std::function<void(std::string_view content)> onAppend;
 
   explicit FaultyFiles(Files& real) : real_(real) {}
 
@@ -48,6 +49,7 @@ class FaultyFiles : public Files {
   }
   void Append(const std::string& p, std::string_view c) override {
     Past(appendFault, p).Append(p, c);
+    if (onAppend) onAppend(c);
   }
 
  protected:

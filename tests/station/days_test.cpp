@@ -1,0 +1,471 @@
+// Days of the station, told in tests/days: a command stands at the left edge, and indented below it
+// what the station did until the next one, by the clock on its wall. With OSTREL_TELL_DAYS=1 the
+// texts are written anew from what happens; read the difference before you believe it.
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
+
+#include "base/numbers.h"
+#include "base/text.h"
+#include "tests/support/virtual_station.h"
+
+namespace ostrel {
+namespace {
+
+namespace chr = std::chrono;
+namespace fs = std::filesystem;
+
+const fs::path kDays = fs::path(OSTREL_SOURCE_DIR) / "tests/days";
+
+/// The words of one command.
+class Words {
+ public:
+  explicit Words(const std::string& command) : words_(command) {}
+  std::string Next() {
+    std::string word;
+    words_ >> word;
+    return word;
+  }
+  int Number() { return std::stoi(Next()); }
+  /// "125ms", "3s", "10m" or "2h".
+  milliseconds Time() {
+    std::size_t unit = 0;
+    const auto word = Next();
+    const long count = std::stol(word, &unit);
+    const auto name = word.substr(unit);
+    return name == "ms"  ? count * 1ms
+           : name == "s" ? count * 1s
+           : name == "m" ? count * 1min
+                         : count * 1h;
+  }
+  std::string Rest() {
+    std::string rest;
+    std::getline(words_ >> std::ws, rest);
+    return rest;
+  }
+  /// A text, or as much of one as a number says.
+  std::string Content() {
+    const auto rest = Rest();
+    return IsNumber(rest) ? SampleText(std::stoul(rest)) : rest;
+  }
+
+ private:
+  std::istringstream words_;
+};
+
+class Day : public VirtualStation {
+ public:
+  /// `head` is the first line of a day: "clock 11:59:50 -5".
+  explicit Day(Words head) : Day(Lines{head.Next(), head.Next(), head.Next()}) {}
+  ~Day() override {
+    if (!machine.dialogs.hasEnded) station->Stop();
+  }
+
+  /// Gives one command; returns it with what happened.
+  std::string Live(const std::string& command) {
+    told_ = command + "\n";
+    Do(command);
+    TellMachine();
+    return told_;
+  }
+
+ private:
+  explicit Day(const Lines& head)
+      : VirtualStation(
+            chr::floor<chr::days>(kNoon) + TimeOf(head[1]) - chr::hours(std::stoi(head[2])),
+            {{UtcTime{}, chr::hours(std::stoi(head[2]))}}) {
+    machine.line.onWrite = [this](std::string_view bytes) { TellWritten(bytes); };
+    files.onAppend = [this](std::string_view line) {
+      Tell("log " + std::string(line.substr(9, 9)) + "|" + std::string(line.substr(18)));
+    };
+    Watch();
+  }
+
+  static milliseconds TimeOf(const std::string& clock) {
+    return std::stoi(clock) * 1h + std::stoi(clock.substr(3)) * 1min +
+           std::stoi(clock.substr(6)) * 1s;
+  }
+
+  void Do(const std::string& command) {
+    Words words(command);
+    const auto verb = words.Next();
+    if (verb.empty() || verb == "clock" || verb[0] == '#') return;
+    const auto known = verbs_.find(verb);
+    if (known == verbs_.end()) throw std::runtime_error("a day does not know \"" + verb + "\"");
+    known->second(words);
+  }
+
+  void MakeStation() override {
+    watched_.clear();
+    VirtualStation::MakeStation();
+    Watch();
+  }
+
+  void Watch() {
+    auto& m = window();
+    auto& s = setup();
+    for (auto* field : {&m.lblStatus2,
+                        &m.lblActivefile,
+                        &m.lblBlkPktNum,
+                        &m.lblBlkPktTot,
+                        &m.lblFilesSent,
+                        &m.lblDataRate,
+                        &m.lblCompressionRatio,
+                        &m.lblThroughput,
+                        &s.CWidenty,
+                        &s.IDTime,
+                        &s.CWSpeed,
+                        &s.TimeLeft,
+                        &s.LastId,
+                        &s.lblOutPort,
+                        &s.lblOutBaud,
+                        &s.lblOutData,
+                        &s.lblOutStop,
+                        &s.lblOutParity,
+                        &s.lblCommMesg,
+                        &s.txtTxDelay,
+                        &s.totdown,
+                        &s.totup,
+                        &s.lblCopies,
+                        &s.Diddle,
+                        &s.NameAs,
+                        &s.txtIngestPath,
+                        &s.txtPurgeTime,
+                        &s.txtLogSize,
+                        &s.CompFiles,
+                        &s.BlockPriority,
+                        &s.txtSchedule})
+      Watch(*field);
+    for (auto* box : {&s.chkBrask, &s.chkByteBlaster, &s.chkUnZipFiles, &s.chkLogDaily,
+                      &s.chkShowErrors, &s.LogIt, &s.chkPacketHost})
+      Watch(*box);
+    for (auto* list : {&s.CompressList, &s.lstSchedule}) Watch(*list);
+    for (auto* shade : {&m.lblActivefileBackColor, &m.lblDataRateBackColor}) Watch(*shade);
+    watched_.push_back(m.imgActivity.OnChange([this](Light) { ++flickers_; }));
+    for (auto& list : s.SetupPriList) Watch(list);
+    for (auto& entry : s.pri1inbox) Watch(entry);
+    for (const Priority p : AllPriorities()) {
+      Watch(m.lblSending[p]);
+      Watch(m.PriorityList[p]);
+      Watch(s.chkOverWrite[p]);
+      Watch(s.chkSendComp[p]);
+    }
+  }
+  void Watch(Field<std::string>& field) {
+    texts_[field.name()] = [&field](const std::string& text) { field.Set(text); };
+    watched_.push_back(
+        field.OnChange([&](const std::string& text) { Tell(field.name() + " = " + text); }));
+  }
+  template <typename Choice>
+  void Watch(Field<Choice>& field) {
+    texts_[field.name()] = [&field](const std::string& text) {
+      field.Set(static_cast<Choice>(std::stoi(text)));
+    };
+    watched_.push_back(field.OnChange([&](Choice choice) {
+      Tell(fmt::format("{} = {}", field.name(), static_cast<int>(choice)));
+    }));
+  }
+  void Watch(ListField& list) {
+    watched_.push_back(list.OnChange([&](const ListChange&) {
+      Tell(fmt::format("{}: {}", list.name(), fmt::join(list, ", ")));
+    }));
+  }
+
+  /// One line of what happened, behind what the machine has noted until then.
+  void Tell(const std::string& what) {
+    TellMachine();
+    if (flickers_ > 0) Note(fmt::format("the light changes {} times", std::exchange(flickers_, 0)));
+    Note(what);
+  }
+
+  void Note(const std::string& what) { Note(what, machine.clock.Now()); }
+  void Note(std::string what, LocalTime time) {
+    for (std::size_t at; (at = what.find(folder.path())) != std::string::npos;)
+      what.replace(at, folder.path().size(), "~");
+    std::replace(what.begin(), what.end(), '\n', '|');
+    std::erase(what, '\r');
+    while (what.ends_with('|')) what.pop_back();
+    const chr::hh_mm_ss clock(time - chr::floor<chr::days>(time));
+    told_ += fmt::format("  {:02}:{:02}:{:02}.{:03} {}\n", clock.hours().count(),
+                         clock.minutes().count(), clock.seconds().count(),
+                         clock.subseconds().count(), what);
+  }
+
+  /// What the machine has noted since the last time.
+  void TellMachine() {
+    auto& line = machine.line;
+    auto& dialogs = machine.dialogs;
+    auto& desktop = machine.desktop;
+    for (const auto& opening : std::exchange(line.openings, {})) Note("port opens " + opening);
+    for (const auto& event : std::exchange(line.keying, {}))
+      Note(fmt::format("key line {} {}", event.line, event.on ? "on" : "off"),
+           machine.clock.Now() - (machine.clock.Monotonic() - event.at));
+    for (const auto& bytes : std::exchange(machine.datagrams.sent, {}))
+      Note(fmt::format("datagram {} of {} bytes to {}:{} {}", bytes.substr(0, 7), bytes.size(),
+                       machine.datagrams.address, machine.datagrams.port,
+                       machine.datagrams.configuration));
+    for (const auto& [title, text, icon, buttons] : std::exchange(dialogs.messages, {}))
+      Note(fmt::format("message {} [{}] {}{}", title, static_cast<int>(icon), text,
+                       buttons == MessageButtons::kYesNo ? " (yes/no)" : ""));
+    for (const auto& text : std::exchange(dialogs.errors, {})) Note("error window " + text);
+    for (const auto& command : std::exchange(desktop.started, {}))
+      Note(fmt::format("starts {}", fmt::join(command, " ")));
+    for (const auto& title : std::exchange(desktop.restored, {})) Note("restores " + title);
+    for (const auto& address : std::exchange(desktop.opened, {})) Note("opens " + address);
+    const auto shown =
+        fmt::format("windows:{}{}{}", dialogs.mainIsShown ? " main" : "",
+                    dialogs.setupIsShown ? " setup" : "", dialogs.hasEnded ? " ended" : "");
+    if (std::exchange(shown_, shown) != shown) Note(shown);
+  }
+
+  void TellWritten(std::string_view bytes) {
+    if (bytes.empty()) return;
+    if (bytes.size() != kReceivedPacket) return Tell(fmt::format("sends \"{}\"", bytes));
+    const auto [packet, problems] = ReadPacket(bytes);
+    Tell(fmt::format("sends {} {}/{} of {}{}", packet.name, packet.block, packet.count,
+                     packet.stamp, fmt::join(problems, ", ")));
+  }
+
+  void Store(Words& words) {
+    const auto key = words.Next();
+    auto rows = StationSettings(setup(), station->values());
+    for (auto& row : ScreenSettings()) rows.push_back(row);
+    for (const auto& row : rows)
+      if (row.key == key) return Set(key, words.Rest(), row.section);
+    throw std::runtime_error("no setting " + key);
+  }
+
+  /// "fail delete 70 2 RtXmit": the step fails with that number, the next so many times, where the
+  /// path holds that text.
+  void Fail(Words& words) {
+    auto step = words.Next();
+    const int number = words.Number(), times = words.Number();
+    const auto part = words.Rest();
+    const auto isMeant = [part, left = std::make_shared<int>(times)](const std::string& path) {
+      return path.find(part) != std::string::npos && (*left)-- > 0;
+    };
+    if (step == "copy") {
+      files.copyFault = [=](auto&, const std::string& to) { return isMeant(to) ? number : 0; };
+      return;
+    }
+    const std::map<std::string, FaultyFiles::Fault*> faults = {
+        {"status", &files.statusFault}, {"lock", &files.lockFault},
+        {"delete", &files.deleteFault}, {"read", &files.readFault},
+        {"write", &files.writeFault},   {"append", &files.appendFault}};
+    *faults.at(step) = [=](const std::string& path) {
+      if (isMeant(path)) throw Failure(number, "as told");
+    };
+  }
+
+  void Zip(Words& words) {
+    const auto path = Path(words.Next());
+    const auto member = words.Next();
+    const TemporaryFolder bench;
+    WriteFile(bench.path() + "/" + member, words.Content());
+    const auto archive = archives.Create(path).writer;
+    archive->Add(bench.path(), member);
+    archive->Close();
+  }
+
+  void Press(Words& words) {
+    auto& a = station->actions();
+    const auto button = words.Next();
+    const std::map<std::string, std::function<void()>> buttons = {
+        {"setup", [&] { a.ShowSetup(); }},
+        {"morse", [&] { a.SendMorseId(); }},
+        {"log", [&] { a.ViewLogfile(); }},
+        {"ingest", [&] { a.ShowIngest(); }},
+        {"export", [&] { a.ExportSettings(); }},
+        {"import", [&] { a.ImportSettings(); }},
+        {"exit", [&] { a.Exit(); }},
+        {"close", [&] { a.Close(); }},
+        {"web", [&] { a.OpenWebSite(); }},
+        {"mail", [&] { a.MailSupport(); }},
+        {"readout", [&] { a.ToggleTimingReadout(); }},
+        {"leave",
+         [&] { Tell(a.LeaveSetup() == SaveOutcome::kHide ? "setup is left" : "setup stays"); }},
+        {"add", [&] { a.AddKeyword(static_cast<std::size_t>(words.Number())); }},
+        {"drop", [&] { a.RemoveKeywords(static_cast<std::size_t>(words.Number()), {0}); }},
+        {"schedule",
+         [&] { Tell(a.AddScheduleEntry() == AfterEntry::kNothing ? "taken" : "refused"); }},
+        {"unschedule", [&] { a.RemoveScheduleEntries({0}); }},
+        {"edit", [&] { a.EditScheduleEntry(0); }},
+        {"help", [&] { a.ShowScheduleHelp(); }},
+        {"port", [&] { a.StepPort(Button::kLeft); }},
+        {"baud", [&] { a.StepBaud(); }},
+        {"stopbits", [&] { a.StepStopBits(); }},
+        {"copies", [&] { a.StepCopies(Button::kLeft); }},
+        {"files", [&] { a.StepCompFiles(Button::kLeft); }},
+        {"priority", [&] { a.StepBlockPriority(); }},
+        {"brask", [&] { a.BraskClicked(); }},
+        {"tiltor", [&] { a.ByteBlasterClicked(); }},
+        {"errors", [&] { a.ShowErrorsClicked(); }},
+        {"delete",
+         [&] {
+           const Priority p(words.Number());
+           std::vector<std::size_t> selected;
+           for (auto word = words.Next(); !word.empty(); word = words.Next())
+             selected.push_back(std::stoul(word));
+           a.RemoveQueued(p, selected);
+         }},
+    };
+    buttons.at(button)();
+  }
+
+  /// What was stored since the last time.
+  void TellStore() {
+    for (const auto& [path, key, value, isRaw] : OpenAtRoot(stores)->List(kFamilyTree)) {
+      const auto name = path.substr(path.rfind('\\') + 1) + " " + key;
+      const auto [known, isNew] = stored_.emplace(name, value);
+      if (!isNew && std::exchange(known->second, value) == value) continue;
+      Tell(fmt::format("stored {} = {}", name, value));
+    }
+  }
+
+  /// The time of a file that the real machine wrote is not told.
+  void TellFiles(const std::string& name) {
+    for (const auto& file : Names(name)) {
+      const auto [size, written] = realFiles.Status(Path(name + "/" + file));
+      const bool isTold = written <= machine.clock.UtcNow();
+      if (file != "KvRegistry.db")
+        Tell(fmt::format("{} {} {}", file, size,
+                         isTold ? FormatLogStamp(machine.clock.ToLocal(written)) : ""));
+    }
+  }
+
+  std::string told_, shown_;
+  std::map<std::string, std::string> stored_;
+  int flickers_ = 0;
+  std::vector<Subscription> watched_;
+  std::map<std::string, std::function<void(const std::string&)>> texts_;
+  const std::map<std::string, std::function<void(Words&)>> verbs_ = {
+      {"rule",
+       [this](Words& w) {
+         const auto list = static_cast<std::size_t>(w.Number());
+         Rule(list, w.Rest());
+       }},
+      {"set", [this](Words& w) { Store(w); }},
+      {"lay",
+       [this](Words& w) {
+         const auto path = Path(w.Next());
+         WriteFile(path, w.Content());
+       }},
+      {"more",
+       [this](Words& w) {
+         const auto path = Path(w.Next());
+         WriteFile(path, ReadFile(path) + "\r\n" + w.Rest());
+       }},
+      {"drop",
+       [this](Words& w) {
+         const auto name = w.Next();
+         Drop(name, w.Content());
+       }},
+      {"zip", [this](Words& w) { Zip(w); }},
+      {"age",
+       [this](Words& w) {
+         const auto path = Path(w.Next());
+         realFiles.SetLastWriteTime(path, machine.clock.UtcNow() - w.Time());
+       }},
+      {"delete", [this](Words& w) { fs::remove_all(Path(w.Next())); }},
+      {"folder", [this](Words& w) { fs::create_directories(Path(w.Next())); }},
+      {"link",
+       [this](Words& w) {
+         const auto to = Path(w.Next());
+         fs::create_symlink(to, Path(w.Next()));
+       }},
+      {"start", [this](Words&) { Tell(station->Start() ? "started" : "not started"); }},
+      {"restart", [this](Words&) { Restart(); }},
+      {"stop", [this](Words&) { station->Stop(); }},
+      {"kill",
+       [this](Words&) {
+         machine.line.Close();
+         machine.dialogs.hasEnded = true;
+       }},
+      {"run", [this](Words& w) { Run(w.Time()); }},
+      {"wait", [this](Words& w) { machine.clock.Advance(w.Time()); }},
+      {"turn", [this](Words& w) { machine.clock.StepWallClock(w.Time()); }},
+      {"enter",
+       [this](Words& w) {
+         const auto element = w.Next();
+         texts_.at(element)(w.Rest());
+       }},
+      {"press", [this](Words& w) { Press(w); }},
+      {"answer",
+       [this](Words& w) {
+         machine.dialogs.Answer(w.Next() == "yes" ? MessageAnswer::kYes : MessageAnswer::kNo);
+       }},
+      {"fail", [this](Words& w) { Fail(w); }},
+      {"device", [this](Words& w) { machine.line.SetPresent(w.Next() == "back"); }},
+      {"no",
+       [this](Words& w) {
+         const auto what = w.Next();
+         if (what == "editor") machine.desktop.hasEditor = false;
+         if (what == "first") machine.instance.isFirst = false;
+         if (what == "port") machine.line.devices.clear();
+       }},
+      {"stuck",
+       [this](Words& w) {
+         (w.Next() == "lines" ? machine.line.lineFails : machine.line.writeFails) = true;
+       }},
+      {"window", [this](Words& w) { machine.desktop.windows.insert(w.Rest()); }},
+      {"place",
+       [this](Words& w) {
+         machine.dialogs.placement = {1500, 2250, 7875, 6375, static_cast<WindowState>(w.Number())};
+       }},
+      {"in",
+       [this](Words& w) {
+         const auto at = machine.clock.Monotonic() + w.Time();
+         machine.loop.OperatorAt(at, [this, c = w.Rest()] {
+           Tell("> " + c);
+           Do(c);
+         });
+       }},
+      {"meanwhile",
+       [this](Words& w) {
+         const auto at = machine.clock.Monotonic() + w.Time();
+         machine.clock.At(at, [this, c = w.Rest()] {
+           Tell("> " + c);
+           Do(c);
+         });
+       }},
+      {"store", [this](Words&) { TellStore(); }},
+      {"files", [this](Words& w) { TellFiles(w.Next()); }},
+      {"placed",
+       [this](Words&) {
+         const auto& p = machine.dialogs.placement;
+         Tell(fmt::format("window at {} {} {} {} {}", p.left, p.top, p.width, p.height,
+                          static_cast<int>(p.state)));
+       }},
+  };
+};
+
+class Days : public testing::TestWithParam<std::string> {};
+
+TEST_P(Days, GoAsTold) {
+  const auto path = (kDays / GetParam()).string();
+  const auto told = VirtualStation::ReadFile(path);
+  std::string lived;
+  std::optional<Day> day;
+  ForEachLine(told, [&](std::string_view line) {
+    if (line.starts_with("  ")) return;
+    if (!day) day.emplace(Words(std::string(line)));
+    lived += day->Live(std::string(line));
+  });
+  if (std::getenv("OSTREL_TELL_DAYS") != nullptr) std::ofstream(path) << lived;
+  EXPECT_EQ(told, lived);
+}
+
+std::vector<std::string> AllDays() {
+  std::vector<std::string> days;
+  for (const auto& file : fs::directory_iterator(kDays)) days.push_back(file.path().filename());
+  return days;
+}
+
+INSTANTIATE_TEST_SUITE_P(, Days, testing::ValuesIn(AllDays()),
+                         [](const auto& day) { return day.param.substr(0, day.param.find('.')); });
+
+}  // namespace
+}  // namespace ostrel
