@@ -32,6 +32,11 @@ struct Message {
   friend bool operator==(const Message&, const Message&) = default;
 };
 
+/// What a message gets that nobody answers: what changes nothing.
+inline MessageAnswer SafeAnswer(const Message& message) {
+  return message.buttons == MessageButtons::kYesNo ? MessageAnswer::kNo : MessageAnswer::kOk;
+}
+
 class Dialogs {
  public:
   virtual ~Dialogs() = default;

@@ -32,10 +32,6 @@ QMessageBox::StandardButtons ButtonsOf(const Message& message) {
 
 }  // namespace
 
-MessageAnswer SafeAnswer(const Message& message) {
-  return message.buttons == MessageButtons::kYesNo ? MessageAnswer::kNo : MessageAnswer::kOk;
-}
-
 MessageBox::MessageBox(const Message& message, std::function<void(MessageAnswer)> answered,
                        QWidget* owner)
     : QMessageBox(IconOf(message.icon), ToQt(message.title), ToQt(message.text).remove('\r'),

@@ -9,9 +9,6 @@
 
 namespace ostrel::ui {
 
-/// What a message gets that nobody answers: what changes nothing.
-MessageAnswer SafeAnswer(const Message& message);
-
 class MessageBox : public QMessageBox {
   Q_OBJECT
 

@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QScreen>
-#include <fmt/format.h>
 
 #include "ui/bindings.h"
 #include "ui/main_window.h"
@@ -13,8 +12,6 @@
 
 namespace ostrel::ui {
 namespace {
-
-constexpr const char* kCategory = "Message";
 
 float ToTwips(int pixels) {
   return static_cast<float>(pixels * kTwipsPerPixel);
@@ -46,17 +43,10 @@ void WindowDialogs::Attach(MainWindow& mainWindow, SetupDialog& setup, SetupFiel
 
 void WindowDialogs::ShowMessage(const Message& message,
                                 std::function<void(MessageAnswer)> answered) {
-  if (hasDisplay_) {
-    // Comes up last, in front of the windows that its asker has yet to show, hide and activate.
-    QMetaObject::invokeMethod(
-        mainWindow_, [this, message, answered] { OpenBox(message, answered); },
-        Qt::QueuedConnection);
-    return;
-  }
-  const auto text = ToQt(message.text).simplified().toStdString();
-  fmt::print(stderr, "ostrel: {}\n", text);
-  if (log_ != nullptr) log_->WriteLog(kCategory, text);
-  if (answered) answered(SafeAnswer(message));
+  if (!hasDisplay_) return unseen_.Show(message, answered);
+  // Comes up last, in front of the windows that its asker has yet to show, hide and activate.
+  QMetaObject::invokeMethod(
+      mainWindow_, [this, message, answered] { OpenBox(message, answered); }, Qt::QueuedConnection);
 }
 
 void WindowDialogs::OpenBox(const Message& message,

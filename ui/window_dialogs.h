@@ -5,11 +5,11 @@
 #include <QPointer>
 #include <functional>
 
-#include "base/reporting.h"
 #include "platform/clock.h"
 #include "platform/dialogs.h"
 #include "state/setup_fields.h"
 #include "station/actions.h"
+#include "station/unseen_messages.h"
 #include "ui/error_window.h"
 
 namespace ostrel::ui {
@@ -24,11 +24,9 @@ class WindowDialogs : public Dialogs {
   /// The windows are made after the core, which holds what they show; this comes before anything
   /// is asked of them.
   void Attach(MainWindow& mainWindow, SetupDialog& setup, SetupFields& fields, Actions& actions);
-  /// Nobody can see a box: messages go to standard error, where the service manager keeps what
-  /// programs say.
+  /// Nobody can see a box: messages go where those of a station without windows go.
   void GoWithoutDisplay() { hasDisplay_ = false; }
-  /// ... and from now on to the log as well.
-  void LogMessagesTo(Reporting& log) { log_ = &log; }
+  void LogMessagesTo(Reporting& log) { unseen_.LogTo(log); }
 
   void ShowMessage(const Message& message, std::function<void(MessageAnswer)> answered) override;
   void ShowErrorWindow(const std::string& text) override;
@@ -52,7 +50,7 @@ class WindowDialogs : public Dialogs {
   SetupDialog* setup_ = nullptr;
   std::function<ErrorWindow*()> makeErrorWindow_;
   QPointer<ErrorWindow> errors_;
-  Reporting* log_ = nullptr;
+  UnseenMessages unseen_;
   bool hasDisplay_ = true;
 };
 

@@ -1,28 +1,17 @@
 // The windowed program: the real machine, the station built out of it, and the windows that show
 // it.
 #include <QApplication>
-#include <QSocketNotifier>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <fmt/format.h>
 
-#include "base/names.h"
-#include "platform/linux/linux_clock.h"
-#include "platform/linux/linux_files.h"
-#include "platform/linux/linux_instance_lock.h"
-#include "platform/linux/linux_serial_port.h"
 #include "platform/linux/program_folder.h"
 #include "platform/linux/sharing.h"
-#include "platform/linux/sqlite_settings_store.h"
 #include "platform/linux/standard_streams.h"
-#include "platform/linux/stop_signal.h"
-#include "platform/linux/zip_archives.h"
-#include "platform/qt/linux_desktop.h"
-#include "platform/qt/qt_event_loop.h"
-#include "platform/qt/qt_timer.h"
-#include "platform/qt/udp_channel.h"
-#include "platform/qt/x_windows.h"
+#include "platform/x11/linux_desktop.h"
+#include "platform/x11/x_windows.h"
+#include "programs/real_machine.h"
 #include "station/station.h"
 #include "ui/looks.h"
 #include "ui/main_window.h"
@@ -64,40 +53,6 @@ struct ToolkitArguments {
   int count;
 };
 
-/// The adapters, in the order in which they need each other.
-struct Machine {
-  std::string folder = ProgramFolder();
-  StopSignal stop;
-  LinuxClock clock{stop};
-  QtEventLoop events{stop};
-  QtTimer cycleTimer;
-  QtTimer purgeTimer;
-  LinuxSerialPort port{clock, JoinPath(folder, "ports"), &stop};
-  UdpChannel datagrams;
-  LinuxFiles files{clock};
-  ZipArchives archives{files};
-  SqliteSettingsStores stores{JoinPath(folder, "KvRegistry.db")};
-  ui::WindowDialogs dialogs{clock};
-  LinuxDesktop desktop;
-  LinuxInstanceLock instance{folder};
-
-  Platform AsPlatform() {
-    return {.programFolder = folder,
-            .clock = clock,
-            .events = events,
-            .cycleTimer = cycleTimer,
-            .purgeTimer = purgeTimer,
-            .port = port,
-            .datagrams = datagrams,
-            .files = files,
-            .archives = archives,
-            .stores = stores,
-            .dialogs = dialogs,
-            .desktop = desktop,
-            .instance = instance};
-  }
-};
-
 }  // namespace
 
 int main(int /*count*/, char* arguments[]) {
@@ -113,7 +68,7 @@ int main(int /*count*/, char* arguments[]) {
   QGuiApplication::setDesktopFileName("ostrel");
   QApplication::setWindowIcon(ui::ProgramIcon());
 
-  Machine machine;
+  RealMachine<ui::WindowDialogs, LinuxDesktop> machine;
   Station station(machine.AsPlatform());
   ui::MainWindow mainWindow(station.mainFields(), station.status(), station.actions());
   auto* const setup = new ui::SetupDialog(station.setup(), station.actions(), &mainWindow);
@@ -121,12 +76,7 @@ int main(int /*count*/, char* arguments[]) {
   const bool isSeen = QGuiApplication::platformName() != QLatin1String("offscreen");
   if (!isSeen) machine.dialogs.GoWithoutDisplay();
 
-  QSocketNotifier stopNotifier(machine.stop.Descriptor(), QSocketNotifier::Read);
-  QObject::connect(&stopNotifier, &QSocketNotifier::activated, &stopNotifier, [&] {
-    stopNotifier.setEnabled(false);
-    station.Stop();
-  });
-
+  const StopNotifier stopNotifier(machine.stop, station);
   const bool started = station.Start();
   if (started) {
     // Not before: what stopped the start is in the log, and a second instance leaves no line there.

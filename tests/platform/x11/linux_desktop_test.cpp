@@ -1,4 +1,4 @@
-#include "platform/qt/linux_desktop.h"
+#include "platform/x11/linux_desktop.h"
 
 #include <QProcess>
 #include <QTest>
@@ -9,7 +9,7 @@
 
 #include "base/failure.h"
 #include "platform/linux/temporary_folder.h"
-#include "platform/qt/x_windows.h"
+#include "platform/x11/x_windows.h"
 #include "tests/support/failure_of.h"
 
 namespace ostrel {

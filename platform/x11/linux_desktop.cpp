@@ -1,71 +1,19 @@
-#include "platform/qt/linux_desktop.h"
+#include "platform/x11/linux_desktop.h"
 
 #include <QDeadlineTimer>
 #include <QProcess>
-#include <filesystem>
-#include <fstream>
 
-#include "base/failure.h"
-#include "base/names.h"
 #include "base/time.h"
-#include "platform/linux/trusted_program.h"
-#include "platform/qt/x_windows.h"
+#include "platform/qt/other_programs.h"
+#include "platform/x11/x_windows.h"
 
 namespace ostrel {
 namespace {
 
-namespace fs = std::filesystem;
-
-constexpr std::string_view kEnding = ".exe";
 constexpr const char* kOpener = "xdg-open";
 constexpr milliseconds kOpenerPatience{10000};
 constexpr milliseconds kMinimizeInterval{250};
 constexpr int kMinimizeTries = 40;
-
-std::string WithoutEnding(std::string path) {
-  if (path.ends_with(kEnding)) path.resize(path.size() - kEnding.size());
-  return path;
-}
-
-std::string ProgramFile(const std::string& path) {
-  std::error_code error;
-  return fs::exists(path, error) ? path : WithoutEnding(path);
-}
-
-/// True when a process of that name is alive; `entry` is a process folder of /proc.
-bool IsProcess(const fs::path& entry, const std::string& name) {
-  std::ifstream file(entry / "stat");
-  std::string line;
-  std::getline(file, line);  // 123 (name) S ...
-  const auto open = line.find('(');
-  const auto close = line.rfind(") ");
-  if (open == std::string::npos || close == std::string::npos) return false;
-  const bool ended = line.compare(close + 2, 1, "Z") == 0;
-  return !ended && WithoutEnding(line.substr(open + 1, close - open - 1)) == name;
-}
-
-bool ProcessExists(const std::string& name) {
-  std::error_code error;
-  for (const auto& entry : fs::directory_iterator("/proc", error)) {
-    if (IsProcess(entry.path(), name)) return true;
-  }
-  return false;
-}
-
-void Launch(const std::vector<std::string>& command, const QProcessEnvironment& environment) {
-  if (!FolderOf(command.front()).empty()) CheckTrusted(command.front());
-  QProcess process;
-  process.setProgram(QString::fromStdString(command.front()));
-  QStringList arguments;
-  for (auto it = command.begin() + 1; it != command.end(); ++it) {
-    arguments << QString::fromStdString(*it);
-  }
-  process.setArguments(arguments);
-  process.setProcessEnvironment(environment);
-  if (!process.startDetached()) {
-    throw Failure(failure_number::kFileNotFound, "File not found: " + command.front());
-  }
-}
 
 }  // namespace
 
@@ -76,7 +24,7 @@ LinuxDesktop::LinuxDesktop() {
 
 bool LinuxDesktop::WindowExists(const std::string& title) {
   const XWindows windows;
-  return windows.IsConnected() ? windows.Find(title).has_value() : ProcessExists(title);
+  return windows.IsConnected() ? windows.Find(title).has_value() : ProgramRuns(title);
 }
 
 void LinuxDesktop::RestoreWindowAbove(const std::string& title) {
@@ -90,13 +38,10 @@ void LinuxDesktop::RestoreWindowAbove(const std::string& title) {
 }
 
 void LinuxDesktop::StartMinimized(const std::vector<std::string>& command) {
-  auto found = command;
-  found.front() = ProgramFile(found.front());
   // A start that no key or click stands behind (time 0) is not given the focus.
   auto environment = QProcessEnvironment::systemEnvironment();
   environment.insert("DESKTOP_STARTUP_ID", "ostrel_TIME0");
-  Launch(found, environment);
-  minimizeTitle_ = WithoutEnding(std::string(FileNameOf(command.front())));
+  minimizeTitle_ = StartIngestProgram(command, environment);
   minimizeTries_ = 0;
   minimizeTimer_.start(kMinimizeInterval);
 }
@@ -112,7 +57,7 @@ void LinuxDesktop::MinimizeWhenShown() {
 }
 
 void LinuxDesktop::Start(const std::vector<std::string>& command) {
-  Launch(command, QProcessEnvironment::systemEnvironment());
+  StartProgram(command);
 }
 
 void LinuxDesktop::OpenAddress(const std::string& address) {

@@ -1,4 +1,4 @@
-#include "platform/qt/x_windows.h"
+#include "platform/x11/x_windows.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,0 +1,29 @@
+// The station without windows: no display, no toolkit of windows, nothing that waits for a hand.
+#include <QCoreApplication>
+#include <cstdlib>
+
+#include "platform/linux/sharing.h"
+#include "platform/linux/standard_streams.h"
+#include "platform/qt/plain_desktop.h"
+#include "programs/headless/plain_dialogs.h"
+#include "programs/real_machine.h"
+
+int main(int count, char* arguments[]) {
+  using namespace ostrel;
+  FillStandardStreams();
+  ShareWithGroupOf(ProgramFolder());
+  QCoreApplication application(count, arguments);
+
+  RealMachine<PlainDialogs, PlainDesktop> machine;
+  Station station(machine.AsPlatform());
+  const StopNotifier stopNotifier(machine.stop, station);
+  const bool started = station.Start();
+  if (started) {
+    // Not before: what stopped the start is in the log, and a second instance leaves no line there.
+    machine.dialogs.LogMessagesTo(station.reporting());
+  } else {
+    station.Stop();  // no operator reads the message and closes the window
+  }
+  QCoreApplication::exec();
+  return started ? EXIT_SUCCESS : EXIT_FAILURE;
+}

@@ -1,0 +1,75 @@
+// The real machine, as the windowed and the headless station have it in common.
+#pragma once
+
+#include <QSocketNotifier>
+#include <string>
+
+#include "base/names.h"
+#include "platform/linux/linux_clock.h"
+#include "platform/linux/linux_files.h"
+#include "platform/linux/linux_instance_lock.h"
+#include "platform/linux/linux_serial_port.h"
+#include "platform/linux/program_folder.h"
+#include "platform/linux/sqlite_settings_store.h"
+#include "platform/linux/stop_signal.h"
+#include "platform/linux/zip_archives.h"
+#include "platform/platform.h"
+#include "platform/qt/qt_event_loop.h"
+#include "platform/qt/qt_timer.h"
+#include "platform/qt/udp_channel.h"
+#include "station/station.h"
+
+namespace ostrel {
+
+/// The adapters, in the order in which they need each other. `Windows` are the station's dialogs,
+/// `OtherPrograms` its desktop.
+template <typename Windows, typename OtherPrograms>
+struct RealMachine {
+  std::string folder = ProgramFolder();
+  StopSignal stop;
+  LinuxClock clock{stop};
+  QtEventLoop events{stop};
+  QtTimer cycleTimer;
+  QtTimer purgeTimer;
+  LinuxSerialPort port{clock, JoinPath(folder, "ports"), &stop};
+  UdpChannel datagrams;
+  LinuxFiles files{clock};
+  ZipArchives archives{files};
+  SqliteSettingsStores stores{JoinPath(folder, "KvRegistry.db")};
+  Windows dialogs{clock};
+  OtherPrograms desktop;
+  LinuxInstanceLock instance{folder};
+
+  Platform AsPlatform() {
+    return {.programFolder = folder,
+            .clock = clock,
+            .events = events,
+            .cycleTimer = cycleTimer,
+            .purgeTimer = purgeTimer,
+            .port = port,
+            .datagrams = datagrams,
+            .files = files,
+            .archives = archives,
+            .stores = stores,
+            .dialogs = dialogs,
+            .desktop = desktop,
+            .instance = instance};
+  }
+};
+
+/// Stops `station` when the signal comes, once.
+class StopNotifier {
+ public:
+  StopNotifier(const StopSignal& stop, Station& station)
+      : notifier_(stop.Descriptor(), QSocketNotifier::Read) {
+    QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [&] {
+      notifier_.setEnabled(false);
+      station.Stop();
+    });
+  }
+
+ private:
+  QSocketNotifier notifier_;
+};
+
+}  // namespace ostrel
