@@ -1,6 +1,9 @@
 // Time as the machine gives it. Calendars go by the wall clock, pacing by the monotonic one.
 #pragma once
 
+#include <functional>
+#include <utility>
+
 #include "base/time.h"
 
 namespace ostrel {
@@ -25,6 +28,18 @@ class Clock {
   virtual void Sleep(milliseconds duration) = 0;
   /// Throws StopRequested where a sleep would, and takes no time.
   void CheckStop() { Sleep(milliseconds(0)); }
+
+  /// `call` hears of each sleep before it begins, and how long it may last: who sleeps by a rule of
+  /// the station is not hanging.
+  void OnSleep(std::function<void(milliseconds)> call) { onSleep_ = std::move(call); }
+
+ protected:
+  void TellOfSleep(milliseconds duration) const {
+    if (onSleep_) onSleep_(duration);
+  }
+
+ private:
+  std::function<void(milliseconds)> onSleep_;
 };
 
 }  // namespace ostrel

@@ -55,7 +55,8 @@ class SerialPort {
   virtual bool KeyLine1() const = 0;
   virtual bool KeyLine2() const = 0;
 
-  /// Tells that the next call may be `silence` in coming. Every call shows that the station lives;
+  /// Tells that the next call may be `silence` in coming, as of a sleep or the time between two
+  /// ticks. Every call shows that the station lives;
   /// when none comes for longer than announced before, than the bytes that wait need on the line,
   /// and than kGuardPatience, both lines are dropped, whatever the calling thread hangs in. The
   /// next call raises them again, and the bytes wait until the transmitter is up.

@@ -16,6 +16,7 @@ constexpr const char* kNoPort = "No Com Port Open";
 
 Transmitter::Transmitter(const Parts& parts) : parts_(parts) {
   parts_.port.OnNews([this](const PortNews& news) { Hear(news); });
+  parts_.clock.OnSleep([this](milliseconds duration) { Announce(duration); });
 }
 
 void Transmitter::OpenComPort() {
@@ -82,11 +83,6 @@ void Transmitter::Drain() {
 
 milliseconds Transmitter::KeyUpDelay() const {
   return LeadingMilliseconds(parts_.setup.txtTxDelay.Get());
-}
-
-void Transmitter::Hold(milliseconds duration) {
-  Announce(duration);
-  parts_.clock.Sleep(duration);
 }
 
 Transmitter::ManualKeying::ManualKeying(Transmitter& transmitter, std::string_view procedure)

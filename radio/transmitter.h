@@ -65,7 +65,7 @@ class Transmitter : public Output {
   /// The key-up delay as the operator has set it.
   milliseconds KeyUpDelay() const;
   /// Blocks for `duration` with the lines as they are. Throws StopRequested.
-  void Hold(milliseconds duration);
+  void Hold(milliseconds duration) { parts_.clock.Sleep(duration); }
   /// Tells that nothing will be asked of the transmitter for `silence`.
   void Announce(milliseconds silence) { parts_.port.Announce(silence); }
 

@@ -37,6 +37,7 @@ LocalTime LinuxClock::ToLocal(UtcTime utc) const {
 
 void LinuxClock::Sleep(milliseconds duration) {
   if (stop_ == nullptr) return std::this_thread::sleep_for(duration);
+  if (!stop_->EndsWaits()) TellOfSleep(duration);
   using SteadyClock = std::chrono::steady_clock;
   const auto end = SteadyClock::now() + duration;
   for (;;) {

@@ -20,6 +20,7 @@ LocalTime VirtualClock::ToLocal(UtcTime utc) const {
 
 void VirtualClock::Sleep(milliseconds duration) {
   if (EndsWaits()) throw StopRequested();
+  TellOfSleep(duration);
   const auto end = monotonic_ + duration;
   while (monotonic_ < end) {
     const auto next = world_.empty() ? end : std::clamp(world_.begin()->first, monotonic_, end);

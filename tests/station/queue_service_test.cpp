@@ -88,6 +88,15 @@ TEST_F(QueueServiceTest, AFileThatMeetsAMoreUrgentOneOfItsNameIsSentAgain) {
   EXPECT_EQ(products[1].data, SampleText(20'000));
 }
 
+TEST_F(QueueServiceTest, TheTransmitterStaysKeyedThroughWaitsForALogThatIsHeld) {
+  station.Set({{"LogProgram", "1"}, {"ComBaud", "38400"}});
+  station.Start();
+  station.files.appendFault = [](const std::string&) {
+    throw Failure(75, "Path/File access error");
+  };
+  station.Run(30s);  // the line is empty meanwhile, and the station looks at the end
+}
+
 TEST_F(QueueServiceTest, AFileThatVanishesOrCannotBeReadCostsNoMoreThanItself) {
   for (const auto* name : {"AFDA.TXT", "AFDB.TXT", "AFDC.TXT", "AFDD.TXT"})
     station.Drop(name, SampleText(2000));
