@@ -40,6 +40,11 @@ class Failure : public std::exception {
   const std::string& source() const { return source_; }
   const char* what() const noexcept override { return text_.c_str(); }
 
+  /// True when there is no such file, be it that its folder is gone.
+  bool IsMissing() const {
+    return number_ == failure_number::kFileNotFound || number_ == failure_number::kPathNotFound;
+  }
+
   /// True for the two numbers that mean "another process holds the file": worth another try.
   bool IsInUse() const {
     return number_ == failure_number::kPermissionDenied || number_ == failure_number::kPathAccess;

@@ -20,7 +20,7 @@ long long PacketBuilder::MakePacket(const std::string& path, long long n) {
     if (n <= count) Build(path, n, count, status.written);
   } catch (const std::exception& error) {
     const auto failure = AsFailure(error);
-    if (failure.number() == failure_number::kFileNotFound) {
+    if (failure.IsMissing()) {
       LogMissing(path);
     } else {
       parts_.reporting.ReportError(failure, kProcedure, " File Name: " + path);

@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <fmt/format.h>
 
+#include "base/names.h"
+#include "base/text.h"
+#include "intake/missing_folder.h"
+
 namespace ostrel {
 
 namespace {
@@ -72,10 +76,13 @@ std::optional<Failure> QueueService::CopyToSentFolder(const TransmitQueue::Entry
   if (!entry.hasFile) return Failure(failure_number::kFileNotFound, "File not found");
   std::optional<Failure> refusal;
   const auto sent = parts_.values.InSentFolder(entry.name);
+  const auto copy = [&] { parts_.copy.CopyFile(parts_.queue.PathOf(entry.name), sent); };
   try {
-    parts_.copy.CopyFile(parts_.queue.PathOf(entry.name), sent);
+    copy();
   } catch (const std::exception& error) {
-    refusal = AsFailure(error);
+    const bool isRestored =
+        RestoreFolder(parts_.files, parts_.reporting, parts_.values.SentFolder());
+    if (!isRestored || !TryStep(copy)) refusal = AsFailure(error);
   }
   TryStep([&] { SetFileWriteTime(sent, parts_.clock.Now()); });
   return refusal;
@@ -126,11 +133,20 @@ void QueueService::ShowIdle(Priority p) {
   parts_.mainFields.lblBlkPktTot.Set("");
 }
 
+/// Not while one is held back: each would be refused like the one before, and they would pile up.
 void QueueService::InsertFillFile() {
   const auto& fillFile = parts_.setup.Diddle.Get();
+  const auto& insertedAs = parts_.setup.NameAs.Get();
+  if (parts_.queue.HoldsBackProduct(ToUpper(FileNameOf(insertedAs)))) return;
   TryStep([&] { SetFileWriteTime(fillFile, parts_.clock.Now()); });
-  TryStep([&] { parts_.copy.CopyFile(fillFile, parts_.setup.NameAs.Get(), Links::kFollowed); });
+  const auto copy = [&] { parts_.copy.CopyFile(fillFile, insertedAs, Links::kFollowed); };
+  if (!TryStep(copy)) RestoreHoldingFolders();
   ++parts_.status.FillsSent;
+}
+
+void QueueService::RestoreHoldingFolders() {
+  for (const Priority p : AllPriorities())
+    RestoreFolder(parts_.files, parts_.reporting, parts_.values.HoldingFolder(p.number()));
 }
 
 void QueueService::SetFileWriteTime(const std::string& path, LocalTime time) {

@@ -56,6 +56,7 @@ class QueueService {
   void RetireFile(Priority p);
   void ShowIdle(Priority p);
   void InsertFillFile();
+  void RestoreHoldingFolders();
   void SetFileWriteTime(const std::string& path, LocalTime time);
 
   Parts parts_;

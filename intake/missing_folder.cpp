@@ -4,10 +4,10 @@
 
 namespace ostrel {
 
-void RestoreFolder(Files& files, Reporting& reporting, const std::string& folder) {
-  if (files.Exists(folder)) return;
-  if (TryStep([&] { files.CreateFolder(folder); }))
-    reporting.WriteLog("Folders", fmt::format("{} was missing and is made anew.", folder));
+bool RestoreFolder(Files& files, Reporting& reporting, const std::string& folder) {
+  if (files.Exists(folder) || !TryStep([&] { files.CreateFolder(folder); })) return false;
+  reporting.WriteLog("Folders", fmt::format("{} was missing and is made anew.", folder));
+  return true;
 }
 
 }  // namespace ostrel

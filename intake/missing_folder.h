@@ -9,7 +9,7 @@
 namespace ostrel {
 
 /// Makes `folder` anew when there is nothing of that name, and says so in the log. For those who
-/// just failed to put a file there; the next try finds it.
-void RestoreFolder(Files& files, Reporting& reporting, const std::string& folder);
+/// just failed to put a file there. Returns true when another try finds it.
+bool RestoreFolder(Files& files, Reporting& reporting, const std::string& folder);
 
 }  // namespace ostrel

@@ -154,6 +154,12 @@ bool TransmitQueue::HoldBack(Priority p) {
   return true;
 }
 
+bool TransmitQueue::HoldsBackProduct(std::string_view name) const {
+  return std::any_of(heldBack_.begin(), heldBack_.end(), [&](const Unlisted& held) {
+    return StripExtension(held.entry.name) == StripExtension(name);
+  });
+}
+
 void TransmitQueue::EndHeldBack(Priority p, std::string_view product) {
   std::erase_if(heldBack_, [&](Unlisted& held) {
     const bool isOlder = held.p == p && StripExtension(held.entry.name) == product;

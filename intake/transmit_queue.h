@@ -105,6 +105,8 @@ class TransmitQueue {
   /// The sent folder did not take its file: it leaves the list and comes back after a while. When
   /// there is no file it ends. True when it comes back.
   bool HoldBack(Priority p);
+  /// True while an entry of the product of `name` is held back, in whatever priority.
+  bool HoldsBackProduct(std::string_view name) const;
 
   /// True when retired entries have not ended.
   bool HasSent() const { return !sent_.empty(); }

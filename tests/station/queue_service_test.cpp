@@ -88,6 +88,21 @@ TEST_F(QueueServiceTest, AFileThatMeetsAMoreUrgentOneOfItsNameIsSentAgain) {
   EXPECT_EQ(products[1].data, SampleText(20'000));
 }
 
+TEST_F(QueueServiceTest, FoldersThatAreGoneAreMadeAnewAndOneThatRefusesGathersNoFills) {
+  station.Start();
+  for (const auto* folder : {"RtSent", "RtPri10"})
+    std::filesystem::remove_all(station.Path("KvData/") + folder);
+  station.Run(20s);
+  EXPECT_EQ(station.Messages("Folders").size(), 2U);
+  EXPECT_GE(station.Packets().size(), 1U);
+  station.files.copyFault = [](const std::string&, const std::string& destination) {
+    return destination.find("RtSent") != std::string::npos ? copy_code::kDiskFull
+                                                           : copy_code::kDone;
+  };
+  station.Run(60s);
+  EXPECT_EQ(station.Names("KvData/RtXmit").size(), 1U);
+}
+
 TEST_F(QueueServiceTest, TheTransmitterStaysKeyedThroughWaitsForALogThatIsHeld) {
   station.Set({{"LogProgram", "1"}, {"ComBaud", "38400"}});
   station.Start();
