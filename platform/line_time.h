@@ -25,9 +25,9 @@ struct LineSettings {
   friend bool operator==(const LineSettings&, const LineSettings&) = default;
 };
 
-/// Reads "1200,N,8,2": rate (110 to 230400, standard rates only), parity (N, O, E, M, S, either
-/// case), data bits (5 to 8), stop bits (1, 1.5, 2); blanks around each are ignored. Throws Failure
-/// 5 for any other text.
+/// Reads "1200,N,8,2": rate (any, 1 and up: the driver tells what it takes), parity (N, O, E, M, S,
+/// either case), data bits (5 to 8), stop bits (1, 1.5, 2); blanks around each are ignored. Throws
+/// Failure 5 for any other text.
 LineSettings ParseLineSettings(std::string_view text);
 
 /// The time that `bytes` bytes take on the wire, start, parity and stop bits included, rounded up.

@@ -10,9 +10,9 @@
 #include <sys/sysmacros.h>
 #include <system_error>
 #include <termios.h>
-#include <utility>
 
 #include "base/failure.h"
+#include "platform/linux/line_rate.h"
 
 namespace ostrel {
 namespace {
@@ -39,25 +39,6 @@ bool MeansGone(int error) {
 
 int MaskOf(KeyingLine line) {
   return line == KeyingLine::kRequestToSend ? TIOCM_RTS : TIOCM_DTR;
-}
-
-speed_t SpeedOf(std::int32_t rate) {
-  static constexpr std::array<std::pair<std::int32_t, speed_t>, 12> kSpeeds = {{{110, B110},
-                                                                                {300, B300},
-                                                                                {600, B600},
-                                                                                {1200, B1200},
-                                                                                {2400, B2400},
-                                                                                {4800, B4800},
-                                                                                {9600, B9600},
-                                                                                {19200, B19200},
-                                                                                {38400, B38400},
-                                                                                {57600, B57600},
-                                                                                {115200, B115200},
-                                                                                {230400, B230400}}};
-  for (const auto& [known, speed] : kSpeeds) {
-    if (known == rate) return speed;
-  }
-  DeviceFails("no such rate");
 }
 
 tcflag_t ParityFlags(Parity parity) {
@@ -126,14 +107,8 @@ void SerialDevice::Configure(const LineSettings& settings) {
   line.c_cflag |= CLOCAL | CREAD | HUPCL | CharacterFlags(settings);
   line.c_cc[VMIN] = 0;
   line.c_cc[VTIME] = 0;
-  const speed_t speed = SpeedOf(settings.rate);
-  cfsetispeed(&line, speed);
-  cfsetospeed(&line, speed);
   if (tcsetattr(device_.Get(), TCSANOW, &line) != 0) DeviceFails("settings are refused");
-  // Setting succeeds when any part of it did.
-  if (tcgetattr(device_.Get(), &line) != 0 || cfgetospeed(&line) != speed) {
-    DeviceFails("the rate is refused");
-  }
+  if (!SetLineRate(device_.Get(), settings.rate)) DeviceFails("the rate is refused");
 }
 
 bool SerialDevice::SetLine(KeyingLine line, bool on) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <termios.h>
 
+#include "platform/linux/line_rate.h"
 #include "platform/linux/linux_serial_port.h"
 #include "platform/linux/temporary_folder.h"
 #include "platform/virtual/virtual_clock.h"
@@ -19,8 +20,9 @@ class LinuxSerialPortTest : public testing::Test {
   static void ExpectUsualSettings(const PseudoTerminal& terminal) {
     termios line = {};
     tcgetattr(terminal.descriptor(), &line);
-    EXPECT_EQ(line.c_cflag & (CBAUD | CSTOPB | HUPCL | CLOCAL | CRTSCTS),
-              tcflag_t{B1200 | CSTOPB | HUPCL | CLOCAL});
+    EXPECT_EQ(line.c_cflag & (CSTOPB | HUPCL | CLOCAL | CRTSCTS),
+              tcflag_t{CSTOPB | HUPCL | CLOCAL});
+    EXPECT_EQ(LineRate(terminal.descriptor()), 1200);
     EXPECT_EQ(line.c_iflag & (IXON | IXOFF), 0u);
   }
 
@@ -45,14 +47,17 @@ TEST_F(LinuxSerialPortTest, CarriesEveryByteUnchangedAndCountsItUntilTheLineHasS
 
 TEST_F(LinuxSerialPortTest, KnowsTheTimeOfAByteOnTheWireFromSettingsThatItUnderstands) {
   const std::pair<const char*, seconds> rows[] = {{" 9600 , e , 7 , 1 ", seconds(20)},
-                                                  {"38400,M,5,1.5", seconds(17)}};
+                                                  {"38400,M,5,1.5", seconds(17)},
+                                                  {"14400,N,8,2", seconds(22)}};
   for (const auto& [text, halfBits] : rows) {
     const auto settings = ParseLineSettings(text);
     // In one second the line sends as many bits as its rate says.
     EXPECT_EQ(TimeOnLine(settings, 2 * static_cast<std::size_t>(settings.rate)), halfBits) << text;
   }
-  for (const char* none : {"", "1200,N,8", "1200,N,8,2,1", "1201,N,8,2", "1200,X,8,2", "1200,N,9,2",
-                           "1200,N,8,3", "12e2,N,8,2"}) {
+  port_.Open(1, "128000,N,8,2");
+  EXPECT_EQ(LineRate(terminal_.descriptor()), 128000);
+  for (const char* none : {"", "1200,N,8", "1200,N,8,2,1", "0,N,8,2", "-1,N,8,2", "1200,X,8,2",
+                           "1200,N,9,2", "1200,N,8,3", "12e2,N,8,2"}) {
     EXPECT_EQ(FailureOf([&] { port_.Open(1, none); }), 5) << none;
   }
 }
