@@ -11,7 +11,7 @@ namespace ostrel {
 
 /// What happens to an open port of its own accord.
 enum class PortEvent {
-  kVanished,   // the device is gone
+  kVanished,   // the device is gone, or sends nothing of what it took
   kReturned,   // it is back, its settings and lines restored
   kReleased,   // nobody called for too long: the lines were dropped, and are up again
   kUnguarded,  // what would have dropped them had ended; another guard has taken its place

@@ -12,6 +12,9 @@ namespace {
 constexpr std::size_t kOutputBuffer = 10000;
 constexpr seconds kLookInterval{2};
 constexpr seconds kCheckInterval{1};
+/// How many times as long as it should the line may take for what waits, and how long at least.
+constexpr int kSlowness = 4;
+constexpr seconds kShortestStall{5};
 /// A transmitter that fell needs its time to come up again.
 constexpr seconds kKeyUp{1};
 
@@ -46,7 +49,8 @@ void LinuxSerialPort::Close() {
   held_.clear();
   onItsWay_.clear();
   settledAt_ = {};
-  open_ = keyLine1_ = keyLine2_ = false;
+  lastUnsent_ = 0;
+  open_ = isStuck_ = keyLine1_ = keyLine2_ = false;
 }
 
 std::size_t LinuxSerialPort::BytesWaiting() {
@@ -54,7 +58,8 @@ std::size_t LinuxSerialPort::BytesWaiting() {
   Beat();
   if (!device_) LookForDevice();
   const std::size_t inDriver = Pump();
-  if (!device_ || IsSettling()) return kOutputBuffer;
+  if (device_) SeeThatItDrains(inDriver);
+  if (!IsPresent() || IsSettling()) return kOutputBuffer;
   const std::size_t unsent = std::max(inDriver, line_.Unsent(clock_.Monotonic()));
   ForgetSent(unsent);
   return unsent;
@@ -90,7 +95,7 @@ void LinuxSerialPort::OnNews(std::function<void(const PortNews&)> call) {
 
 void LinuxSerialPort::SetLine(KeyingLine line, bool on) {
   Beat();
-  if (device_ && !device_->SetLine(line, on)) Vanish();
+  if (IsPresent() && !device_->SetLine(line, on)) Vanish();
 }
 
 /// The station lives, and may be silent for `silence` now. What the line still has to send is not
@@ -122,17 +127,17 @@ void LinuxSerialPort::SeeThatItIsGuarded(milliseconds now) {
 
 void LinuxSerialPort::TakeUpAgain(milliseconds silence) {
   const bool isKeyed = keyLine1_ || keyLine2_;
-  if (!isKeyed || (stop_ != nullptr && stop_->IsRequested())) return;
-  if (!RestoreLines()) return Vanish();
+  if (!isKeyed || isStuck_ || (stop_ != nullptr && stop_->IsRequested())) return;
+  if (!SetLines(keyLine1_, keyLine2_)) return Vanish();
   Settle();
   onNews_({PortEvent::kReleased, silence});
 }
 
-/// The lines as they were last set; false when one does not follow.
-bool LinuxSerialPort::RestoreLines() {
+/// False when one does not follow.
+bool LinuxSerialPort::SetLines(bool line1, bool line2) {
   try {
-    return device_->SetLine(KeyingLine::kDataTerminalReady, keyLine2_) &&
-           device_->SetLine(KeyingLine::kRequestToSend, keyLine1_);
+    return device_->SetLine(KeyingLine::kDataTerminalReady, line2) &&
+           device_->SetLine(KeyingLine::kRequestToSend, line1);
   } catch (const Failure&) {
     return false;
   }
@@ -158,6 +163,35 @@ std::size_t LinuxSerialPort::Pump() {
   return held_.size() + unsent.value_or(0);
 }
 
+/// `unsent` bytes wait. An adapter that hangs takes them and sends none: the transmitter would be
+/// keyed without data, for no pause comes before the line has drained.
+void LinuxSerialPort::SeeThatItDrains(std::size_t unsent) {
+  const auto now = clock_.Monotonic();
+  const auto before = std::exchange(lastUnsent_, unsent);
+  const bool isMoving = unsent == 0 || unsent < before;
+  if (isMoving || before == 0 || IsSettling()) movedAt_ = now;
+  const auto patience =
+      std::max<nanoseconds>(kShortestStall, kSlowness * TimeOnLine(line_.settings(), unsent));
+  if (isStuck_ && isMoving) return TakeAsUnstuck();
+  if (!isStuck_ && now - movedAt_ > patience) TakeAsStuck();
+}
+
+void LinuxSerialPort::TakeAsStuck() {
+  if (!SetLines(false, false)) return Vanish();
+  isStuck_ = true;
+  onNews_({PortEvent::kVanished});
+}
+
+/// What left meanwhile went to a transmitter that was down.
+void LinuxSerialPort::TakeAsUnstuck() {
+  isStuck_ = false;
+  device_->Flush();
+  TakeUpWhole();
+  if (!SetLines(keyLine1_, keyLine2_)) return Vanish();
+  Settle();
+  onNews_({PortEvent::kReturned});
+}
+
 void LinuxSerialPort::ForgetSent(std::size_t unsent) {
   std::size_t behind = 0;
   for (const auto& write : onItsWay_) behind += write.size();
@@ -166,13 +200,19 @@ void LinuxSerialPort::ForgetSent(std::size_t unsent) {
 }
 
 /// Half a packet is none: a receiver needs the whole of it again.
-void LinuxSerialPort::Vanish() {
-  device_.reset();
-  ForgetSent(std::max(held_.size(), line_.Unsent(clock_.Monotonic())));
+void LinuxSerialPort::TakeUpWhole() {
   held_.clear();
   for (const auto& write : onItsWay_) held_ += write;
+  lastUnsent_ = 0;
+}
+
+void LinuxSerialPort::Vanish() {
+  device_.reset();
+  const bool isKnown = std::exchange(isStuck_, false);
+  if (!isKnown) ForgetSent(std::max(held_.size(), line_.Unsent(clock_.Monotonic())));
+  TakeUpWhole();
   lastLook_ = clock_.Monotonic();
-  onNews_({PortEvent::kVanished});
+  if (!isKnown) onNews_({PortEvent::kVanished});
 }
 
 void LinuxSerialPort::LookForDevice() {
@@ -183,7 +223,7 @@ void LinuxSerialPort::LookForDevice() {
   } catch (const Failure&) {  // not yet there, or not yet ours to use
     return;
   }
-  if (!RestoreLines()) return device_.reset();
+  if (!SetLines(keyLine1_, keyLine2_)) return device_.reset();
   Settle();
   onNews_({PortEvent::kReturned});
 }

@@ -1,7 +1,8 @@
 // The serial port over the system's terminal lines. Port n is the link COMn in the ports folder,
 // which points to a device; without the link there is no such port. A device that vanishes while
-// open is to the station a line that does not move, until it is back. Every call is a sign of life
-// to the guard over the lines.
+// open is to the station a line that does not move, until it is back; one that takes bytes and
+// sends none is the same, with its keying lines down. Every call is a sign of life to the guard
+// over the lines.
 #pragma once
 
 #include <deque>
@@ -45,12 +46,17 @@ class LinuxSerialPort : public SerialPort {
   void Beat(milliseconds silence = {});
   void SeeThatItIsGuarded(milliseconds now);
   void TakeUpAgain(milliseconds silence);
-  bool RestoreLines();
+  bool SetLines(bool line1, bool line2);
   void Settle();
   std::size_t Pump();
+  void SeeThatItDrains(std::size_t unsent);
+  void TakeAsStuck();
+  void TakeAsUnstuck();
   void ForgetSent(std::size_t unsent);
+  void TakeUpWhole();
   void Vanish();
   void LookForDevice();
+  bool IsPresent() const { return device_ && !isStuck_; }
   bool IsSettling() const { return clock_.Monotonic() < settledAt_; }
 
   const Clock& clock_;
@@ -58,11 +64,14 @@ class LinuxSerialPort : public SerialPort {
   const StopSignal* stop_;
   std::function<void(const PortNews&)> onNews_;
   bool open_ = false;
+  bool isStuck_ = false;  // the device is there, and nothing of what waits leaves it
   std::string path_;
   LineTime line_;
   std::optional<SerialDevice> device_;  // empty while gone
   std::string held_;                    // what the driver has not taken yet
   std::deque<std::string> onItsWay_;    // the writes that have not left the line whole
+  std::size_t lastUnsent_ = 0;          // what waited at the last look
+  milliseconds movedAt_{0};             // when less waited than before
   milliseconds lastLook_{0};            // for the device
   milliseconds lastCheck_{0};           // of the guard
   milliseconds lastBeat_{0};

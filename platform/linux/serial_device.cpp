@@ -80,6 +80,10 @@ SerialDevice::SerialDevice(const std::string& path, const LineSettings& settings
 
 SerialDevice::~SerialDevice() {
   DropLines(device_.Get());
+  Flush();
+}
+
+void SerialDevice::Flush() {
   tcflush(device_.Get(), TCIOFLUSH);
 }
 

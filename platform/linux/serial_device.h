@@ -37,6 +37,8 @@ class SerialDevice {
   bool SetLine(KeyingLine line, bool on);
   /// Bytes that the driver still has. Zero says nothing about the wire.
   std::optional<std::size_t> Unsent();
+  /// Throws away what the driver still has.
+  void Flush();
   /// How many of `bytes` the driver took; does not block. A device that fails has vanished, too.
   std::optional<std::size_t> Write(std::string_view bytes);
 

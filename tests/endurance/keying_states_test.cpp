@@ -110,6 +110,18 @@ TEST(KeyingStates, WithoutTheDeviceBurnNoQueueAndGoOnWhenItIsBack) {
   }
 }
 
+TEST(KeyingStates, HaveBothLinesDownWhileNothingDrains) {
+  StationIn station({"transmitting", 0, "LINE 100", "11 ", {{"ComBaud", "115200"}}});
+  for (int i = 0; i < 300 && !station.IsDown(); ++i) poll(nullptr, 0, 100);  // nobody reads
+  EXPECT_TRUE(station.IsDown());
+  station.delivery.Expect(SampleText(900));
+  station.Drop("TOR.TXT", SampleText(900));
+  const auto isComplete = [&] { return station.delivery.Missing().empty(); };
+  EXPECT_TRUE(station.ListenUntil(60s, isComplete)) << station.Log();
+  EXPECT_EQ(station.CountInLog("has vanished|is back"), 2) << station.Log();
+  EXPECT_TRUE(station.IsUp());
+}
+
 TEST(KeyingStates, OfAStationThatHangsHaveBothLinesDownUntilItAnswersAgain) {
   StationIn station(kTransmitting);
   const auto mark = station.Path("KvData/RxFiles/.hangs");
