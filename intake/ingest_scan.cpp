@@ -15,7 +15,8 @@ namespace {
 constexpr const char* kProcedure = "CheckForNewFiles";
 constexpr const char* kCategory = "Ingest";
 constexpr int kScansBeforeLockIsReported = 40;
-constexpr int kMostCopies = 99;  // a mistyped count in a list file must not fill the disk
+constexpr int kDeepestArchive = 4;  // one that unpacks to itself must come to an end
+constexpr int kMostCopies = 99;     // a mistyped count in a list file must not fill the disk
 
 }  // namespace
 
@@ -72,9 +73,20 @@ void IngestScan::DeleteTaken(FileHold& hold, const std::string& path) {
 }
 
 void IngestScan::Unpack(FileHold& hold, const std::string& path) {
-  const auto result = parts_.archives.Extract(path, parts_.values.ingestPath, ExtractLimits{});
+  const auto found = archiveDepths_.find(path);
+  const int depth = found != archiveDepths_.end() ? found->second : 1;
+  ExtractResult result;
+  if (depth <= kDeepestArchive) {
+    result = parts_.archives.Extract(path, parts_.values.ingestPath, ExtractLimits{});
+  } else {
+    result = {.opened = true, .files = {}, .remark = "not unpacked, it lay too deep in archives"};
+  }
   if (result.opened && !result.remark.empty())
     parts_.reporting.WriteLog("UnZip", fmt::format("{}: {}", FileNameOf(path), result.remark));
+  archiveDepths_.erase(path);
+  for (const auto& file : result.files) {
+    if (IsReceivedArchive(ToUpper(FileNameOf(file)))) archiveDepths_[file] = depth + 1;
+  }
   DeleteTaken(hold, path);
 }
 

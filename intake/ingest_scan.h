@@ -2,6 +2,7 @@
 // moves it where the rules send it. One file a call.
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -44,6 +45,7 @@ class IngestScan {
 
   Parts parts_;
   PlacedFiles placed_;
+  std::map<std::string, int> archiveDepths_;  // of archives that came out of others, by path
   int lockedFileCount_ = 0;
 };
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace ostrel {
 
@@ -16,7 +17,7 @@ struct ExtractLimits {
 
 struct ExtractResult {
   bool opened = false;
-  int extracted = 0;
+  std::vector<std::string> files;  // the paths that the members have got
   /// Why the extraction stopped or left members out; empty when all went well.
   std::string remark;
 };

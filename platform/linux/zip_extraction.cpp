@@ -81,7 +81,7 @@ ExtractResult ZipExtraction::Unpack(const std::string& archive) {
   if (!opened && LiesInTheMachine(error)) {
     throw Failure(failure_number::kDeviceError, "Archive: " + OpenError(error));
   }
-  if (!opened) return {.opened = false, .extracted = 0, .remark = OpenError(error)};
+  if (!opened) return {.opened = false, .files = {}, .remark = OpenError(error)};
   const zip_int64_t count = zip_get_num_entries(opened.get(), 0);
   for (zip_int64_t index = 0; index < count; ++index) {
     const bool enough = index >= limits_.members;
@@ -90,7 +90,7 @@ ExtractResult ZipExtraction::Unpack(const std::string& archive) {
       break;
     }
   }
-  return {.opened = true, .extracted = static_cast<int>(written_.size()), .remark = Remark()};
+  return {.opened = true, .files = written_, .remark = Remark()};
 }
 
 ZipExtraction::Progress ZipExtraction::TakeMember(zip_t* archive, zip_uint64_t index) {

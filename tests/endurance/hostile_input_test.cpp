@@ -51,10 +51,13 @@ TEST(HostileInput, ArchivesFromStrangersHoldUpNothing) {
   station.Drop("EMPTY.ZIP", "");
   const std::string bomb(8 * 1024 * 1024, '\0');
   station.Drop("BOMB.ZIP", MakeArchive({{"BOMB", bomb}, {"C", bomb}}));
-  station.Drop("NESTED.ZIP", MakeArchive({{"IN.ZIP", MakeArchive({{"DEEP.TXT", "deep inside"}})}}));
+  std::string nested = MakeArchive({{"DEEP.TXT", "deep inside"}});
+  for (int i = 1; i < 4; ++i) nested = MakeArchive({{"IN.ZIP", nested}});
+  station.Drop("NESTED.ZIP", nested);
+  station.Drop("TOODEEP.ZIP", MakeArchive({{"NESTED.ZIP", nested}}));
   station.Start();
   station.Run(10s);
-  EXPECT_GE(station.LogOf("UnZip").size(), 3U) << "the operator is told what was left out";
+  EXPECT_GE(station.LogOf("UnZip").size(), 4U) << "the operator is told what was left out";
   station.Drop("AFTER.TXT", "still at work");
   station.Run(20s);
   Lines received;

@@ -40,7 +40,7 @@ TEST_F(ZipArchivesTest, GivesBackWhatItPackedAndShowsTheArchiveOnlyWhole) {
   archives.Create(Path("xmit/NEVER.ZIP")).writer.reset();
   EXPECT_TRUE(std::filesystem::is_empty(Path("xmit")));
   writer->Close();
-  EXPECT_EQ(archives.Extract(Path("xmit/A.ZIP"), folder.path(), {}).extracted, 1);
+  EXPECT_EQ(archives.Extract(Path("xmit/A.ZIP"), folder.path(), {}).files.size(), 1U);
   EXPECT_EQ(files.ReadAll(Path("A.TXT")), text);
 
   archives.Create(Path("E.ZIP")).writer->Close();
@@ -66,7 +66,7 @@ TEST_F(ZipArchivesTest, WritesBareUpperCaseNamesAtFreeNames) {
   EXPECT_EQ(Names("out"), (Lines{"ABS", "BACK.TXT", "BELL__.TXT", "DUP.TXT", "DUP.TXT.1",
                                  "DUP.TXT.2", longest.substr(0, 253) + ".1", longest, "UP.TXT"}));
   EXPECT_EQ(ReadFile(Path("out/DUP.TXT.2")), "6");
-  EXPECT_EQ(result.extracted, 9);
+  EXPECT_EQ(result.files.size(), 9U);
   EXPECT_EQ(result.remark, "2 left out (no usable name), 1 left out (not written)");
 }
 
