@@ -1,6 +1,5 @@
 #include "intake/compression.h"
 
-#include <algorithm>
 #include <fmt/format.h>
 
 #include "base/names.h"
@@ -85,8 +84,7 @@ void Compression::CompressBlock() {
     const auto archived = AddListedFiles(*created.writer, uncompressed);
     created.writer->Close();  // a failure ends here: all files stay, nothing is queued
     const int priority = LeadingInteger(parts_.setup.BlockPriority.Get());
-    parts_.queue.Add(Priority(std::clamp(priority, 1, kPriorityCount)), name,
-                     JoinPath(BlockFolder(), name));
+    parts_.queue.Add(Priority(priority), name, JoinPath(BlockFolder(), name));
     Count(SizeOrZero(parts_.queue.PathOf(name)), uncompressed);
     DeleteArchived(archived);
   });

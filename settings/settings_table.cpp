@@ -1,11 +1,13 @@
 #include "settings/settings_table.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <fmt/format.h>
 #include <utility>
 
 #include "base/failure.h"
 #include "base/numbers.h"
+#include "base/priority.h"
 
 namespace ostrel {
 
@@ -32,6 +34,11 @@ std::int32_t IntegerWithin(const std::string& text, int first, int last) {
 
 std::int16_t EngineOf(const std::string& text) {
   return static_cast<std::int16_t>(IntegerWithin(text, INT16_MIN, INT16_MAX));
+}
+
+/// The nearest priority that there is.
+std::string PriorityText(const std::string& text) {
+  return fmt::format("{}", std::clamp(LeadingInteger(text), 1, kPriorityCount));
 }
 
 SettingRow Row(std::string key, Section section, Field<std::string>& field, std::string fallback) {
@@ -128,7 +135,9 @@ std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& value
       Row("TxUpTime", kOwn, setup.totdown),
       Row("TxDownTime", kOwn, setup.totup),
       Row("CompressNbrFiles", kOwn, setup.CompFiles),
-      Row("CompressBlockPri", kOwn, setup.BlockPriority),
+      {"CompressBlockPri", kOwn, setup.BlockPriority.initial(), Reader::kFields,
+       [&](const std::string& text) { setup.BlockPriority.Set(PriorityText(text)); },
+       [&] { return setup.BlockPriority.Get(); }},
   };
   for (const Priority p : AllPriorities()) {
     rows.push_back(Row(fmt::format("CompressPri{}", p.index()), kOwn, setup.chkSendComp[p]));

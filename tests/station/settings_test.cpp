@@ -47,6 +47,7 @@ TEST(Settings, EveryKeyMakesTheRoundThroughSaveStopAndStart) {
   EXPECT_EQ(station.setup().txtIngestPath.Get(), station.Path("in"));
   EXPECT_TRUE(values.unZipFiles && values.packetHost && !values.showErrors);
   EXPECT_EQ(values.ingestEngine, 2);
+  EXPECT_EQ(station.setup().BlockPriority.Get(), "1") << "the nearest that there is";
 }
 
 TEST(Settings, AnImportAsksThenLooksForItsFileThenStartsAndSaysSo) {
