@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include "base/names.h"
-#include "base/text.h"
 #include "engine/packet.h"
 
 namespace ostrel {
@@ -41,8 +40,8 @@ void PacketBuilder::Build(const std::string& path, long long n, long long count,
   parts_.files.ReadBlock(path, (n - 1) * static_cast<std::int64_t>(kBlockSize), block);
   parts_.status.PendingPacket = EncodePacket(header, block);
   if (IsChecked(parts_.setup.LogIt)) {
-    parts_.reporting.WriteLog("Packet Sent",
-                              fmt::format("{} {}/{}", TrimBlanks(header.nameField), n, count));
+    const auto name = header.nameField.substr(0, StripDupSuffix(FileNameOf(path)).size());
+    parts_.reporting.WriteLog("Packet Sent", fmt::format("{} {}/{}", name, n, count));
   }
 }
 
