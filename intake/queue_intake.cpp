@@ -83,18 +83,18 @@ bool QueueIntake::Queue(Priority p, const std::string& source) {
 }
 
 /// A folder is not listed by age, and of a product the last one taken is the one that stays.
-std::string QueueIntake::OldestOfProduct(Priority p, const std::string& file) const {
+std::string QueueIntake::OldestOfProduct(Priority p, const std::string& file) {
   const auto folder = parts_.values.HoldingFolder(p.number());
-  const auto product = ToUpper(StripExtension(file));
   const auto age = [&](const std::string& name) {
     return std::pair(!parts_.handedBack.Contains(p, name),
                      parts_.files.Status(JoinPath(folder, name)).written);
   };
   auto oldest = std::pair(age(file), file);
-  for (const auto& other : parts_.files.ListFiles(folder)) {
-    if (ToUpper(StripExtension(other)) == product && !steppedOver_.IsPassedOver(folder, other))
+  for (const auto& other : products_.FilesLike(folder, file)) {
+    if (parts_.files.Exists(JoinPath(folder, other)) && !steppedOver_.IsPassedOver(folder, other))
       oldest = std::min(oldest, std::pair(age(other), other));
   }
+  products_.Forget(folder, oldest.second);
   return oldest.second;
 }
 

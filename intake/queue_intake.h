@@ -7,6 +7,7 @@
 
 #include "intake/compression.h"
 #include "intake/handed_back_files.h"
+#include "intake/held_products.h"
 #include "intake/placed_files.h"
 #include "intake/stepped_over_files.h"
 #include "intake/transmit_queue.h"
@@ -26,7 +27,10 @@ class QueueIntake {
     const ProgramValues& values;
   };
   explicit QueueIntake(const Parts& parts)
-      : parts_(parts), placed_(parts.files), steppedOver_(parts.files, parts.clock) {}
+      : parts_(parts),
+        placed_(parts.files),
+        steppedOver_(parts.files, parts.clock),
+        products_(parts.files) {}
 
   /// One file from each holding folder that has one, priority 1 first. A file that cannot be read,
   /// or not be deleted once it is queued, is passed over for a while after its report.
@@ -36,7 +40,7 @@ class QueueIntake {
   void TakeOne(Priority p);
   std::optional<std::string> NextFile(Priority p);
   bool Queue(Priority p, const std::string& source);
-  std::string OldestOfProduct(Priority p, const std::string& file) const;
+  std::string OldestOfProduct(Priority p, const std::string& file);
   bool CanBeRead(const std::string& path) const;
   bool IsOverwritten(Priority p) const { return IsChecked(parts_.setup.chkOverWrite[p]); }
   bool IsSuperseded(Priority p, const std::string& file) const;
@@ -52,6 +56,7 @@ class QueueIntake {
   Parts parts_;
   PlacedFiles placed_;
   SteppedOverFiles steppedOver_;
+  HeldProducts products_;
   int retries_ = 0;
 };
 

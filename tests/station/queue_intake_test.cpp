@@ -63,6 +63,21 @@ TEST(QueueIntake, AFileThatComesBackLateReplacesNoNewerOne) {
   EXPECT_EQ(station.Names("KvData/RtPri3"), Lines{});
 }
 
+TEST(QueueIntake, AFullHoldingFolderIsNotListedForEachOfItsFiles) {
+  VirtualStation station;
+  station.Set("OverWrite2", "1");
+  station.StartBusy();
+  for (int i = 0; i < 40; ++i)
+    station.WriteFile(station.Path(fmt::format("KvData/RtPri3/{}.TXT", i)), "text");
+  int listings = 0;
+  station.files.listFault = [&](const std::string& folder) {
+    listings += folder.ends_with("RtPri3");
+  };
+  station.Run(50 * kCyclePeriod);
+  EXPECT_EQ(station.Queue(3).size(), 40U);
+  EXPECT_EQ(listings, 1);
+}
+
 TEST(QueueIntake, TwentyRetriesServeAllPrioritiesOfACall) {
   VirtualStation station;
   station.StartBusy();

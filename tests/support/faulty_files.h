@@ -12,7 +12,7 @@ class FaultyFiles : public Files {
  public:
   /// Called with the file before its step; throws to fail it.
   using Fault = std::function<void(const std::string& path)>;
-  Fault statusFault, lockFault, deleteFault, readFault, writeFault, appendFault;
+  Fault listFault, statusFault, lockFault, deleteFault, readFault, writeFault, appendFault;
   /// Returns a copy code, 0 to let the copy happen.
   std::function<int(const std::string& source, const std::string& destination)> copyFault;
   std::function<void(std::string_view content)> onAppend;
@@ -22,7 +22,9 @@ class FaultyFiles : public Files {
   std::optional<std::string> FirstFile(const std::string& f, const NameTest& t) override {
     return real_.FirstFile(f, t);
   }
-  std::vector<std::string> ListFiles(const std::string& f) override { return real_.ListFiles(f); }
+  std::vector<std::string> ListFiles(const std::string& f) override {
+    return Past(listFault, f).ListFiles(f);
+  }
   bool Exists(const std::string& p) override { return real_.Exists(p); }
   std::string ActualPath(const std::string& p) override { return real_.ActualPath(p); }
   FileStatus Status(const std::string& p) override { return Past(statusFault, p).Status(p); }
