@@ -13,6 +13,9 @@ namespace {
 constexpr const char* kFileProcedure = "CompressFile";
 constexpr const char* kBlockProcedure = "CompressBlock";
 
+/// Archives are made in memory, and receivers unpack no larger ones.
+constexpr std::int64_t kLargestArchive = ExtractLimits{}.bytes;
+
 std::string BlockName(LocalTime now) {
   const auto time = Calendar(now);
   return fmt::format("Comp{:02}{:02}.ZIP", time.hour, time.minute);
@@ -25,11 +28,11 @@ std::optional<std::string> Compression::CompressFile(const std::string& source,
   std::optional<std::string> placedAs;
   RunStep(parts_.reporting, kFileProcedure, [&] {
     const auto archive = parts_.queue.FreeName(std::string(StripExtension(name)) + ".ZIP");
-    if (!MakeArchive(source, archive)) {
+    const auto uncompressed = SizeOrZero(source);
+    if (uncompressed > kLargestArchive || !MakeArchive(source, archive)) {
       placedAs = parts_.queue.Place(source, name);
       return;
     }
-    const auto uncompressed = SizeOrZero(source);
     const auto compressed = SizeOrZero(parts_.queue.PathOf(archive));
     if (compressed <= uncompressed) {
       Count(compressed, uncompressed);
@@ -93,10 +96,12 @@ void Compression::CompressBlock() {
 std::vector<std::string> Compression::AddListedFiles(ArchiveWriter& archive, std::int64_t& bytes) {
   std::vector<std::string> added;
   for (const auto& file : parts_.setup.CompressList) {
+    const auto size = SizeOrZero(JoinPath(BlockFolder(), file));
+    if (!added.empty() && bytes + size > kLargestArchive) break;
     const bool isIn =
         RunStep(parts_.reporting, kBlockProcedure, [&] { archive.Add(BlockFolder(), file); });
     if (!isIn) continue;
-    bytes += SizeOrZero(JoinPath(BlockFolder(), file));
+    bytes += size;
     added.push_back(file);
   }
   return added;

@@ -33,13 +33,15 @@ class Compression {
   explicit Compression(const Parts& parts) : parts_(parts), placed_(parts.files) {}
 
   /// Places the file `source`, whose queue name is `name`, in RtXmit: as an archive, or
-  /// uncompressed when an archive would be larger or cannot be made. Returns the name under which
-  /// it waits; nothing when it could not be placed at all, which has been reported.
+  /// uncompressed when an archive would be larger, cannot be made or would hold too much. Returns
+  /// the name under which it waits; nothing when it could not be placed at all, which has been
+  /// reported.
   std::optional<std::string> CompressFile(const std::string& source, const std::string& name);
 
   /// Reads the list of files that await block compression from their folder.
   void RefreshCompressList();
-  /// Packs all listed files into one archive, queues it and deletes what is in it.
+  /// Packs all listed files into one archive, queues it and deletes what is in it. Files that would
+  /// make it larger than receivers unpack wait for the next one.
   void CompressBlock();
 
  private:

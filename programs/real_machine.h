@@ -34,7 +34,7 @@ struct RealMachine {
   LinuxSerialPort port{clock, JoinPath(folder, "ports"), &stop};
   UdpChannel datagrams;
   LinuxFiles files{clock};
-  ZipArchives archives{files};
+  ZipArchives archives{files, clock};
   SqliteSettingsStores stores{JoinPath(folder, "KvRegistry.db")};
   Windows dialogs{clock};
   OtherPrograms desktop;

@@ -35,7 +35,7 @@ CreateResult ZipArchives::Create(const std::string& path) {
   try {
     files_.WriteAll(probe, {});
     files_.Delete(probe);
-    return {std::make_unique<ZipWriter>(files_, path), ZIP_ER_OK};
+    return {std::make_unique<ZipWriter>(files_, clock_, path), ZIP_ER_OK};
   } catch (const Failure& failure) {
     return {nullptr, ErrorNumberOf(failure)};
   }

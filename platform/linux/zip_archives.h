@@ -3,14 +3,16 @@
 #pragma once
 
 #include "platform/archives.h"
+#include "platform/clock.h"
 #include "platform/files.h"
 
 namespace ostrel {
 
-/// A member, and a new archive, is held in memory as a whole while it is worked on.
+/// A member, and a new archive with what it is made of, is held in memory as a whole while it is
+/// worked on. Making one ends with StopRequested when the program is asked to end.
 class ZipArchives : public Archives {
  public:
-  explicit ZipArchives(Files& files) : files_(files) {}
+  ZipArchives(Files& files, Clock& clock) : files_(files), clock_(clock) {}
 
   ExtractResult Extract(const std::string& archive, const std::string& folder,
                         const ExtractLimits& limits) override;
@@ -18,6 +20,7 @@ class ZipArchives : public Archives {
 
  private:
   Files& files_;
+  Clock& clock_;
 };
 
 }  // namespace ostrel

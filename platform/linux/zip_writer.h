@@ -7,13 +7,14 @@
 #include <zip.h>
 
 #include "platform/archives.h"
+#include "platform/clock.h"
 #include "platform/files.h"
 
 namespace ostrel {
 
 class ZipWriter : public ArchiveWriter {
  public:
-  ZipWriter(Files& files, std::string path);
+  ZipWriter(Files& files, Clock& clock, std::string path);
 
   void Add(const std::string& folder, const std::string& name) override;
   void Close() override;
@@ -26,13 +27,17 @@ class ZipWriter : public ArchiveWriter {
     void operator()(zip_source_t* source) const { zip_source_free(source); }
   };
 
+  std::string ReadProduct(const std::string& path);
   std::string ArchiveBytes();
+  static int CheckStop(zip_t* archive, void* writer);
 
   Files& files_;
+  Clock& clock_;
   std::string path_;
   std::deque<std::string> contents_;  // what the library reads from when the archive is closed
   std::unique_ptr<zip_source_t, FreeSource> output_;
   std::unique_ptr<zip_t, Discard> archive_;
+  bool isStopped_ = false;
 };
 
 }  // namespace ostrel

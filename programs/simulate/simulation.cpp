@@ -170,7 +170,7 @@ class Run {
   const std::vector<Arrival>& arrivals_;
   VirtualMachine machine_{kBeginning};
   MemoryFiles files_{machine_.clock};
-  ZipArchives archives_{files_};
+  ZipArchives archives_{files_, machine_.clock};
   SqliteSettingsStores stores_{copy_.StorePath()};
   Station station_{machine_.For(copy_.path(), files_, archives_, stores_)};
   RuleMatcher rules_{station_.setup().SetupPriList};

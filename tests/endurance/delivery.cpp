@@ -13,7 +13,7 @@ struct Workbench {
   TemporaryFolder folder;
   VirtualClock clock{UtcTime{}};
   LinuxFiles files{clock};
-  ZipArchives archives{files};
+  ZipArchives archives{files, clock};
 };
 
 }  // namespace

@@ -88,7 +88,7 @@ class Scenario : public VirtualStation {
   }
 
   TroubledFiles troubledFiles_;
-  ZipArchives troubledArchives_{troubledFiles_};
+  ZipArchives troubledArchives_{troubledFiles_, machine.clock};
 };
 
 /// One life after the other in one folder; the last one must set everything right.

@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static const TemporaryFolder folder;
   static VirtualClock clock{UtcTime{}};
   static LinuxFiles files{clock};
-  static ZipArchives archives{files};
+  static ZipArchives archives{files, clock};
   const auto archive = folder / "in.zip", out = folder / "out";
   fs::remove_all(out);
   fs::create_directory(out);

@@ -46,6 +46,13 @@ TEST_F(ZipArchivesTest, GivesBackWhatItPackedAndShowsTheArchiveOnlyWhole) {
   archives.Create(Path("E.ZIP")).writer->Close();
   EXPECT_TRUE(archives.Extract(Path("E.ZIP"), folder.path(), {}).opened);
   EXPECT_EQ(archives.Create(Path("none/G.ZIP")).error, ZIP_ER_NOENT);
+
+  const auto last = archives.Create(Path("STOPPED.ZIP")).writer;
+  last->Add(folder.path(), "A.TXT");
+  machine.clock.stopRequested = true;
+  EXPECT_THROW(last->Add(folder.path(), "A.TXT"), StopRequested);
+  EXPECT_THROW(last->Close(), StopRequested);
+  EXPECT_FALSE(files.Exists(Path("STOPPED.ZIP")));
 }
 
 TEST_F(ZipArchivesTest, WritesBareUpperCaseNamesAtFreeNames) {

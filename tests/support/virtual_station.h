@@ -89,7 +89,7 @@ class VirtualStation {
   VirtualMachine machine;
   LinuxFiles realFiles{machine.clock};
   FaultyFiles files{realFiles};
-  ZipArchives archives{files};
+  ZipArchives archives{files, machine.clock};
   SqliteSettingsStores stores{folder.path() + "/KvRegistry.db"};
   std::unique_ptr<Station> station;
 
