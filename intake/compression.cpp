@@ -66,16 +66,14 @@ bool Compression::MakeArchive(const std::string& source, const std::string& arch
 }
 
 void Compression::RefreshCompressList() {
-  RunStep(parts_.reporting, kBlockProcedure, [this] {
-    auto names = parts_.files.ListFiles(BlockFolder());
-    std::erase_if(names, [this](const std::string& name) {
-      const auto path = JoinPath(BlockFolder(), name);
-      if (!placed_.Contains(path)) return false;
-      TryStep([&] { placed_.Delete(path); });
-      return true;
-    });
-    parts_.setup.CompressList.Assign(names);
+  auto names = parts_.files.ListFiles(BlockFolder());
+  std::erase_if(names, [this](const std::string& name) {
+    const auto path = JoinPath(BlockFolder(), name);
+    if (!placed_.Contains(path)) return false;
+    TryStep([&] { placed_.Delete(path); });
+    return true;
   });
+  parts_.setup.CompressList.Assign(names);
 }
 
 void Compression::CompressBlock() {

@@ -38,7 +38,7 @@ class Compression {
   /// reported.
   std::optional<std::string> CompressFile(const std::string& source, const std::string& name);
 
-  /// Reads the list of files that await block compression from their folder.
+  /// Reads the list of files that await block compression from their folder. Throws Failure.
   void RefreshCompressList();
   /// Packs all listed files into one archive, queues it and deletes what is in it. Files that would
   /// make it larger than receivers unpack wait for the next one.

@@ -43,13 +43,14 @@ void ProgramLog::RunRetried(Step&& step) {
 }
 
 void ProgramLog::WriteLog(std::string_view category, std::string_view message) {
-  Write(LogLine(parts_.clock.Now(), category, message));
+  Write(category, Printable(message));
 }
 
-void ProgramLog::Write(const std::string& line) {
+/// The stamp is that of the moment at which the line is written, however long the log was held.
+void ProgramLog::Write(std::string_view category, const std::string& text) {
   retries_ = 0;
   try {
-    RunRetried([&] { parts_.files.Append(Path(), line); });
+    RunRetried([&] { parts_.files.Append(Path(), LineOf(parts_.clock.Now(), category, text)); });
     retries_ = 0;
     if (!IsChecked(parts_.setup.chkLogDaily)) RotateWhenTooLarge();
   } catch (const std::exception& error) {
@@ -81,9 +82,8 @@ void ProgramLog::MoveAside() {
 void ProgramLog::ReportError(const Failure& failure, std::string_view procedure,
                              const AdditionalText& additional) {
   const auto added = additional.Shown();
-  Write(LineOf(parts_.clock.Now(), procedure,
-               fmt::format("{}.{}.{} {}", Printable(DescribeFailure(failure)), kMainWindow,
-                           procedure, added)));
+  Write(procedure, fmt::format("{}.{}.{} {}", Printable(DescribeFailure(failure)), kMainWindow,
+                               procedure, added));
   if (parts_.values.showErrors)
     parts_.dialogs.ShowErrorWindow(ReportText(failure, procedure, added));
 }

@@ -40,7 +40,7 @@ class ProgramLog : public Reporting {
 
  private:
   std::string Path() const { return LogPath(parts_.values.programFolder); }
-  void Write(const std::string& line);
+  void Write(std::string_view category, const std::string& text);
   void RotateWhenTooLarge();
   void MoveAside();
   std::string ReportText(const Failure& failure, std::string_view procedure,

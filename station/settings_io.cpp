@@ -77,7 +77,7 @@ void SettingsIo::LoadSettings() {
   ShowProgramValues();
   LoadFields();
   parts_.transmitter.OpenComPort();
-  parts_.compression.RefreshCompressList();
+  RunStep(parts_.reporting, "LoadSettings", [this] { parts_.compression.RefreshCompressList(); });
   parts_.values.showErrors = IsChecked(parts_.setup.chkShowErrors);
   parts_.schedule.LoadSchedule();
   parts_.kept.BeginGivingBack();
