@@ -22,14 +22,15 @@ Transmitter::Transmitter(const Parts& parts) : parts_(parts) {
 void Transmitter::OpenComPort() {
   if (!mayOpen_) return;
   SetState(State::kClosed);
+  parts_.mainFields.lblDataRateToolTip.Set("");
   parts_.cycleTimer.Stop();
   if (HasEmptyField()) return;
   try {
     OpenAndKey();
   } catch (const std::exception& error) {
     parts_.port.Close();  // an opening that failed half-way must not leave the transmitter keyed
-    ShowState(State::kFailed);
-    return Log("could not be opened: " + AsFailure(error).text());
+    parts_.mainFields.lblDataRateToolTip.Set(AsFailure(error).text());
+    return ShowState(State::kFailed);
   }
   ShowState(isPresent_ ? State::kOpen : State::kVanished);
   StartCycle();

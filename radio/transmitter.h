@@ -38,7 +38,7 @@ class Transmitter : public Output {
 
   /// Opens, or reopens, the port with the values in the port fields, keys the transmitter, serves
   /// the key-up delay and starts the cycle. With an empty field nothing is opened and the cycle
-  /// stays stopped; a failed opening says so in both windows, and why in the log.
+  /// stays stopped; a failed opening says so in both windows, and why in the main one's tool tip.
   void OpenComPort();
   /// Starts the cycle, with or without a port: the end of start-up.
   void StartCycle() { parts_.cycleTimer.Start(kCyclePeriod); }

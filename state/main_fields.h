@@ -27,6 +27,7 @@ struct MainFields {
   Field<std::string> lblFilesSent{"lblFilesSent"};
   Field<std::string> lblDataRate{"lblDataRate"};
   Field<Shade> lblDataRateBackColor{"lblDataRateBackColor", Shade::kNone};
+  Field<std::string> lblDataRateToolTip{"lblDataRateToolTip"};  // why the port did not open
   Field<std::string> lblCompressionRatio{"lblCompressionRatio"};
   Field<std::string> lblThroughput{"lblThroughput"};
   PerPriority<Field<std::string>> lblSending{[](Priority p) {

@@ -17,6 +17,12 @@ void Bind(QLabel* label, Field<std::string>& field) {
   KeepWith(label, field.OnChange([label](const std::string& text) { label->setText(ToQt(text)); }));
 }
 
+void BindToolTip(QWidget* widget, Field<std::string>& field) {
+  widget->setToolTip(ToQt(field.Get()));
+  KeepWith(widget,
+           field.OnChange([widget](const std::string& text) { widget->setToolTip(ToQt(text)); }));
+}
+
 void BindValue(QLabel* label, const QString& caption, Field<std::string>& field) {
   Bind(label, field);
   const auto announce = [label, caption] {

@@ -20,6 +20,8 @@ void KeepWith(QObject* owner, Subscription subscription);
 
 /// The label shows the field.
 void Bind(QLabel* label, Field<std::string>& field);
+/// The field is what the pointer over the widget tells.
+void BindToolTip(QWidget* widget, Field<std::string>& field);
 /// As above, for a figure with a caption beside it: a screen reader reads the two together.
 void BindValue(QLabel* label, const QString& caption, Field<std::string>& field);
 /// The text field and the check box also write what the operator enters.

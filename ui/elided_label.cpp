@@ -16,7 +16,8 @@ QString ElidedLabel::Shown() const {
 
 bool ElidedLabel::event(QEvent* event) {
   if (event->type() == QEvent::ToolTip && Shown() != text()) {
-    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), text(), this);
+    const QString whole = toolTip().isEmpty() ? text() : text() + '\n' + toolTip();
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), whole, this);
     return true;
   }
   return QLabel::event(event);

@@ -1,5 +1,5 @@
 // A label for texts of any length in a place of fixed width: what does not fit is left out of the
-// middle, and the tool tip shows the whole.
+// middle, and the tool tip begins with the whole.
 #pragma once
 
 #include <QLabel>

@@ -196,8 +196,9 @@ void MainWindow::BuildLight() {
 }
 
 void MainWindow::BuildFigures() {
-  Paint(AddBoxedFigure(FromTwips(60, 345, 2535, kBoxHeight), state_.lblDataRate),
-        state_.lblDataRateBackColor);
+  auto* const rate = AddBoxedFigure(FromTwips(60, 345, 2535, kBoxHeight), state_.lblDataRate);
+  Paint(rate, state_.lblDataRateBackColor);
+  BindToolTip(rate, state_.lblDataRateToolTip);
   AddBoxedFigure(FromTwips(2610, 345, 2520, kBoxHeight), state_.lblCompressionRatio);
   AddBoxedFigure(FromTwips(5145, 345, 2550, kBoxHeight), state_.lblThroughput);
 }

@@ -29,6 +29,8 @@ TEST(MainWindow, TheStationsFiguresShowAtTheirPlaces) {
     ostrel.window().lblDataRateBackColor.Set(shade);
     EXPECT_EQ(rate->autoFillBackground(), shade == Shade::kRed);
   }
+  ostrel.window().lblDataRateToolTip.Set("Device unavailable");
+  EXPECT_EQ(rate->toolTip(), "Device unavailable");
   auto* const light = ostrel.Find<QLabel>("imgActivity");
   EXPECT_TRUE(light->pixmap().isNull());
   ostrel.window().imgActivity.Set(Light::kYellow);
