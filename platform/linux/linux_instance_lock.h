@@ -1,5 +1,6 @@
-// One station per folder, by a lock on a hidden file in it. The lock goes with the process, however
-// it ends; the file stays.
+// One station per folder, by a lock on a hidden file in it, and on the folder itself where its file
+// system locks folders: somebody may remove the file. The locks go with the process, however it
+// ends; the file stays.
 #pragma once
 
 #include <string>
@@ -19,7 +20,7 @@ class LinuxInstanceLock : public InstanceLock {
 
  private:
   std::string programFolder_;
-  Descriptor lock_;
+  Descriptor lock_, folderLock_;
 };
 
 }  // namespace ostrel

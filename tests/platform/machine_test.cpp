@@ -48,6 +48,8 @@ TEST(LinuxInstanceLock, IsHeldByOneAndNotInheritedByStartedPrograms) {
     LinuxInstanceLock first(folder.path());
     EXPECT_TRUE(first.TryLock());
     EXPECT_FALSE(second.TryLock());
+    remove((folder / ".ostrel.lock").c_str());
+    EXPECT_FALSE(second.TryLock());
     child = popen("yes", "r");
     fgetc(child);  // it runs, and the system has closed what it is not to have
   }
