@@ -28,7 +28,7 @@ int ReadFolder(const std::string& path, Portion portion,
   const Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder) return errno;
   alignas(dirent64) std::array<char, kManyBytes> buffer;
-  const std::size_t size = portion == Portion::kFewEntries ? kFewBytes : kManyBytes;
+  std::size_t size = portion == Portion::kFewEntries ? kFewBytes : kManyBytes;
   for (;;) {
     const ssize_t count = getdents64(folder.Get(), buffer.data(), size);
     if (count == 0) return 0;
@@ -39,6 +39,7 @@ int ReadFolder(const std::string& path, Portion portion,
       if (IsDots(entry->d_name)) continue;
       if (visit({folder.Get(), entry->d_name, entry->d_type}) == Reading::kEnough) return 0;
     }
+    size = buffer.size();  // the few were not those that were looked for
   }
 }
 
