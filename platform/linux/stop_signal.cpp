@@ -43,7 +43,7 @@ StopSignal::StopSignal() : event_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   for (const int number : kStopSignals) {
     if (number != SIGHUP || !IsIgnored(number)) Handle(number, OnStopSignal);
   }
-  Handle(SIGPIPE, OnIgnoredSignal);
+  for (const int number : {SIGPIPE, SIGXFSZ}) Handle(number, OnIgnoredSignal);
 }
 
 StopSignal::~StopSignal() {

@@ -9,8 +9,9 @@
 namespace ostrel {
 
 /// One at a time in a process: it owns the handlers of SIGTERM, SIGINT and SIGHUP while it lives
-/// (a SIGHUP that was ignored from the start, as under nohup, stays ignored). SIGPIPE does nothing;
-/// programs started from here get its usual meaning back.
+/// (a SIGHUP that was ignored from the start, as under nohup, stays ignored). SIGPIPE and
+/// SIGXFSZ, of a write that may not be, do nothing, and the write fails; programs started from here
+/// get their usual meaning back.
 class StopSignal {
  public:
   StopSignal();
