@@ -57,6 +57,7 @@ bool QueueService::StartFile(Priority p) {
 
 void QueueService::CountStart(Priority p) {
   ++parts_.status.FilesSent[p];
+  ++parts_.status.filesSinceStart;
   auto& maximum = parts_.status.MaximumCount[p];
   maximum = std::max(maximum, static_cast<int>(parts_.queue.Size(p)));
 }
@@ -115,6 +116,7 @@ void QueueService::ServeFile(Priority p) {
   const auto count = parts_.builder.MakePacket(parts_.values.InSentFolder(onAir.file), n);
   if (n > count) return RetireFile(p);
   isFollowed_ = true;
+  parts_.status.block = BlockOnAir{p, onAir.file, n, count};
   parts_.mainFields.lblSending[p].Set(fmt::format("Sending {}: {} of {}", onAir.file, n, count));
 }
 
@@ -127,6 +129,7 @@ void QueueService::RetireFile(Priority p) {
 
 void QueueService::ShowIdle(Priority p) {
   parts_.status.PendingPacket.clear();
+  parts_.status.block.reset();
   parts_.mainFields.lblSending[p].Set(MainFields::IdleCaption(p));
   parts_.mainFields.lblActivefile.Set("");
   parts_.mainFields.lblBlkPktNum.Set("");
@@ -142,6 +145,7 @@ void QueueService::InsertFillFile() {
   const auto copy = [&] { parts_.copy.CopyFile(fillFile, insertedAs, Links::kFollowed); };
   if (!TryStep(copy)) RestoreHoldingFolders();
   ++parts_.status.FillsSent;
+  ++parts_.status.fillsSinceStart;
 }
 
 void QueueService::RestoreHoldingFolders() {

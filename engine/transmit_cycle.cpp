@@ -67,6 +67,8 @@ void TransmitCycle::SendPendingPacket() {
   if (packet.empty()) return;
   parts_.outputs.Send(packet);
   packet.clear();
+  parts_.status.Count(&Counts::packets);
+  parts_.status.lastPacket = parts_.clock.Monotonic();
 }
 
 /// The second that this tick is the first to see, or 99.
@@ -92,7 +94,8 @@ void TransmitCycle::Pause() {
   auto& transmitter = parts_.transmitter;
   Step([&] { transmitter.Send("Transmit Timeout"); });
   transmitter.Drain();
-  const ScopeGuard clearDisplay([&window] {
+  const ScopeGuard clearDisplay([&window, this] {
+    parts_.status.onTheAir.Set(OnTheAir::kPackets);
     window.lblActivefileBackColor.Set(Shade::kLightGrey);
     window.lblActivefile.Set("");
   });
@@ -101,12 +104,20 @@ void TransmitCycle::Pause() {
   window.lblBlkPktNum.Set("");
   window.lblBlkPktTot.Set("");
   Step([&] { transmitter.Rest(); });
+  parts_.status.endsAt = parts_.clock.Monotonic() + PauseLength();
+  parts_.status.onTheAir.Set(OnTheAir::kPause);
   BeginTxStart();
   WaitForPauseEnd();
   BeginTxStart();
   if (!IsReady()) return;
   Step([&] { transmitter.Rise(); });
   transmitter.Hold(transmitter.KeyUpDelay());
+}
+
+/// At most: the boundary of the last second may come sooner.
+milliseconds TransmitCycle::PauseLength() const {
+  const seconds boundaries(LeadingInteger(parts_.setup.totup.Get()) + 1);
+  return boundaries + parts_.transmitter.KeyUpDelay();
 }
 
 void TransmitCycle::WaitForPauseEnd() {
@@ -169,6 +180,7 @@ void TransmitCycle::ResetDailyCounters() {
   status.FillsSent = 0;
   status.FilesSent = {};
   status.MaximumCount = {};
+  status.sinceMidnight = {};
   status.compression.compressed = 0;
   status.compression.uncompressed = 0;
 }

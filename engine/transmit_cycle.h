@@ -52,6 +52,7 @@ class TransmitCycle {
   void ShowTimingReadout(int newSecond, int second);
   void RunDutyCycle();
   void Pause();
+  milliseconds PauseLength() const;
   void WaitForPauseEnd();
   void BeginTxStart();
   void FollowClockStep();

@@ -10,6 +10,15 @@ namespace ostrel {
 
 namespace {
 constexpr int kCountdownSecond = 30;
+
+milliseconds LengthOf(const std::string& elements, int factor) {
+  milliseconds length{0};
+  for (const char symbol : elements) {
+    const auto step = KeyingOf(symbol, factor);
+    length += step.on + step.off;
+  }
+  return length;
+}
 }  // namespace
 
 void MorseIdentification::CountDown(int newSecond) {
@@ -63,7 +72,10 @@ bool MorseIdentification::SendMorseId() {
 
   const auto text = ToUpper(parts_.setup.CWidenty.Get());
   parts_.setup.LastId.Set(FormatGeneral(parts_.clock.Now()));
-  Key(keying, ReadElements(text), factor);
+  const auto elements = ReadElements(text);
+  parts_.status.endsAt = parts_.clock.Monotonic() + LengthOf(elements, factor) + keyUpDelay;
+  parts_.status.onTheAir.Set(OnTheAir::kIdentification);
+  Key(keying, elements, factor);
   keying.Key(true);
   transmitter.Hold(keyUpDelay);
 
@@ -90,6 +102,7 @@ void MorseIdentification::Key(Transmitter::ManualKeying& keying, const std::stri
 }
 
 void MorseIdentification::ClearDisplay() {
+  parts_.status.onTheAir.Set(OnTheAir::kPackets);
   parts_.mainFields.lblActivefileBackColor.Set(Shade::kLightGrey);
   parts_.mainFields.lblActivefile.Set("");
 }

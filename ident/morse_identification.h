@@ -12,6 +12,7 @@
 #include "state/main_fields.h"
 #include "state/program_values.h"
 #include "state/setup_fields.h"
+#include "state/transmit_status.h"
 
 namespace ostrel {
 
@@ -25,6 +26,7 @@ class MorseIdentification {
     Reporting& reporting;
     MainFields& mainFields;
     SetupFields& setup;
+    TransmitStatus& status;
     const ProgramValues& values;
   };
   explicit MorseIdentification(const Parts& parts) : parts_(parts) {}

@@ -42,15 +42,20 @@ void IngestScan::TakeFile(const std::string& listedName) {
   const auto hold = parts_.files.HoldAlone(path);
   lockedFileCount_ = 0;
   if (placed_.Contains(path)) return DeleteTaken(*hold, path);
+  parts_.status.lastArrival = parts_.clock.Monotonic();
 
   const auto name = ToUpper(listedName);
   if (parts_.values.unZipFiles && IsReceivedArchive(name)) return Unpack(*hold, path);
-  if (parts_.rules.DiscardedBy(name)) return DeleteTaken(*hold, path);
+  if (parts_.rules.DiscardedBy(name)) {
+    parts_.status.Count(&Counts::discarded);
+    return DeleteTaken(*hold, path);
+  }
   MakeCopies(path, name);
   const auto target = parts_.rules.TargetOf(name);
   if (target) {
     PlaceInFolder(target->folder(), path, name);
   } else {
+    parts_.status.Count(&Counts::unmatched);
     parts_.kept.Keep(path, name);
   }
   DeleteTaken(*hold, path);

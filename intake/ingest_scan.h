@@ -12,7 +12,9 @@
 #include "intake/placed_files.h"
 #include "intake/rule_matcher.h"
 #include "platform/archives.h"
+#include "platform/clock.h"
 #include "state/program_values.h"
+#include "state/transmit_status.h"
 
 namespace ostrel {
 
@@ -24,10 +26,12 @@ class IngestScan {
   struct Parts {
     Files& files;
     Archives& archives;
+    const Clock& clock;
     FileCopy& copy;
     const RuleMatcher& rules;
     KeptFiles& kept;
     Reporting& reporting;
+    TransmitStatus& status;
     const ProgramValues& values;
   };
   explicit IngestScan(const Parts& parts) : parts_(parts), placed_(parts.files) {}

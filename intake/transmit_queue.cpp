@@ -51,6 +51,7 @@ void TransmitQueue::Add(Priority p, const std::string& name, const std::string& 
 void TransmitQueue::Replace(Priority p, std::size_t position, const std::string& name,
                             const std::string& source) {
   auto replaced = std::exchange(entries_[p][position], Recorded(p, name, source));
+  parts_.status.Count(&Counts::replaced);
   parts_.mainFields.PriorityList[p].Replace(position, name);
   End(p, replaced);
 }
@@ -58,7 +59,10 @@ void TransmitQueue::Replace(Priority p, std::size_t position, const std::string&
 TransmitQueue::Entry TransmitQueue::Recorded(Priority p, const std::string& name,
                                              const std::string& source) {
   try {
-    return {.name = name, .record = parts_.records.Make(p, name, PathOf(name), source)};
+    Entry entry{.name = name, .record = parts_.records.Make(p, name, PathOf(name), source)};
+    TryStep([&] { entry.bytes = parts_.files.Status(PathOf(name)).size; });
+    entry.since = parts_.clock.Monotonic();
+    return entry;
   } catch (const Failure&) {
     TryStep([&] { parts_.files.Delete(PathOf(name)); });
     throw;
@@ -110,6 +114,7 @@ void TransmitQueue::Purge(UtcTime limit) {
   const auto endDeleted = [&](Priority p, Entry& entry) {
     if (!entry.hasFile || !deleted.contains(entry.name)) return;
     entry.hasFile = false;
+    parts_.status.Count(&Counts::purged);
     End(p, entry);
   };
   for (const Priority p : AllPriorities()) {

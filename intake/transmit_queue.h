@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <optional>
 #include <string>
@@ -17,6 +18,7 @@
 #include "intake/entry_records.h"
 #include "intake/handed_back_files.h"
 #include "state/main_fields.h"
+#include "state/transmit_status.h"
 
 namespace ostrel {
 
@@ -31,6 +33,7 @@ class TransmitQueue {
     Reporting& reporting;
     MainFields& mainFields;
     const SetupFields& setup;
+    TransmitStatus& status;
     const ProgramValues& values;
   };
   enum class State {
@@ -44,6 +47,8 @@ class TransmitQueue {
     State state = State::kWaits;
     bool hasFile = true;      // the file of its name in RtXmit is its own
     bool wasRefused = false;  // the sent folder did not take its file
+    std::int64_t bytes = 0;   // of its file, when it came
+    milliseconds since{0};    // monotonic: when it came
   };
 
   explicit TransmitQueue(const Parts& parts) : parts_(parts) {}
@@ -85,6 +90,8 @@ class TransmitQueue {
 
   bool IsEmpty(Priority p) const { return entries_[p].empty(); }
   std::size_t Size(Priority p) const { return entries_[p].size(); }
+  /// As listed, the one on the air included.
+  const std::deque<Entry>& Entries(Priority p) const { return entries_[p]; }
   bool IsOnAir(Priority p) const {
     return !IsEmpty(p) && entries_[p].front().state == State::kOnAir;
   }

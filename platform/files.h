@@ -93,6 +93,8 @@ class Files {
   /// no hard links.
   virtual void Link(const std::string& existing, const std::string& link) = 0;
   virtual void CreateFolder(const std::string& path) = 0;
+  /// What this account may still write to the file system of `folder`, in bytes.
+  virtual std::int64_t FreeBytes(const std::string& folder) = 0;
   /// Removes the hidden files that an interrupted copy left in the folder; content that was being
   /// written over another account's file is written there first.
   virtual void RemoveTemporaries(const std::string& folder) = 0;

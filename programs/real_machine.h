@@ -15,6 +15,7 @@
 #include "platform/linux/zip_archives.h"
 #include "platform/platform.h"
 #include "platform/qt/qt_event_loop.h"
+#include "platform/qt/qt_local_socket.h"
 #include "platform/qt/qt_timer.h"
 #include "platform/qt/udp_channel.h"
 #include "station/station.h"
@@ -33,6 +34,7 @@ struct RealMachine {
   QtTimer purgeTimer;
   LinuxSerialPort port{clock, JoinPath(folder, "ports"), &stop};
   UdpChannel datagrams;
+  QtLocalSocket socket;
   LinuxFiles files{clock};
   ZipArchives archives{files, clock};
   SqliteSettingsStores stores{JoinPath(folder, "KvRegistry.db")};

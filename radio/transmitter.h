@@ -46,6 +46,14 @@ class Transmitter : public Output {
   /// fails.
   void Release();
 
+  /// How the serial port stands. The windows say so in lblDataRate and lblCommMesg.
+  enum class State {
+    kClosed,    // none is open, or one is being opened
+    kOpen,      // open and keyed
+    kFailed,    // the last opening failed
+    kVanished,  // open, but the device is gone for now
+  };
+  State state() const { return state_; }
   /// The port is open and the transmitter was keyed. The device may be gone for now.
   bool portReady() const { return state_ == State::kOpen || state_ == State::kVanished; }
   /// Shows in lblDataRate how the port stands, or the rate at which it transmits.
@@ -98,14 +106,6 @@ class Transmitter : public Output {
   };
 
  private:
-  /// How the serial port stands. The windows say so in lblDataRate and lblCommMesg.
-  enum class State {
-    kClosed,    // none is open, or one is being opened
-    kOpen,      // open and keyed
-    kFailed,    // the last opening failed
-    kVanished,  // open, but the device is gone for now
-  };
-
   bool HasEmptyField() const;
   void OpenAndKey();
   std::string PortSettings() const;

@@ -3,10 +3,15 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "base/priority.h"
 #include "base/time.h"
+#include "state/field.h"
 
 namespace ostrel {
 
@@ -17,6 +22,26 @@ struct CompressionTotals {
   float ratio = 1;
 };
 
+/// What the transmitter is used for at this moment.
+enum class OnTheAir { kPackets, kPause, kIdentification };
+
+/// What became of products and steps over a stretch of time.
+struct Counts {
+  int packets = 0;  // written to the port
+  int discarded = 0;
+  int unmatched = 0;                               // no rule named them
+  int purged = 0;                                  // too old before their turn
+  int replaced = 0;                                // by a newer one of their product
+  std::map<std::string, int, std::less<>> errors;  // reported, by procedure
+};
+
+/// A block of a file.
+struct BlockOnAir {
+  Priority priority{1};
+  std::string file;
+  long long number = 0, count = 0;
+};
+
 struct TransmitStatus {
   bool timingReadout = false;
   LocalTime TxStart{};            // of the present transmit period, or pause
@@ -25,6 +50,24 @@ struct TransmitStatus {
   PerPriority<int> MaximumCount;  // the longest queue since midnight
   int FillsSent = 0;              // since midnight
   CompressionTotals compression;
+
+  // What programs beside the station ask for
+  UtcTime started{};
+  Field<OnTheAir> onTheAir{"onTheAir"};
+  milliseconds endsAt{0};           // monotonic: when a pause or an identification is over
+  std::optional<BlockOnAir> block;  // the last one that was built, while its file is on the air
+  Counts sinceMidnight, sinceStart;
+  int filesSinceStart = 0, fillsSinceStart = 0;
+  std::optional<milliseconds> lastPacket, lastArrival;  // monotonic
+  std::optional<std::int64_t> freeBytes;  // where the queues lie, a minute ago at most
+
+  void Count(int Counts::*what, int count = 1) {
+    sinceMidnight.*what += count;
+    sinceStart.*what += count;
+  }
+  void CountError(std::string_view procedure) {
+    for (auto* counts : {&sinceMidnight, &sinceStart}) ++counts->errors[std::string(procedure)];
+  }
 
   int FilesSentInAll() const {
     int sum = 0;

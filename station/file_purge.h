@@ -1,6 +1,6 @@
-// Deletes files that waited too long: looks at its folders at its start and every minute, and
-// removes what was last written before the age limit. The transmit folder belongs to the queue,
-// which is asked to do it there.
+// Deletes files that waited too long, and sees how much room there is: looks at its folders at its
+// start and every minute, and removes what was last written before the age limit. The transmit
+// folder belongs to the queue, which is asked to do it there.
 #pragma once
 
 #include <string>
@@ -11,6 +11,7 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/timer.h"
+#include "state/transmit_status.h"
 
 namespace ostrel {
 
@@ -22,6 +23,7 @@ class FilePurge {
     Timer& timer;
     TransmitQueue& queue;
     Reporting& reporting;
+    TransmitStatus& status;
     const ProgramValues& values;
   };
   explicit FilePurge(const Parts& parts);

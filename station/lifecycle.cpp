@@ -31,6 +31,7 @@ bool Lifecycle::IsFirstInstance() {
 
 bool Lifecycle::StartUp() {
   hasBegun_ = true;
+  parts_.status.started = parts_.clock.UtcNow();
   try {
     parts_.settings.LoadProgramValues();
     CreateFolders();

@@ -81,6 +81,7 @@ void ProgramLog::MoveAside() {
 
 void ProgramLog::ReportError(const Failure& failure, std::string_view procedure,
                              const AdditionalText& additional) {
+  parts_.status.CountError(procedure);
   const auto added = additional.Shown();
   Write(procedure, fmt::format("{}.{}.{} {}", Printable(DescribeFailure(failure)), kMainWindow,
                                procedure, added));

@@ -12,6 +12,7 @@
 #include "platform/files.h"
 #include "state/program_values.h"
 #include "state/setup_fields.h"
+#include "state/transmit_status.h"
 
 namespace ostrel {
 
@@ -29,6 +30,7 @@ class ProgramLog : public Reporting {
     Dialogs& dialogs;
     const SetupFields& setup;
     const ProgramValues& values;
+    TransmitStatus& status;
   };
   explicit ProgramLog(const Parts& parts) : parts_(parts) {}
 

@@ -30,6 +30,7 @@
 #include "state/transmit_status.h"
 #include "station/actions.h"
 #include "station/activity.h"
+#include "station/figures.h"
 #include "station/ingest_programs.h"
 #include "station/lifecycle.h"
 #include "station/program_log.h"
@@ -56,10 +57,13 @@ class Station {
   TransmitQueue& queue() { return queue_; }
   Actions& actions() { return actions_; }
   Reporting& reporting() { return log_; }
+  /// How the station stands at this moment, from memory.
+  Figures figures() { return FiguresOf({clock_, transmitter_, queue_, setup_, status_}); }
 
  private:
   void HangRulesOnFields();
 
+  Clock& clock_;
   MainFields mainFields_;
   SetupFields setup_;
   TransmitStatus status_;

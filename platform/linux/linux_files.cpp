@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 
 #include "base/failure.h"
 #include "base/names.h"
@@ -203,6 +204,12 @@ void LinuxFiles::Link(const std::string& existing, const std::string& link) {
 
 void LinuxFiles::CreateFolder(const std::string& path) {
   Check(mkdir(path.c_str(), 0777), path);
+}
+
+std::int64_t LinuxFiles::FreeBytes(const std::string& folder) {
+  struct statvfs status;
+  Check(statvfs(folder.c_str(), &status), folder);
+  return static_cast<std::int64_t>(status.f_bavail * status.f_frsize);
 }
 
 void LinuxFiles::RemoveTemporaries(const std::string& folder) {

@@ -26,6 +26,7 @@ class LinuxFiles : public Files {
   void Rename(const std::string& source, const std::string& destination) override;
   void Link(const std::string& existing, const std::string& link) override;
   void CreateFolder(const std::string& path) override;
+  std::int64_t FreeBytes(const std::string& folder) override;
   void RemoveTemporaries(const std::string& folder) override;
   std::size_t ReadBlock(const std::string& path, std::int64_t offset,
                         std::span<char> buffer) override;

@@ -3,6 +3,7 @@
 // no end of room.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -40,6 +41,7 @@ class MemoryFiles : public Files {
   void Rename(const std::string& source, const std::string& destination) override;
   void Link(const std::string& existing, const std::string& link) override;
   void CreateFolder(const std::string& path) override;
+  std::int64_t FreeBytes(const std::string& /*folder*/) override { return INT64_MAX; }
   /// Nothing is ever left half done.
   void RemoveTemporaries(const std::string& /*folder*/) override {}
   std::size_t ReadBlock(const std::string& path, std::int64_t offset,

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fmt/format.h>
+#include <optional>
 
 #include "platform/linux/program_folder.h"
 #include "platform/linux/sharing.h"
@@ -12,6 +13,7 @@
 #include "platform/x11/linux_desktop.h"
 #include "platform/x11/x_windows.h"
 #include "programs/real_machine.h"
+#include "seam/seam.h"
 #include "station/station.h"
 #include "ui/looks.h"
 #include "ui/main_window.h"
@@ -77,10 +79,12 @@ int main(int /*count*/, char* arguments[]) {
   if (!isSeen) machine.dialogs.GoWithoutDisplay();
 
   const StopNotifier stopNotifier(machine.stop, station);
+  std::optional<Seam> seam;
   const bool started = station.Start();
   if (started) {
     // Not before: what stopped the start is in the log, and a second instance leaves no line there.
     machine.dialogs.LogMessagesTo(station.reporting());
+    seam.emplace(station, machine.socket);
   } else if (!isSeen) {
     station.Stop();  // no operator reads the message and closes the window
   }

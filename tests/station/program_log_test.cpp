@@ -21,7 +21,8 @@ class ProgramLogTest : public testing::Test {
   VirtualDialogs dialogs;
   ostrel::SetupFields setup;
   ProgramValues values;
-  ProgramLog log{{files, clock, dialogs, setup, values}};
+  TransmitStatus status;
+  ProgramLog log{{files, clock, dialogs, setup, values, status}};
 };
 
 TEST_F(ProgramLogTest, MovesAsideWhatIsOneByteTooLarge) {

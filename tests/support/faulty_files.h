@@ -41,6 +41,7 @@ class FaultyFiles : public Files {
   void Rename(const std::string& s, const std::string& d) override { real_.Rename(s, d); }
   void Link(const std::string& e, const std::string& l) override { real_.Link(e, l); }
   void CreateFolder(const std::string& p) override { real_.CreateFolder(p); }
+  std::int64_t FreeBytes(const std::string& f) override { return real_.FreeBytes(f); }
   void RemoveTemporaries(const std::string& f) override { real_.RemoveTemporaries(f); }
   std::size_t ReadBlock(const std::string& p, std::int64_t o, std::span<char> b) override {
     return Past(readFault, p).ReadBlock(p, o, b);

@@ -1,0 +1,33 @@
+// The socket of the station over the toolkit's local sockets, served by its event loop: between two
+// ticks, and in the station's waits.
+#pragma once
+
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <map>
+
+#include "platform/local_socket.h"
+
+namespace ostrel {
+
+class QtLocalSocket : public LocalSocket {
+ public:
+  QtLocalSocket();
+
+  void OnLine(std::function<void(Asker, std::string_view line)> call) override;
+  void Open(const std::string& path) override;
+  void Close() override;
+  void Send(Asker asker, std::string_view line) override;
+
+ private:
+  void TakeAskers();
+  void Read(Asker asker);
+  void Drop(Asker asker);
+
+  QLocalServer server_;
+  std::map<Asker, QLocalSocket*> askers_;  // the server owns them
+  Asker last_ = 0;
+  std::function<void(Asker, std::string_view)> onLine_;
+};
+
+}  // namespace ostrel

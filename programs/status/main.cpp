@@ -1,0 +1,54 @@
+// How a station stands: for people, for programs, and over HTTP. It only asks.
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdlib>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "client/station_client.h"
+#include "platform/linux/program_folder.h"
+#include "programs/status/reports.h"
+#include "programs/status/web_server.h"
+
+namespace {
+
+using namespace ostrel;
+
+struct Options {
+  std::string station = ProgramFolder();
+  std::string where;
+  bool json = false, metrics = false;
+};
+
+void Run(const Options& options) {
+  if (!options.where.empty()) return Serve(options.station, options.where);
+  const auto answer = AskForStatus(options.station);
+  if (options.json) return fmt::print("{}\n", answer);
+  const auto status = Status::parse(answer);
+  fmt::print("{}", options.metrics ? MetricsOf(status) : PageOf(status));
+}
+
+}  // namespace
+
+int main(int count, char* arguments[]) {
+  std::signal(SIGPIPE, SIG_IGN);
+  Options options;
+  CLI::App app("Shows how a station stands.");
+  app.add_option("--station", options.station, "The station's folder")->capture_default_str();
+  auto* const json = app.add_flag("--json", options.json, "The answer as the station gives it");
+  auto* const metrics = app.add_flag("--metrics", options.metrics, "For Prometheus");
+  auto* const serve = app.add_option("--serve", options.where,
+                                     "Serves page, answer and metrics over HTTP; on 127.0.0.1 "
+                                     "unless an address is given")
+                          ->type_name("[ADDRESS:]PORT");
+  json->excludes(metrics, serve);
+  metrics->excludes(serve);
+  CLI11_PARSE(app, count, arguments);
+  try {
+    Run(options);
+  } catch (const std::exception& error) {
+    fmt::print(stderr, "ostrel-status: {}\n", error.what());
+    return EXIT_FAILURE;
+  }
+  return EXIT_SUCCESS;
+}

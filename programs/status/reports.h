@@ -1,0 +1,21 @@
+// The answer of a station, for people and for Prometheus.
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+#include <string>
+
+namespace ostrel {
+
+using Status = nlohmann::ordered_json;
+
+/// A page of text.
+std::string PageOf(const Status& status);
+
+/// The Prometheus text format. Without a status (null), the one metric that says that the station
+/// does not answer.
+std::string MetricsOf(const Status& status);
+
+/// "3 min 20 s", "2 h 5 min", "4 d 3 h".
+std::string Spell(double seconds);
+
+}  // namespace ostrel

@@ -1,0 +1,101 @@
+#include "programs/status/web_server.h"
+
+#include <charconv>
+#include <fmt/format.h>
+#include <httplib.h>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "client/station_client.h"
+#include "programs/status/page_html.h"
+#include "programs/status/reports.h"
+
+namespace ostrel {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr auto kFresh = std::chrono::milliseconds(500);
+constexpr int kNotAnswering = 503;
+constexpr std::size_t kLongestRequest = 4096;  // bytes of a body: nothing is taken
+
+/// One question to the station answers many readers.
+class Latest {
+ public:
+  explicit Latest(std::string folder) : folder_(std::move(folder)) {}
+
+  /// Throws std::runtime_error.
+  std::string Get() {
+    const std::lock_guard lock(mutex_);
+    if (answer_.empty() || Clock::now() - taken_ > kFresh) {
+      answer_.clear();
+      answer_ = AskForStatus(folder_);
+      taken_ = Clock::now();
+    }
+    return answer_;
+  }
+
+ private:
+  std::string folder_;
+  std::mutex mutex_;
+  std::string answer_;
+  Clock::time_point taken_;
+};
+
+struct Place {
+  std::string address = "127.0.0.1";
+  int port = 0;
+};
+
+Place PlaceOf(const std::string& where) {
+  Place place;
+  const auto colon = where.rfind(':');
+  if (colon != std::string::npos) place.address = where.substr(0, colon);
+  const char* const first = where.data() + (colon == std::string::npos ? 0 : colon + 1);
+  const char* const last = where.data() + where.size();
+  const auto [end, error] = std::from_chars(first, last, place.port);
+  if (error != std::errc() || end != last || place.port < 1 || place.port > 65535)
+    throw std::runtime_error(fmt::format("\"{}\" is no [ADDRESS:]PORT.", where));
+  return place;
+}
+
+}  // namespace
+
+void Serve(const std::string& folder, const std::string& where) {
+  const auto place = PlaceOf(where);
+  Latest latest(folder);
+  httplib::Server server;
+  server.set_payload_max_length(kLongestRequest);
+  server.set_default_headers(
+      {{"Cache-Control", "no-store"}, {"X-Content-Type-Options", "nosniff"}});
+  server.Get("/", [](const httplib::Request&, httplib::Response& response) {
+    response.set_content(kPageHtml, "text/html; charset=utf-8");
+  });
+  server.Get("/status.json", [&](const httplib::Request&, httplib::Response& response) {
+    try {
+      response.set_content(latest.Get(), "application/json");
+    } catch (const std::exception& error) {
+      response.status = kNotAnswering;
+      response.set_content(Status{{"error", error.what()}}.dump(), "application/json");
+    }
+  });
+  server.Get("/metrics", [&](const httplib::Request&, httplib::Response& response) {
+    Status status;
+    try {
+      status = Status::parse(latest.Get());
+    } catch (const std::exception&) {
+      // The metrics say that it does not answer.
+    }
+    response.set_content(MetricsOf(status), "text/plain; version=0.0.4; charset=utf-8");
+  });
+  if (!server.bind_to_port(place.address.c_str(), place.port))
+    throw std::runtime_error(
+        fmt::format("Nothing can be served at {}:{}.", place.address, place.port));
+  fmt::print("http://{}:{}/\n", place.address, place.port);
+  std::fflush(stdout);
+  server.listen_after_bind();
+}
+
+}  // namespace ostrel
