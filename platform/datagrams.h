@@ -7,6 +7,11 @@
 
 namespace ostrel {
 
+/// The two halves of a destination, for whoever stores or uses one. Each throws Failure 5 for what
+/// is none: anything but four decimal numbers and periods, a port that is not 1 to 65535.
+void CheckDestinationAddress(const std::string& address);
+void CheckDestinationPort(std::int32_t port);
+
 class Datagrams {
  public:
   virtual ~Datagrams() = default;

@@ -8,6 +8,7 @@
 #include "base/failure.h"
 #include "base/numbers.h"
 #include "base/priority.h"
+#include "platform/datagrams.h"
 
 namespace ostrel {
 
@@ -26,14 +27,11 @@ Check CheckOf(const std::string& text) {
 }
 
 /// Throws Failure 13 or 6.
-std::int32_t IntegerWithin(const std::string& text, int first, int last) {
-  const auto number = StrictInteger(text);
-  if (number < first || number > last) throw Failure(failure_number::kOverflow, "Overflow");
-  return number;
-}
-
 std::int16_t EngineOf(const std::string& text) {
-  return static_cast<std::int16_t>(IntegerWithin(text, INT16_MIN, INT16_MAX));
+  const auto number = StrictInteger(text);
+  if (number < INT16_MIN || number > INT16_MAX)
+    throw Failure(failure_number::kOverflow, "Overflow");
+  return static_cast<std::int16_t>(number);
 }
 
 /// The nearest priority that there is.
@@ -123,13 +121,15 @@ std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& value
        "127.255.255.255",
        Reader::kStart,
        [&](const std::string& text) { values.udpAddress = text; },
-       {}},
+       {},
+       CheckDestinationAddress},
       {"UdpPort",
        kOwn,
        "9510",
        Reader::kStart,
        [&](const std::string& text) { values.udpPort = StrictInteger(text); },
-       {}},
+       {},
+       [](const std::string& text) { CheckDestinationPort(StrictInteger(text)); }},
       Row("PurgeTime", kOwn, setup.txtPurgeTime),
       Row("TxDelay", kOwn, setup.txtTxDelay),
       Row("TxUpTime", kOwn, setup.totdown),
@@ -146,13 +146,14 @@ std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& value
   return rows;
 }
 
-std::vector<SettingRow> ScreenSettings() {
-  std::vector<SettingRow> rows;
-  for (const auto* key : {"MainLeft", "MainTop", "MainWidth", "MainHeight"})
-    rows.push_back({key, Section::kScreen, "", Reader::kStart, StrictNumber, {}});
-  const auto checkState = [](const std::string& text) { IntegerWithin(text, 0, 2); };
-  rows.push_back({"MainState", Section::kScreen, "0", Reader::kStart, checkState, {}});
-  return rows;
+void CheckSetting(const SettingRow& row, const std::string& text) {
+  try {
+    row.load(text);
+    if (row.check) row.check(text);
+  } catch (const Failure& failure) {
+    throw Failure(failure_number::kTypeMismatch,
+                  fmt::format("{} cannot be \"{}\". {}.", row.key, text, failure.text()));
+  }
 }
 
 }  // namespace ostrel

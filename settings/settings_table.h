@@ -42,14 +42,17 @@ struct SettingRow {
   std::function<void(const std::string& text)> load;
   /// The text to store; none for a setting that the setup dialog leaves as it is.
   std::function<std::string()> store;
+  /// Refuses what `load` takes and a later step of start-up does not. Throws Failure; none when
+  /// there is no such step.
+  std::function<void(const std::string& text)> check = {};
 };
+
+/// Throws Failure 13 for a text that the next start could not use, naming key, text and reason. The
+/// row takes the text on the way: it must be one over a state that concerns nobody.
+void CheckSetting(const SettingRow& row, const std::string& text);
 
 /// The settings of the station, in the order in which they are stored. The rows refer to both
 /// arguments.
 std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& values);
-
-/// The main window's placement, which the window loads and stores itself; without a default, which
-/// is the window's own. `load` only checks.
-std::vector<SettingRow> ScreenSettings();
 
 }  // namespace ostrel

@@ -4,7 +4,6 @@
 
 #include "base/failure.h"
 #include "base/numbers.h"
-#include "settings/settings_table.h"
 
 namespace ostrel {
 
@@ -23,13 +22,28 @@ constexpr PlacementValue kPlacementValues[] = {
 };
 constexpr const char* kStateKey = "MainState";
 
-WindowState StateOf(int number) {
+float LengthOf(const std::string& text) {
+  return static_cast<float>(StrictNumber(text));
+}
+
+WindowState StateOf(const std::string& text) {
+  const auto number = StrictInteger(text);
   if (number < 0 || number > 2)
     throw Failure(failure_number::kInvalidProperty, "Invalid property value");
   return static_cast<WindowState>(number);
 }
 
 }  // namespace
+
+std::vector<SettingRow> ScreenSettings() {
+  std::vector<SettingRow> rows;
+  const auto add = [&](const char* key, const char* fallback, auto read) {
+    rows.push_back({key, Section::kScreen, fallback, Reader::kStart, read, {}});
+  };
+  for (const auto& value : kPlacementValues) add(value.key, "", LengthOf);
+  add(kStateKey, "0", StateOf);
+  return rows;
+}
 
 void CentreMainWindow(Dialogs& dialogs) {
   const auto [width, height] = dialogs.ScreenSize();
@@ -44,10 +58,10 @@ void RestorePlacement(SettingsStore& store, Dialogs& dialogs) {
   auto placement = dialogs.Placement();
   for (const auto& [key, member] : kPlacementValues) {
     const auto text = store.ReadSetting(path, key, FormatPlain(placement.*member));
-    placement.*member = static_cast<float>(StrictNumber(text));
+    placement.*member = LengthOf(text);
     dialogs.Place(placement);
   }
-  placement.state = StateOf(StrictInteger(store.ReadSetting(path, kStateKey, "0")));
+  placement.state = StateOf(store.ReadSetting(path, kStateKey, "0"));
   dialogs.Place(placement);
 }
 

@@ -1,10 +1,17 @@
 // Where the main window stood when the station was last closed.
 #pragma once
 
+#include <vector>
+
 #include "platform/dialogs.h"
 #include "platform/settings_store.h"
+#include "settings/settings_table.h"
 
 namespace ostrel {
+
+/// The rows of the placement, which start-up and the end read and write below; without a default,
+/// which is the window's own. `load` only checks.
+std::vector<SettingRow> ScreenSettings();
 
 /// Centres the main window on the screen.
 void CentreMainWindow(Dialogs& dialogs);

@@ -8,7 +8,6 @@
 namespace ostrel {
 namespace {
 
-constexpr std::int32_t kHighestPort = 65535;
 constexpr std::string_view kTypeOfServiceKey = "QOSFlags=";
 
 Failure ChannelFailure(const std::string& what, const QUdpSocket& socket) {
@@ -18,7 +17,7 @@ Failure ChannelFailure(const std::string& what, const QUdpSocket& socket) {
 }  // namespace
 
 void UdpChannel::SetDestination(const std::string& address, std::int32_t port) {
-  address_ = QHostAddress(QString::fromStdString(address));
+  address_ = address;
   port_ = port;
 }
 
@@ -29,12 +28,9 @@ void UdpChannel::SetConfiguration(std::string_view text) {
 }
 
 void UdpChannel::Activate() {
-  if (address_.protocol() != QAbstractSocket::IPv4Protocol) {
-    throw Failure(failure_number::kInvalidArgument, "The packet host has no IPv4 address");
-  }
-  if (port_ < 1 || port_ > kHighestPort) {
-    throw Failure(failure_number::kInvalidArgument, "The packet host's port is not 1 to 65535");
-  }
+  CheckDestinationAddress(address_);
+  CheckDestinationPort(port_);
+  host_ = QHostAddress(QString::fromStdString(address_));
   // Qt allows broadcasts on every datagram socket that it makes.
   auto socket = std::make_unique<QUdpSocket>();
   if (!socket->bind(QHostAddress(QHostAddress::AnyIPv4))) {
@@ -58,7 +54,7 @@ bool UdpChannel::IsActive() const {
 void UdpChannel::Send(std::string_view bytes) {
   if (!socket_) throw Failure(failure_number::kDeviceError, "The UDP channel is not open");
   const auto size = static_cast<qint64>(bytes.size());
-  if (socket_->writeDatagram(bytes.data(), size, address_, static_cast<quint16>(port_)) != size) {
+  if (socket_->writeDatagram(bytes.data(), size, host_, static_cast<quint16>(port_)) != size) {
     throw ChannelFailure("The datagram was not sent", *socket_);
   }
 }

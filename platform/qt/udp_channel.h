@@ -20,7 +20,8 @@ class UdpChannel : public Datagrams {
   void Send(std::string_view bytes) override;
 
  private:
-  QHostAddress address_;
+  std::string address_;
+  QHostAddress host_;  // the address, once it was found to be one
   std::int32_t port_ = 0;
   int typeOfService_ = 0;
   std::unique_ptr<QUdpSocket> socket_;  // only while active

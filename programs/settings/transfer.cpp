@@ -3,6 +3,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "programs/settings/all_settings.h"
 #include "programs/settings/commands.h"
 #include "settings/registry_text.h"
 #include "settings/settings_table.h"
@@ -60,6 +61,8 @@ void ImportSettings(StationFolder& station, const std::string& file) {
   };
   try {
     const auto import = ParseRegistryText(Decode(station.files().ReadAll(file)));
+    const AllSettings settings(station.path());
+    for (const auto& value : import.values) settings.Check(value);
     station.OpenStore()->WriteAll(import.values);
     for (const auto& leftOut : import.leftOut) note("Import left out " + leftOut);
     fmt::print("{} values taken from {}\n", import.values.size(), file);

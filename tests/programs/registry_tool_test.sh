@@ -120,4 +120,29 @@ for cut in 61 200 333 450 801; do
   settings theirs export "$work/after.txt"
   cmp "$work/again.txt" "$work/after.txt"
 done
+# Nor does a setting with which the station could not start, whoever brings it.
+{
+  head -n 2 "$work/family"
+  printf '%s\n' "[$root\\corvain\\Ostrel\\Settings]" '"CWIDText"="NEW"' '"udpport"="70000"'
+} >"$work/dead.reg"
+if settings theirs import "$work/dead.reg" 2>/dev/null; then
+  echo 'An import took a port of 70000.' >&2
+  exit 1
+fi
+while read -r key value; do
+  if settings theirs set "$key" "$value" 2>/dev/null; then
+    echo "$key was set to $value." >&2
+    exit 1
+  fi
+done <<'END'
+UdpPort 0
+UdpAddress localhost
+UdpAddress 127.0.0.1.1
+UdpAddress 127.0.0.256
+UdpAddress 127.0.0.010
+MainState 3
+END
+settings theirs export "$work/after.txt"
+cmp "$work/again.txt" "$work/after.txt"
+grep -q 'refused, .*UdpPort cannot be "70000"' "$work/theirs/RtLog.txt"
 grep -q 'Settings .*refused, nothing was changed' "$work/theirs/RtLog.txt"
