@@ -1,20 +1,18 @@
 #include "settings/registry_text.h"
 
 #include <algorithm>
-#include <charconv>
 #include <fmt/format.h>
-#include <optional>
 #include <set>
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "base/utf8.h"
 #include "settings/settings_table.h"
+#include "settings/spelled_out_text.h"
 
 namespace ostrel {
 
 namespace {
-
-constexpr std::string_view kSpelledOut = "hex(1):";
 
 std::string Quoted(std::string_view text) {
   std::string quoted = "\"";
@@ -23,6 +21,12 @@ std::string Quoted(std::string_view text) {
     quoted += c;
   }
   return quoted += '"';
+}
+
+/// A text that is no UTF-8 (a path in another code page, say) has its bytes spelled out.
+std::string Notation(const StoredValue& value) {
+  if (value.isRaw) return value.value;
+  return IsUtf8(value.value) ? Quoted(value.value) : SpellOut(value.value);
 }
 
 bool StartsWithPath(std::string_view path, std::string_view tree) {
@@ -49,22 +53,6 @@ bool HasDriveLetter(std::string_view text) {
          (text[2] == '\\' || text[2] == '/');
 }
 
-/// The bytes of "01,02,fe"; nothing for any other text.
-std::optional<std::string> BytesOf(std::string_view digits) {
-  std::string bytes;
-  while (!digits.empty()) {
-    unsigned int byte = 0;
-    const auto* const end = digits.data() + std::min<std::size_t>(2, digits.size());
-    if (std::from_chars(digits.data(), end, byte, 16).ptr != digits.data() + 2) return std::nullopt;
-    bytes += static_cast<char>(byte);
-    digits.remove_prefix(2);
-    if (digits.empty()) break;
-    if (digits.front() != ',' || digits.size() == 1) return std::nullopt;
-    digits.remove_prefix(1);
-  }
-  return bytes;
-}
-
 /// dword:0000000a, hex:01,02 or hex(7):01,02 and nothing else.
 bool IsNumberNotation(std::string_view raw) {
   const auto colon = raw.find(':');
@@ -74,45 +62,6 @@ bool IsNumberNotation(std::string_view raw) {
     return digits.size() == 8 &&
            digits.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
   return (kind == "hex" || (kind.starts_with("hex(") && kind.ends_with(')'))) && BytesOf(digits);
-}
-
-void AppendUtf8(std::string& text, std::uint32_t character) {
-  const int following = character < 0x80 ? 0 : character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
-  constexpr std::uint32_t kFirst[] = {0x00, 0xC0, 0xE0, 0xF0};
-  text += static_cast<char>(kFirst[following] | character >> 6 * following);
-  for (int rest = following - 1; rest >= 0; --rest)
-    text += static_cast<char>(0x80 | (character >> 6 * rest & 0x3F));
-}
-
-/// The text that "hex(1):" spells out: UTF-16LE, with a zero at its end. Nothing when it is none.
-std::optional<std::string> SpelledOutText(std::string_view digits) {
-  const auto bytes = BytesOf(digits).value_or("");
-  std::string text;
-  std::uint32_t high = 0;
-  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
-    const auto unit = static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[i]) |
-                                                 static_cast<unsigned char>(bytes[i + 1]) << 8);
-    const bool isLow = unit >= 0xDC00 && unit < 0xE000;
-    if (isLow != (high != 0)) return std::nullopt;
-    if (unit == 0) return i + 2 == bytes.size() ? std::optional(text) : std::nullopt;
-    if (unit >= 0xD800 && unit < 0xDC00) {
-      high = unit;
-      continue;
-    }
-    AppendUtf8(text, high != 0 ? 0x10000 + ((high & 0x3FF) << 10) + (unit & 0x3FF) : unit);
-    high = 0;
-  }
-  return std::nullopt;
-}
-
-/// The same in the older form of file: a byte a character, in a code page that the file does not
-/// name. What all of them share is taken.
-std::optional<std::string> SpelledOutAscii(std::string_view digits) {
-  auto bytes = BytesOf(digits).value_or("");
-  const auto isAscii = [](unsigned char c) { return c > 0 && c < 0x80; };
-  if (!bytes.ends_with('\0')) return std::nullopt;
-  bytes.pop_back();
-  return std::all_of(bytes.begin(), bytes.end(), isAscii) ? std::optional(bytes) : std::nullopt;
 }
 
 /// Walks the text once, element by element.
@@ -288,8 +237,8 @@ std::string FormatRegistryText(const std::vector<StoredValue>& values) {
   std::set<std::string> written;
   for (const auto& value : values) {
     AppendKey(text, value.keyPath, written);
-    text += fmt::format("{}={}{}", value.name.empty() ? "@" : Quoted(value.name),
-                        value.isRaw ? value.value : Quoted(value.value), kLineEnd);
+    text += fmt::format("{}={}{}", value.name.empty() ? "@" : Quoted(value.name), Notation(value),
+                        kLineEnd);
   }
   return text.append(kLineEnd);
 }

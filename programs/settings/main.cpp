@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "base/failure.h"
+#include "base/text.h"
 #include "platform/linux/program_folder.h"
 #include "platform/linux/sharing.h"
 #include "programs/settings/commands.h"
@@ -65,7 +66,7 @@ int main(int argc, char** argv) {
     command(station);
     return 0;
   } catch (const std::exception& error) {
-    fmt::print(stderr, "ostrel-settings: {}\n", error.what());
+    fmt::print(stderr, "ostrel-settings: {}\n", ostrel::Printable(error.what()));
     return 1;
   }
 }

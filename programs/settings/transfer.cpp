@@ -3,6 +3,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "base/utf8.h"
 #include "programs/settings/all_settings.h"
 #include "programs/settings/commands.h"
 #include "settings/registry_text.h"
@@ -13,7 +14,6 @@ namespace ostrel {
 namespace {
 
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
-constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 /// Throws Failure 13 for text that is not in the encoding `from`.
 std::string Convert(std::string_view text, const char* from, const char* to) {
@@ -45,31 +45,57 @@ std::string Decode(std::string_view file) {
   }
 }
 
+/// One line in the station's log. What was done is done, whether or not the log can be written.
+void Log(StationFolder& station, const std::string& text) {
+  try {
+    station.WriteLog("Settings", text);
+  } catch (const Failure& failure) {
+    fmt::print(stderr, "The log could not be written: {}\n", failure.text());
+  }
+}
+
+/// Runs `step`. Its failure is logged, and thrown on, behind `refusal`.
+template <typename Step>
+void RunLogged(StationFolder& station, const std::string& refusal, Step&& step) {
+  try {
+    step();
+  } catch (const Failure& failure) {
+    const auto text = fmt::format("{}: {}", refusal, failure.text());
+    Log(station, text);
+    throw Failure(failure.number(), text);
+  }
+}
+
+/// Stores the file's values, all or none.
+RegistryImport TakeFile(StationFolder& station, const std::string& file) {
+  auto import = ParseRegistryText(Decode(station.files().ReadAll(file)));
+  const AllSettings settings(station.path());
+  for (const auto& value : import.values) settings.Check(value);
+  station.OpenStore()->WriteAll(import.values);
+  return import;
+}
+
 }  // namespace
 
 void ExportSettings(StationFolder& station, const std::string& file) {
-  const auto values = station.OpenStore()->List(kFamilyTree);
-  station.files().WriteAll(
-      file, std::string(kUtf16Mark) + Convert(FormatRegistryText(values), "UTF-8", "UTF-16LE"));
+  std::vector<StoredValue> values;
+  RunLogged(station, fmt::format("Export to {} failed", file), [&] {
+    values = station.OpenStore()->List(kFamilyTree);
+    station.files().WriteAll(
+        file, std::string(kUtf16Mark) + Convert(FormatRegistryText(values), "UTF-8", "UTF-16LE"));
+  });
   fmt::print("{} values saved to {}\n", values.size(), file);
 }
 
 void ImportSettings(StationFolder& station, const std::string& file) {
-  const auto note = [&](const std::string& text) {
-    station.WriteLog("Settings", text);
-    fmt::print(stderr, "{}\n", text);
-  };
-  try {
-    const auto import = ParseRegistryText(Decode(station.files().ReadAll(file)));
-    const AllSettings settings(station.path());
-    for (const auto& value : import.values) settings.Check(value);
-    station.OpenStore()->WriteAll(import.values);
-    for (const auto& leftOut : import.leftOut) note("Import left out " + leftOut);
-    fmt::print("{} values taken from {}\n", import.values.size(), file);
-  } catch (const Failure& failure) {
-    note(fmt::format("Import of {} refused, nothing was changed: {}", file, failure.text()));
-    throw;
+  RegistryImport import;
+  RunLogged(station, fmt::format("Import of {} refused, nothing was changed", file),
+            [&] { import = TakeFile(station, file); });
+  for (const auto& leftOut : import.leftOut) {
+    fmt::print(stderr, "Import left out {}\n", Printable(leftOut));
+    Log(station, "Import left out " + leftOut);
   }
+  fmt::print("{} values taken from {}\n", import.values.size(), file);
 }
 
 }  // namespace ostrel

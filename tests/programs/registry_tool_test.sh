@@ -107,6 +107,18 @@ settings theirs export "$work/again.txt"
 same "$work/family" <(plain "$work/again.txt" | sed '$d') "The family's keys are not what they were."
 [ "$(settings theirs get CWIDText)" = 'DE TEST' ]
 
+# A path in another code page makes the round too; a log that cannot be written changes nothing of
+# what was taken; an export that failed is in the log.
+mkdir "$work/third" "$work/third/RtLog.txt"
+settings theirs set FillFile $'/srv/\xe9\xc3/fill.txt'
+settings theirs export "$work/page.txt"
+settings third import "$work/page.txt" 2>/dev/null
+[ "$(settings third get FillFile)" = $'/srv/\xe9\xc3/fill.txt' ]
+settings theirs set FillFile /srv/fill.txt
+settings theirs export "$work/again.txt"
+settings theirs export "$work/none/again.txt" 2>/dev/null && exit 1
+grep -q 'Settings .*Export to .*none/again.txt failed: ' "$work/theirs/RtLog.txt"
+
 # Cut off anywhere behind its header, in the middle of a character or not, a file changes nothing.
 sed -i 's/the family/the house/; s/0000002a/0000002b/' "$work/family"
 sed 's/$/\r/' "$work/family" | iconv -f UTF-8 -t UTF-16 >"$work/family.reg"

@@ -40,6 +40,19 @@ TEST(RegistryText, TakesTheFamilysTreeAndSaysWhatItLeavesOut) {
                 "the key HKEY_CURRENT_USER\\Software\\Corvain of another tree"}));
 }
 
+TEST(RegistryText, ATextThatIsNoUtf8ComesBackByteForByte) {
+  const std::vector<StoredValue> values = {
+      {kOwnPath, "Kept", "\"\xC3\xA9\" \xF0\x9F\x98\x80"},
+      {kOwnPath, "FillFile", "/srv/\xE9\xC3\xA9\xF0\x9F\x98\x80\xF0\x9F"},
+      {kOwnPath, "Overlong", "\xC0\x80 \xED\xA0\x80 \xF4\x90\x80\x80"}};
+  const auto text = FormatRegistryText(values);
+  EXPECT_NE(text.find("\"FillFile\"=hex(1):2f,00,73,00,72,00,76,00,2f,00,e9,dc,e9,00,3d,d8,00,de,"
+                      "f0,dc,9f,dc,00,00\r\n"),
+            std::string::npos)
+      << text;
+  EXPECT_EQ(ParseRegistryText(text).values, values);
+}
+
 TEST(RegistryText, ADamagedFileIsRefusedWholeWithItsLine) {
   const auto good = kHead + kOwnKey + "\"Good\"=\"1\"\r\n";
   const std::pair<std::string, int> cases[] = {
