@@ -14,6 +14,8 @@ namespace ostrel {
 
 namespace {
 
+constexpr auto kMostLevels = 512;  // as many as a registry has
+
 std::string Quoted(std::string_view text) {
   std::string quoted = "\"";
   for (const char c : text) {
@@ -70,6 +72,7 @@ class RegistryReader {
   explicit RegistryReader(std::string_view text) : text_(text) {}
 
   RegistryImport Read() {
+    RefuseNul();
     const auto header = RestOfLine();
     isOld_ = header == kOldRegistryHeader;
     if (header != kRegistryHeader && !isOld_) Refuse("no registry file");
@@ -78,6 +81,14 @@ class RegistryReader {
   }
 
  private:
+  /// No text of a registry holds one, and a store would end its text there.
+  void RefuseNul() {
+    const auto nul = text_.find('\0');
+    if (nul == std::string_view::npos) return;
+    at_ = nul;
+    Refuse("a NUL character");
+  }
+
   void ReadElement() {
     SkipWhile(" \t\r\n");
     if (AtEnd()) return;
@@ -97,6 +108,7 @@ class RegistryReader {
     auto key = RestOfLine();
     if (key.size() < 3 || key.back() != ']') Refuse("a key without its closing bracket");
     key = key.substr(1, key.size() - 2);
+    if (std::count(key.begin(), key.end(), '\\') >= kMostLevels) Refuse("a key too deep");
     hasKey_ = true;
     path_ = PathInTree(key);
     if (key.starts_with('-')) {

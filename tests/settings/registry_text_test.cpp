@@ -55,6 +55,8 @@ TEST(RegistryText, ATextThatIsNoUtf8ComesBackByteForByte) {
 
 TEST(RegistryText, ADamagedFileIsRefusedWholeWithItsLine) {
   const auto good = kHead + kOwnKey + "\"Good\"=\"1\"\r\n";
+  std::string deep = "[HKEY_LOCAL_MACHINE\\Software\\Corvain";
+  for (int level = 0; level < 510; ++level) deep += "\\a";
   const std::pair<std::string, int> cases[] = {
       {"Windows Registry Editor Version 6\r\n" + kOwnKey, 2},
       {kHead + "\"Early\"=\"1\"\r\n", 3},
@@ -66,6 +68,8 @@ TEST(RegistryText, ADamagedFileIsRefusedWholeWithItsLine) {
       {good + "\"Kind\"=hex:0g\r\n", 6},
       {good + "\"Kind\"=hex(1):4,00,00,00\r\n", 6},
       {good + "\"CutOff\"=hex:01,\\\r\n", 6},
+      {good + "\"Nul\"=\"" + '\0' + "\"\r\n", 5},
+      {good + deep + "]\r\n", 6},
   };
   for (const auto& [text, line] : cases) {
     try {
