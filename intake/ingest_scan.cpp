@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "intake/match_pattern.h"
 #include "intake/missing_folder.h"
+#include "state/ingest_folder.h"
 
 namespace ostrel {
 
@@ -25,6 +26,7 @@ bool IsReceivedArchive(std::string_view name) {
 }
 
 void IngestScan::CheckForNewFiles() {
+  if (!MayBeScanned()) return;
   std::string path = parts_.values.ingestPath;
   try {
     const auto name = parts_.files.FirstFile(parts_.values.ingestPath, {});
@@ -34,6 +36,18 @@ void IngestScan::CheckForNewFiles() {
   } catch (const std::exception& error) {
     OnFailure(AsFailure(error), path);
   }
+}
+
+/// Every file of the folder would be taken, and most deleted. A path is looked at when it is new.
+bool IngestScan::MayBeScanned() {
+  const auto& path = parts_.values.ingestPath;
+  if (checkedPath_ != path) {
+    checkedPath_ = path;
+    mayBeScanned_ = RunStep(parts_.reporting, kProcedure, [&] {
+      CheckIngestFolder(parts_.files.RealPath(path), parts_.values.programFolder);
+    });
+  }
+  return mayBeScanned_;
 }
 
 void IngestScan::TakeFile(const std::string& listedName) {

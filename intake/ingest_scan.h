@@ -36,10 +36,12 @@ class IngestScan {
   };
   explicit IngestScan(const Parts& parts) : parts_(parts), placed_(parts.files) {}
 
-  /// One step. A failure leaves the file where it is; the next call takes it again.
+  /// One step. A failure leaves the file where it is; the next call takes it again. A folder whose
+  /// files are no received ones is reported, once, and left alone.
   void CheckForNewFiles();
 
  private:
+  bool MayBeScanned();
   void TakeFile(const std::string& listedName);
   void Unpack(FileHold& hold, const std::string& path);
   void MakeCopies(const std::string& path, const std::string& name);
@@ -51,6 +53,8 @@ class IngestScan {
   PlacedFiles placed_;
   std::map<std::string, int> archiveDepths_;  // of archives that came out of others, by path
   int lockedFileCount_ = 0;
+  std::string checkedPath_;  // the ingest path that was looked at last
+  bool mayBeScanned_ = true;
 };
 
 }  // namespace ostrel

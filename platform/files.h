@@ -70,6 +70,8 @@ class Files {
   /// in ASCII case alone; what does not exist stays as given. Schedule entries are kept in lower
   /// case.
   virtual std::string ActualPath(const std::string& path) = 0;
+  /// Absolute, with links and what leads back and forth resolved as far as the path exists.
+  virtual std::string RealPath(const std::string& path) = 0;
   virtual FileStatus Status(const std::string& path) = 0;
   /// Sets the last-write time alone.
   virtual void SetLastWriteTime(const std::string& path, UtcTime time) = 0;

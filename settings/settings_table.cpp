@@ -9,6 +9,7 @@
 #include "base/numbers.h"
 #include "base/priority.h"
 #include "platform/datagrams.h"
+#include "state/ingest_folder.h"
 
 namespace ostrel {
 
@@ -89,7 +90,8 @@ std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& value
   std::vector<SettingRow> rows = {
       {"IngestPath", kOwn, folder + "/KvData/RxFiles", Reader::kStart,
        [&](const std::string& text) { values.SetIngestPath(text); },
-       [&] { return setup.txtIngestPath.Get(); }},
+       [&] { return setup.txtIngestPath.Get(); },
+       [&](const std::string& text) { CheckIngestFolder(text, values.programFolder); }},
       {"Engine", kOwn, "0", Reader::kStart,
        [&](const std::string& text) { values.ingestEngine = EngineOf(text); },
        [&] { return fmt::format("{}", values.ingestEngine); }},

@@ -42,12 +42,12 @@ struct SettingRow {
   std::function<void(const std::string& text)> load;
   /// The text to store; none for a setting that the setup dialog leaves as it is.
   std::function<std::string()> store;
-  /// Refuses what `load` takes and a later step of start-up does not. Throws Failure; none when
-  /// there is no such step.
+  /// Refuses what `load` takes and who uses the setting does not. Throws Failure; none when nobody
+  /// does.
   std::function<void(const std::string& text)> check = {};
 };
 
-/// Throws Failure 13 for a text that the next start could not use, naming key, text and reason. The
+/// Throws Failure 13 for a text that the station could not use, naming key, text and reason. The
 /// row takes the text on the way: it must be one over a state that concerns nobody.
 void CheckSetting(const SettingRow& row, const std::string& text);
 

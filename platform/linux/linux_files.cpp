@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -131,6 +132,12 @@ std::string LinuxFiles::ActualPath(const std::string& path) {
     at = end;
   }
   return actual;
+}
+
+std::string LinuxFiles::RealPath(const std::string& path) {
+  std::error_code error;
+  const auto real = std::filesystem::weakly_canonical(std::filesystem::absolute(path), error);
+  return error ? path : real.string();
 }
 
 FileStatus LinuxFiles::Status(const std::string& path) {

@@ -17,6 +17,7 @@ class LinuxFiles : public Files {
   std::vector<std::string> ListFiles(const std::string& folder) override;
   bool Exists(const std::string& path) override;
   std::string ActualPath(const std::string& path) override;
+  std::string RealPath(const std::string& path) override;
   FileStatus Status(const std::string& path) override;
   void SetLastWriteTime(const std::string& path, UtcTime time) override;
   std::unique_ptr<FileHold> HoldAlone(const std::string& path) override;

@@ -30,6 +30,8 @@ class MemoryFiles : public Files {
   std::vector<std::string> ListFiles(const std::string& folder) override;
   bool Exists(const std::string& path) override;
   std::string ActualPath(const std::string& path) override;
+  /// There are no links here.
+  std::string RealPath(const std::string& path) override { return path; }
   FileStatus Status(const std::string& path) override;
   void SetLastWriteTime(const std::string& path, UtcTime time) override;
   /// Nobody but the station has anything open here.

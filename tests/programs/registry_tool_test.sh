@@ -153,6 +153,9 @@ UdpAddress 127.0.0.1.1
 UdpAddress 127.0.0.256
 UdpAddress 127.0.0.010
 MainState 3
+IngestPath /
+IngestPath /home/operator/
+IngestPath /srv/../root
 END
 settings theirs export "$work/after.txt"
 cmp "$work/again.txt" "$work/after.txt"

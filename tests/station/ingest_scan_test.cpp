@@ -95,6 +95,26 @@ TEST(IngestScan, TheNameAloneDecidesWhereAFileGoes) {
   }
 }
 
+TEST(IngestScan, AFolderWhoseFilesAreNoReceivedOnesIsLeftAloneWithOneReport) {
+  VirtualStation station;
+  const auto folder = station.Path("");
+  fs::create_directory_symlink(folder, folder + "link");
+  station.Start();
+  std::size_t reports = 0;
+  for (const auto* path :
+       {"", "KvData/RtPri3/..", "KvData/RtSent", "link", "link/KvData/RxFiles/../.."}) {
+    SCOPED_TRACE(path);
+    station.WriteFile(station.Path(path) + "/NOTES.DOC", "nobody's");
+    station.setup().txtIngestPath.Set(folder + path);
+    station.station->actions().LeaveSetup();
+    station.Run(2s);
+    EXPECT_TRUE(fs::exists(station.Path(path) + "/NOTES.DOC"));
+    EXPECT_EQ(station.LogOf("CheckForNewFiles").size(), ++reports);
+  }
+  EXPECT_EQ(station.Names("KvData/RtSent"), (Lines{"FILLFILE.TXT", "NOTES.DOC"}))
+      << "the sending goes on";
+}
+
 TEST(IngestScan, WhatNoRuleNamesIsKeptWhileAListIsLostAndComesBackWithIt) {
   VirtualStation station;
   station.Rule(3, "AB*");

@@ -27,6 +27,7 @@ class FaultyFiles : public Files {
   }
   bool Exists(const std::string& p) override { return real_.Exists(p); }
   std::string ActualPath(const std::string& p) override { return real_.ActualPath(p); }
+  std::string RealPath(const std::string& p) override { return real_.RealPath(p); }
   FileStatus Status(const std::string& p) override { return Past(statusFault, p).Status(p); }
   void SetLastWriteTime(const std::string& p, UtcTime t) override { real_.SetLastWriteTime(p, t); }
   std::unique_ptr<FileHold> HoldAlone(const std::string& p) override {
