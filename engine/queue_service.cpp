@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <utility>
 
 #include "base/names.h"
 #include "base/text.h"
@@ -143,7 +144,7 @@ void QueueService::InsertFillFile() {
   if (parts_.queue.HoldsBackProduct(ToUpper(FileNameOf(insertedAs)))) return;
   TryStep([&] { SetFileWriteTime(fillFile, parts_.clock.Now()); });
   const auto copy = [&] { parts_.copy.CopyFile(fillFile, insertedAs, Links::kFollowed); };
-  if (!TryStep(copy)) RestoreHoldingFolders();
+  if (MayPlaceFill(insertedAs) && !TryStep(copy)) RestoreHoldingFolders();
   ++parts_.status.FillsSent;
   ++parts_.status.fillsSinceStart;
 }
@@ -151,6 +152,26 @@ void QueueService::InsertFillFile() {
 void QueueService::RestoreHoldingFolders() {
   for (const Priority p : AllPriorities())
     RestoreFolder(parts_.files, parts_.reporting, parts_.values.HoldingFolder(p.number()));
+}
+
+/// What lies in a holding folder under this name is the fill before. Anywhere else it is somebody's
+/// file, and a fill is never sent from there.
+bool QueueService::MayPlaceFill(const std::string& place) {
+  if (!parts_.files.Exists(place) || IsInHoldingFolder(place)) return true;
+  if (std::exchange(refusedFillPlace_, place) != place)
+    parts_.reporting.WriteLog(
+        "CheckPriorityLists",
+        fmt::format("The fill file is not written over {}: that is in none of KvData/RtPri1 to 10.",
+                    place));
+  return false;
+}
+
+bool QueueService::IsInHoldingFolder(const std::string& path) {
+  const auto folder = parts_.files.RealPath(std::string(FolderOf(path)));
+  const auto priorities = AllPriorities();
+  return std::any_of(priorities.begin(), priorities.end(), [&](Priority p) {
+    return folder == parts_.files.RealPath(parts_.values.HoldingFolder(p.number()));
+  });
 }
 
 void QueueService::SetFileWriteTime(const std::string& path, LocalTime time) {

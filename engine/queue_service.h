@@ -57,12 +57,15 @@ class QueueService {
   void ShowIdle(Priority p);
   void InsertFillFile();
   void RestoreHoldingFolders();
+  bool MayPlaceFill(const std::string& place);
+  bool IsInHoldingFolder(const std::string& path);
   void SetFileWriteTime(const std::string& path, LocalTime time);
 
   Parts parts_;
   PerPriority<std::optional<OnAir>> onAir_;
   /// A packet was built after the last entry was retired.
   bool isFollowed_ = false;
+  std::string refusedFillPlace_;  // the last one that the log tells of
 };
 
 }  // namespace ostrel

@@ -51,6 +51,17 @@ TEST_F(QueueServiceTest, TheFillFileGoesInOncePerTurnUntilItIsQueued) {
   EXPECT_GE(station.Packets().size(), 6U);
   const auto stamp = station.realFiles.Status(station.Path("FillFile.txt")).written;
   EXPECT_GT(stamp, kNoon + 50s) << "it carries the time of its last insertion";
+  // A link into a holding folder will do; the file of somebody else is not replaced.
+  std::filesystem::create_directory_symlink(station.Path("KvData/RtPri2"), station.Path("two"));
+  station.setup().NameAs.Set(station.Path("two/FILL.TXT"));
+  station.WriteFile(station.Path("two/FILL.TXT"), "");
+  station.Run(60s);
+  EXPECT_GE(status().FilesSent[kTwo], 5);
+  station.setup().NameAs.Set(station.Path("RtMorse.txt"));
+  const auto table = station.ReadFile(station.Path("RtMorse.txt"));
+  station.Run(60s);
+  EXPECT_EQ(station.ReadFile(station.Path("RtMorse.txt")), table);
+  EXPECT_EQ(station.LogOf("CheckPriorityLists").size(), 1U);
 }
 
 TEST_F(QueueServiceTest, AMoreUrgentFileCutsInAtTheNextBlockAndTheOtherKeepsItsPlace) {
