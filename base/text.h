@@ -8,6 +8,8 @@
 namespace ostrel {
 
 inline constexpr std::string_view kLineEnd = "\r\n";
+/// What some editors put in front of a text of UTF-8.
+inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 /// ASCII letters only; every other byte stays as it is.
 std::string ToUpper(std::string_view text);
@@ -24,9 +26,10 @@ std::string PadOrCut(std::string_view text, std::size_t width);
 std::string Printable(std::string_view text);
 
 /// The lines of a text file, without their ends. CR LF, LF and CR all end a line; a last line
-/// needs no end.
+/// needs no end. The mark of an editor is not part of the first.
 template <typename Visit>
 void ForEachLine(std::string_view content, Visit&& visit) {
+  if (content.starts_with(kUtf8Mark)) content.remove_prefix(kUtf8Mark.size());
   while (!content.empty()) {
     const auto end = content.find_first_of("\r\n");
     visit(content.substr(0, end));

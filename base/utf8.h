@@ -9,9 +9,6 @@
 
 namespace ostrel {
 
-/// What some editors put in front of a text.
-inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
-
 struct Utf8Character {
   std::uint32_t code;
   std::size_t size;  // bytes

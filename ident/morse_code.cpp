@@ -2,6 +2,7 @@
 
 #include "base/numbers.h"
 #include "base/text.h"
+#include "base/utf8.h"
 
 namespace ostrel {
 
@@ -11,11 +12,11 @@ constexpr std::size_t kCodeColumns = 6;
 constexpr int kSlowestFactor = 33;
 constexpr int kUsualFactor = 8;
 
-std::string_view CodeOf(char c, std::string_view joinedTable) {
-  const char line[] = {'\r', c};
-  const auto found = joinedTable.find(std::string_view(line, sizeof line));
+std::string_view CodeOf(std::string_view sign, std::string_view joinedTable) {
+  const auto start = '\r' + std::string(sign);
+  const auto found = joinedTable.find(start);
   if (found == std::string_view::npos) return {};
-  return TrimBlanks(joinedTable.substr(found + sizeof line, kCodeColumns));
+  return TrimBlanks(joinedTable.substr(found + start.size(), kCodeColumns));
 }
 
 }  // namespace
@@ -29,11 +30,15 @@ std::string JoinMorseTable(std::string_view file) {
 std::string MorseElements(std::string_view text, std::string_view joinedTable) {
   using namespace morse_symbol;
   std::string elements{kWordGap, kCharacterGap};
-  for (const char c : text) {
-    if (c == ' ') {
+  while (!text.empty()) {
+    const auto character = FirstCharacter(text);
+    const auto sign = text.substr(0, character ? character->size : 1);
+    text.remove_prefix(sign.size());
+    if (sign == " ") {
       elements += kWordGap;
     } else {
-      elements.append(CodeOf(c, joinedTable)) += kCharacterGap;
+      // A byte that belongs to no character could begin a line of another one.
+      elements.append(character ? CodeOf(sign, joinedTable) : "") += kCharacterGap;
     }
   }
   return elements += kWordGap;

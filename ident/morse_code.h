@@ -19,7 +19,7 @@ inline constexpr char kWordGap = '#';
 /// The lines of the table file as one string, a line feed and a carriage return in front of each.
 std::string JoinMorseTable(std::string_view file);
 
-/// The sequence for `text` (already in upper case): a word gap and a character gap, each
+/// The sequence for `text` (UTF-8, already in upper case): a word gap and a character gap, each
 /// character's code and a character gap, a word gap for each blank and at the end. In the table, a
 /// line's first column is the character and the next six its code; the first line of a character
 /// counts. A character that no line begins with has its gap alone.

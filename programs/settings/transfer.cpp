@@ -3,7 +3,6 @@
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "base/utf8.h"
 #include "programs/settings/all_settings.h"
 #include "programs/settings/commands.h"
 #include "settings/registry_text.h"

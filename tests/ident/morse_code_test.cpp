@@ -20,6 +20,8 @@ TEST(MorseCode, ElementsFollowTheTableToTheColumn) {
       {"K-.-   \nM--    \rN-.     ", "KMN", "#!-.-!--!-.!#"},  // all line ends
       {"..-.-.-\r\n---....-\r\n", ".-", "#!.-.-.-!--....!#"},  // signs that look like code
       {"", "E", "#!!#"},
+      // a mark in front; Ö has a line, Ä has none, half of Ö is nothing
+      {"\xEF\xBB\xBF\xC3\x96---.   \n", "\xC3\x96\xC3\x84\xC3", "#!---.!!!#"},
   };
   for (const auto& [table, text, elements] : cases)
     EXPECT_EQ(MorseElements(text, JoinMorseTable(table)), elements) << text << " by " << table;
