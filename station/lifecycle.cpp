@@ -8,6 +8,7 @@
 #include "intake/old_files.h"
 #include "settings/settings_table.h"
 #include "settings/window_placement.h"
+#include "station/program_log.h"
 
 namespace ostrel {
 
@@ -34,11 +35,15 @@ bool Lifecycle::StartUp() {
   parts_.status.started = parts_.clock.UtcNow();
   try {
     parts_.settings.LoadProgramValues();
+    const bool hasLostSettings = HasLostSettings();
     CreateFolders();
     RemoveTemporaries();
     PlaceMainWindow();
     parts_.reporting.WriteLog(kCategory, fmt::format("Program Started - {}.{} build {}",
                                                      kVersionMajor, kVersionMinor, kVersionBuild));
+    if (hasLostSettings)
+      parts_.reporting.WriteLog(
+          "Settings", "The settings store is empty. The station starts with the defaults.");
     parts_.transmitter.SetMayOpen(true);
     parts_.settings.LoadSettings();
     parts_.dialogs.ShowMainWindow();
@@ -59,6 +64,18 @@ bool Lifecycle::StartUp() {
         {kProgramName, fmt::format("{}: {}", kStartProcedure, report), MessageIcon::kStop});
     return false;
   }
+}
+
+/// A station that ran before stored something at its end: an empty store was deleted, or cut off,
+/// since. Nothing else would tell that it is on the air under another call sign.
+bool Lifecycle::HasLostSettings() {
+  const auto& values = parts_.values;
+  auto& files = parts_.files;
+  if (!files.Exists(LogPath(values.programFolder)) && !files.Exists(values.SentFolder()))
+    return false;
+  bool isEmpty = false;
+  TryStep([&] { isEmpty = OpenAtRoot(parts_.stores)->List(kFamilyTree).empty(); });
+  return isEmpty;
 }
 
 void Lifecycle::CreateFolders() {

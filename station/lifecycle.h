@@ -53,6 +53,7 @@ class Lifecycle {
   void ShutDown();
 
  private:
+  bool HasLostSettings();
   void CreateFolders();
   void RemoveTemporaries();
   void PlaceMainWindow();

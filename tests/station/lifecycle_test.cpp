@@ -107,6 +107,17 @@ TEST(StartUp, ADailyLogKeepsWhatIsBehindIt) {
   }
 }
 
+TEST(StartUp, AStationThatRanBeforeTellsThatItsSettingsAreLost) {
+  VirtualStation station;
+  station.Start();
+  station.Restart();
+  EXPECT_TRUE(station.LogOf("Settings").empty());
+  station.station->Stop();
+  fs::resize_file(station.Path("KvRegistry.db"), 0);
+  station.Restart();
+  EXPECT_EQ(station.LogOf("Settings").size(), 1U);
+}
+
 TEST(ShutDown, DropsTheLinesWithinATickInWhateverMomentItIsAskedFor) {
   // Through the opening, two identifications and a pause, draining, keying, waiting.
   for (milliseconds at = 100ms; at < 140s; at += 1709ms) {
