@@ -1,6 +1,7 @@
 #include "base/numbers.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <fmt/format.h>
@@ -41,10 +42,24 @@ std::optional<double> WholeNumber(std::string_view text) {
   return reading->value;
 }
 
+template <typename Number>
+std::string ShortestDecimal(Number value) {
+  std::array<char, 1100> digits;  // the smallest number has 1,075 behind its period
+  const auto end =
+      std::to_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed)
+          .ptr;
+  const std::string text(digits.data(), end);
+  return text == "-0" ? "0" : text;
+}
+
 }  // namespace
 
 Failure TypeMismatch() {
   return Failure(failure_number::kTypeMismatch, "Type mismatch");
+}
+
+Failure Overflow() {
+  return Failure(failure_number::kOverflow, "Overflow");
 }
 
 double LeadingNumber(std::string_view text) {
@@ -73,8 +88,9 @@ double StrictNumber(std::string_view text) {
 }
 
 std::int32_t StrictInteger(std::string_view text) {
+  using Limits = std::numeric_limits<std::int32_t>;
   const double value = RoundHalfEven(StrictNumber(text));
-  if (std::abs(value) > std::numeric_limits<std::int32_t>::max()) throw TypeMismatch();
+  if (value < Limits::min() || value > Limits::max()) throw Overflow();
   return static_cast<std::int32_t>(value);
 }
 
@@ -98,7 +114,11 @@ std::string FormatRounded(double value, int decimals) {
 }
 
 std::string FormatPlain(double value) {
-  return FormatRounded(value, 6);
+  return ShortestDecimal(value);
+}
+
+std::string FormatPlain(float value) {
+  return ShortestDecimal(value);
 }
 
 }  // namespace ostrel

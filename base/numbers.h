@@ -26,8 +26,11 @@ bool IsNumber(std::string_view text);
 
 /// Failure 13: a text is not of the kind that its place wants.
 Failure TypeMismatch();
+/// Failure 6: a number is beyond what its place holds.
+Failure Overflow();
 
-/// The strict readings of start-up. Each throws TypeMismatch on anything else.
+/// The strict readings of start-up. Each throws TypeMismatch on anything else, the first Overflow
+/// on a number beyond 32 bits.
 std::int32_t StrictInteger(std::string_view text);
 double StrictNumber(std::string_view text);
 /// "True" or "False" in any case, or a number: 0 is false, any other is true.
@@ -39,7 +42,9 @@ double RoundHalfEven(double value);
 /// At most `decimals` decimals, no trailing zeros, no trailing period: 1.2500 reads 1.25.
 std::string FormatRounded(double value, int decimals);
 
-/// Decimal without trailing zeros or exponent, as a settings value is stored: 100000.5, 50000.
+/// Decimal without trailing zeros or exponent, as a settings value is stored: 100000.5, 50000. As
+/// many digits as it takes to read the same number again.
 std::string FormatPlain(double value);
+std::string FormatPlain(float value);
 
 }  // namespace ostrel

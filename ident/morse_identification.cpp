@@ -10,6 +10,7 @@ namespace ostrel {
 
 namespace {
 constexpr int kCountdownSecond = 30;
+constexpr int kCountdownDecimals = 6;
 
 milliseconds LengthOf(const std::string& elements, int factor) {
   milliseconds length{0};
@@ -25,7 +26,7 @@ void MorseIdentification::CountDown(int newSecond) {
   auto& timeLeft = parts_.setup.TimeLeft;
   if (newSecond == kCountdownSecond) {
     const double minutes = LeadingNumber(timeLeft.Get()) - 1;
-    timeLeft.Set(minutes < 0 ? "0" : FormatPlain(minutes));
+    timeLeft.Set(minutes < 0 ? "0" : FormatRounded(minutes, kCountdownDecimals));
   }
   const bool isOn = LeadingNumber(parts_.setup.IDTime.Get()) > 0;
   if (!isOn || LeadingNumber(timeLeft.Get()) != 0) return;

@@ -30,8 +30,7 @@ Check CheckOf(const std::string& text) {
 /// Throws Failure 13 or 6.
 std::int16_t EngineOf(const std::string& text) {
   const auto number = StrictInteger(text);
-  if (number < INT16_MIN || number > INT16_MAX)
-    throw Failure(failure_number::kOverflow, "Overflow");
+  if (number < INT16_MIN || number > INT16_MAX) throw Overflow();
   return static_cast<std::int16_t>(number);
 }
 

@@ -5,6 +5,7 @@
 #include "base/names.h"
 #include "base/numbers.h"
 #include "base/time.h"
+#include "tests/support/failure_of.h"
 
 namespace ostrel {
 namespace {
@@ -32,6 +33,10 @@ TEST(Numbers, EachReadingForgivesInItsOwnWay) {
   EXPECT_EQ(FormatRounded(2.123456, 4) + " " + FormatRounded(1, 4), "2.1235 1");
   EXPECT_EQ(LeadingInteger("1e99"), 2147483647);
   EXPECT_EQ(LeadingMilliseconds("-300").count(), 0);
+  EXPECT_EQ(FormatPlain(100000.123456789) + " " + FormatPlain(1e21) + " " + FormatPlain(7305.1F),
+            "100000.123456789 1000000000000000000000 7305.1");
+  EXPECT_EQ(StrictInteger("-2147483648"), INT32_MIN);
+  EXPECT_EQ(FailureOf([] { StrictInteger("2147483648"); }), failure_number::kOverflow);
   EXPECT_TRUE(StrictBoolean("true"));
   EXPECT_TRUE(StrictBoolean("-1"));
   for (const auto* text : {"", "yes", "1x"}) {
