@@ -1,6 +1,6 @@
 #include "intake/old_files.h"
 
-#include <cmath>
+#include <algorithm>
 
 #include "base/names.h"
 #include "base/numbers.h"
@@ -11,7 +11,7 @@ namespace ostrel {
 milliseconds PurgeAge(const SetupFields& setup) {
   constexpr double kMillisecondsPerHour = 3'600'000;
   constexpr double kLongest = 24.0 * 366 * 1000;  // hours
-  const double hours = std::fmin(LeadingNumber(setup.txtPurgeTime.Get()), kLongest);
+  const double hours = std::clamp(LeadingNumber(setup.txtPurgeTime.Get()), 0.0, kLongest);
   return milliseconds(static_cast<long long>(hours * kMillisecondsPerHour));
 }
 

@@ -9,7 +9,8 @@
 
 namespace ostrel {
 
-/// The purge age: the number at the start of the field, in hours. Zero or less purges nothing.
+/// The purge age: the number at the start of the field, in hours. Zero, as of a negative number,
+/// purges nothing.
 milliseconds PurgeAge(const SetupFields& setup);
 
 /// Deletes the files of `folder` that were last written before `limit` and returns their names. A

@@ -1,6 +1,8 @@
 #include "settings/window_placement.h"
 
+#include <cmath>
 #include <fmt/format.h>
+#include <limits>
 
 #include "base/failure.h"
 #include "base/numbers.h"
@@ -23,7 +25,9 @@ constexpr PlacementValue kPlacementValues[] = {
 constexpr const char* kStateKey = "MainState";
 
 float LengthOf(const std::string& text) {
-  return static_cast<float>(StrictNumber(text));
+  const double length = StrictNumber(text);
+  if (std::abs(length) > std::numeric_limits<float>::max()) throw Overflow();
+  return static_cast<float>(length);
 }
 
 WindowState StateOf(const std::string& text) {

@@ -17,7 +17,8 @@ std::vector<SettingRow> ScreenSettings();
 void CentreMainWindow(Dialogs& dialogs);
 
 /// Puts the main window where the store says, value by value; what is not stored stays as it is.
-/// Throws Failure 13 for a text that is no number, 380 for a state that is none.
+/// Throws Failure 13 for a text that is no number, 6 for one that is too large, 380 for a state
+/// that is none.
 void RestorePlacement(SettingsStore& store, Dialogs& dialogs);
 
 /// Stores the placement, whole or not at all; a minimized window keeps the position and size last

@@ -41,6 +41,7 @@ TEST(StartUp, ADamagedValueStopsItThereAndTheProgramCanBeClosed) {
     const char* failure;
   } cases[] = {{"Engine", "", Section::kSettings, "13, Type mismatch"},
                {"Engine", "40000", Section::kSettings, "6, Overflow"},
+               {"MainWidth", "1e300", Section::kScreen, "6, Overflow"},
                {"MainState", "7", Section::kScreen, "380, Invalid property value"}};
   for (const auto& [key, value, section, failure] : cases) {
     SCOPED_TRACE(std::string(key) + " = " + value);
