@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 
 #include "base/names.h"
-#include "intake/old_files.h"
 
 namespace ostrel {
 
@@ -31,7 +30,7 @@ void HandedBackFiles::HandBack(Priority p) {
   auto files = FilesOf(p);
   std::stable_sort(files.begin(), files.end(),
                    [](const Recorded& a, const Recorded& b) { return a.time > b.time; });
-  const auto age = PurgeAge(parts_.setup);
+  const auto age = parts_.values.purgeAge;
   std::set<std::string, std::less<>> products;
   for (const auto& file : files) {
     const bool isTooOld = age > milliseconds(0) && parts_.clock.UtcNow() - file.time > age;

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "base/names.h"
-#include "intake/old_files.h"
 
 namespace ostrel {
 
@@ -83,7 +82,7 @@ void KeptFiles::Return(const std::string& name) {
 }
 
 bool KeptFiles::IsTooOld(const std::string& path) {
-  const auto age = PurgeAge(parts_.setup);
+  const auto age = parts_.values.purgeAge;
   return age > milliseconds(0) && parts_.clock.UtcNow() - parts_.files.Status(path).written > age;
 }
 

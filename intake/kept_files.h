@@ -14,7 +14,6 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "state/program_values.h"
-#include "state/setup_fields.h"
 
 namespace ostrel {
 
@@ -26,7 +25,6 @@ class KeptFiles {
     FileCopy& copy;
     const RuleLists& rules;
     Reporting& reporting;
-    const SetupFields& setup;
     const ProgramValues& values;
   };
   explicit KeptFiles(const Parts& parts) : parts_(parts) {}

@@ -6,6 +6,8 @@
 #include <limits>
 #include <string>
 
+#include "base/time.h"
+
 namespace ostrel {
 
 /// The values that start-up reads and only a save changes.
@@ -21,6 +23,7 @@ struct ProgramValues {
   bool showErrors = false;
   std::string udpAddress;
   std::int32_t udpPort = 0;
+  milliseconds purgeAge{0};  // of this run: an edit counts from the next start
 
   /// Takes a folder without a separator at its end, or nothing.
   void SetIngestPath(const std::string& folder) {

@@ -46,6 +46,7 @@ bool Lifecycle::StartUp() {
           "Settings", "The settings store is empty. The station starts with the defaults.");
     parts_.transmitter.SetMayOpen(true);
     parts_.settings.LoadSettings();
+    parts_.values.purgeAge = PurgeAge(parts_.setup);
     parts_.dialogs.ShowMainWindow();
     parts_.ingest.StartIngest(parts_.values.ingestEngine);
     ShowStartFigures();
@@ -121,7 +122,7 @@ void Lifecycle::StartPurge() {
   for (const auto& folder :
        {parts_.values.TransmitFolder() + "/", parts_.values.SentFolder() + "/"}) {
     purge.SetPurgeFolder(folder);
-    purge.SetPurgeAge(PurgeAge(parts_.setup));
+    purge.SetPurgeAge(parts_.values.purgeAge);
     purge.AddPurgeFolder();
   }
   purge.StartPurge();

@@ -39,7 +39,7 @@ Station::Station(const Platform& platform)
               setup_, status_, values_}),
       compression_({platform.files, platform.archives, platform.clock, queue_, log_, setup_,
                     status_, values_}),
-      kept_({platform.files, platform.clock, copy_, rules_, log_, setup_, values_}),
+      kept_({platform.files, platform.clock, copy_, rules_, log_, values_}),
       scan_({platform.files, platform.archives, platform.clock, copy_, matcher_, kept_, log_,
              status_, values_}),
       intake_({platform.files, platform.clock, compression_, queue_, handedBack_, log_, setup_,

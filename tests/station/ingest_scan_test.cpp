@@ -139,6 +139,7 @@ TEST(IngestScan, WhatNoRuleNamesIsKeptWhileAListIsLostAndComesBackWithIt) {
   station.Run(1s);
   EXPECT_EQ(station.Names("KvData/RtKept").size(), 3U) << "a failure ends it";
   station.files.deleteFault = nullptr;
+  station.setup().txtPurgeTime.Set("0.00001");  // in force at the next start
   station.station->actions().ShowSetup();
   station.station->actions().LeaveSetup();
   EXPECT_EQ(station.Names("KvData/RtKept").size(), 3U) << "the line is fed between two of them";
