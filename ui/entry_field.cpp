@@ -4,6 +4,11 @@
 
 namespace ostrel::ui {
 
+void EntryField::BeginAnew() {
+  clear();
+  setFocus();
+}
+
 void EntryField::focusInEvent(QFocusEvent* event) {
   switch (event->reason()) {
     case Qt::ActiveWindowFocusReason:

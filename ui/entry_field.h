@@ -1,5 +1,6 @@
 // The field in which a new file name pattern is typed. It starts empty whenever the operator comes
-// to it; a message box, a menu or another program in between does not cost a half-typed pattern.
+// to it, and the dialog empties it when it is shown; a message box, a menu or another program in
+// between does not cost a half-typed pattern.
 #pragma once
 
 #include <QLineEdit>
@@ -11,6 +12,9 @@ class EntryField : public QLineEdit {
 
  public:
   using QLineEdit::QLineEdit;
+
+  /// Takes the focus and is empty, also where it has the focus already.
+  void BeginAnew();
 
  protected:
   void focusInEvent(QFocusEvent* event) override;

@@ -69,7 +69,7 @@ void AddList(const RulesPage& rules, EntryField* entry) {
   QObject::connect(view, &ListView::DeletePressed, view, removeSelected);
   QObject::connect(remove, &QPushButton::clicked, view, [removeSelected, entry] {
     removeSelected();
-    entry->setFocus();
+    entry->BeginAnew();
   });
   AddWide(rules, MakeHeading(rules.page, "To remove an item"));
   AddStep(rules, "Click the item here --->", view);
@@ -156,7 +156,7 @@ QWidget* MakeCopiesPage(SetupFields& setup, Actions& actions) {
   EntryField* const entry = AddRules(rules, "Enter A Keyword --->");
   QObject::connect(copies, &ValueLabel::Pressed, copies,
                    [&actions](Button button) { actions.StepCopies(button); });
-  QObject::connect(copies, &ValueLabel::Released, entry, [entry] { entry->setFocus(); });
+  QObject::connect(copies, &ValueLabel::Released, entry, [entry] { entry->BeginAnew(); });
   return rules.page;
 }
 

@@ -87,7 +87,7 @@ void SetupDialog::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
   if (event->spontaneous()) return;
   entered_ = false;
-  if (auto* const entry = qobject_cast<EntryField*>(focusWidget())) entry->clear();
+  for (auto* const entry : findChildren<EntryField*>()) entry->clear();
 }
 
 // What a message box says of the dialog goes with it.

@@ -10,6 +10,7 @@ namespace {
 constexpr int kPortTab = 1;
 constexpr int kFirstPriorityTab = 2;
 constexpr int kSystemTab = 12;
+constexpr int kCopiesTab = 15;
 constexpr int kScheduleTab = 16;
 
 TEST(SetupDialog, ValueLabelsStepByTheButtonAndTheSpeedOfAnyHand) {
@@ -61,6 +62,16 @@ TEST(SetupDialog, PatternsAreAddedRefusedAndRemoved) {
   ostrel.Select("SetupPriList(0)", {0});
   QTest::keyClick(ostrel.Find<QWidget>("SetupPriList(0)"), Qt::Key_Delete);
   EXPECT_TRUE(list.empty());
+
+  ostrel.Type("pri1inbox(0)", "HAL");
+  QTest::mouseClick(ostrel.Find<QWidget>("SetupPriList(0)"), Qt::LeftButton);
+  ostrel.setupDialog->close();
+  ostrel.ShowSetup(kFirstPriorityTab);
+  EXPECT_EQ(field->text(), "") << "half a pattern does not outlive the dialog";
+  ostrel.ShowSetup(kCopiesTab);
+  ostrel.Type("pri1inbox(12)", "HAL");
+  ostrel.Click("lblCopies");
+  EXPECT_EQ(ostrel.Find<QLineEdit>("pri1inbox(12)")->text(), "");
 }
 
 TEST(SetupDialog, ScheduleEntriesAreAddedEditedAndRemoved) {
