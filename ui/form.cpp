@@ -15,11 +15,10 @@ int Characters(FieldWidth width) {
     case FieldWidth::kNumber:
       return 10;
     case FieldWidth::kText:
-      return 24;
     case FieldWidth::kPath:
       break;
   }
-  return 40;
+  return 24;
 }
 
 int PixelsFor(const QWidget* widget, FieldWidth width) {

@@ -11,7 +11,7 @@
 
 namespace ostrel::ui {
 
-/// How much a text field has to hold.
+/// How much a text field has to hold; a path takes what width there is.
 enum class FieldWidth { kNumber, kText, kPath };
 
 /// The makers of a page's elements: each is bound to its field and has its name.

@@ -1,6 +1,7 @@
 #include "ui/left_tabs.h"
 
 #include <QKeyEvent>
+#include <QScrollArea>
 #include <QStyleOptionFocusRect>
 #include <QStyleOptionTab>
 #include <QStylePainter>
@@ -10,6 +11,7 @@ namespace {
 
 constexpr int kTextIndent = 10;
 constexpr int kFocusInset = 3;
+constexpr int kLeastSpace = 2;  // around the text of a tab, where the screen is low
 
 void PaintTab(QStylePainter& painter, const QStyleOptionTab& option, bool focused) {
   painter.drawControl(QStyle::CE_TabBarTabShape, option);
@@ -22,16 +24,34 @@ void PaintTab(QStylePainter& painter, const QStyleOptionTab& option, bool focuse
   painter.drawPrimitive(QStyle::PE_FrameFocusRect, frame);
 }
 
+/// A page at the size that it asks for, and a view of it where there is less room.
+class PageView : public QScrollArea {
+ public:
+  PageView(QWidget* page, QWidget* parent) : QScrollArea(parent) {
+    setFrameShape(NoFrame);
+    setFocusPolicy(Qt::NoFocus);
+    setWidgetResizable(true);
+    setWidget(page);
+    for (QWidget* const ground : {page, viewport()}) ground->setAutoFillBackground(false);
+  }
+
+  QSize sizeHint() const override { return widget()->minimumSizeHint(); }
+};
+
 }  // namespace
 
 LeftTabBar::LeftTabBar(QWidget* parent) : QTabBar(parent) {
-  setUsesScrollButtons(false);
+  setUsesScrollButtons(true);
   setElideMode(Qt::ElideNone);
 }
 
 // The bar makes room for captions that stand upright.
 QSize LeftTabBar::tabSizeHint(int index) const {
   return QTabBar::tabSizeHint(index).transposed();
+}
+
+QSize LeftTabBar::minimumTabSizeHint(int index) const {
+  return {tabSizeHint(index).width(), fontMetrics().height() + kLeastSpace};
 }
 
 void LeftTabBar::keyPressEvent(QKeyEvent* event) {
@@ -59,6 +79,20 @@ void LeftTabBar::paintEvent(QPaintEvent* /*event*/) {
 LeftTabs::LeftTabs(QWidget* parent) : QTabWidget(parent) {
   setTabBar(new LeftTabBar(this));
   setTabPosition(West);
+}
+
+void LeftTabs::AddPage(QWidget* page, const QString& caption) {
+  addTab(new PageView(page, this), caption);
+}
+
+void LeftTabs::ShowPageOf(const QWidget* element) {
+  for (int i = 0; i < count(); ++i) {
+    if (widget(i)->isAncestorOf(element)) setCurrentIndex(i);
+  }
+}
+
+QSize LeftTabs::sizeHint() const {
+  return QTabWidget::sizeHint().expandedTo({0, tabBar()->sizeHint().height()});
 }
 
 void LeftTabs::Step(int step) {

@@ -1,4 +1,5 @@
-// A tab widget with its tabs down the left side and their captions level, all of them in sight.
+// A tab widget with its tabs down the left side and their captions level. Where the screen is low
+// the tabs move together, before they scroll; a page that finds too little room scrolls.
 #pragma once
 
 #include <QTabBar>
@@ -14,6 +15,7 @@ class LeftTabBar : public QTabBar {
 
  protected:
   QSize tabSizeHint(int index) const override;
+  QSize minimumTabSizeHint(int index) const override;
   void keyPressEvent(QKeyEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
 };
@@ -23,6 +25,13 @@ class LeftTabs : public QTabWidget {
 
  public:
   explicit LeftTabs(QWidget* parent);
+
+  void AddPage(QWidget* page, const QString& caption);
+  /// Turns to the page that `element` stands on.
+  void ShowPageOf(const QWidget* element);
+
+  /// Every tab at its full height, every page at its own size.
+  QSize sizeHint() const override;
 
   /// `step` tabs on from the present one, round the end.
   void Step(int step);

@@ -4,19 +4,22 @@
 #include <QCloseEvent>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QScreen>
 #include <QShortcut>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "base/scope_guard.h"
 #include "station/settings_io.h"
 #include "ui/entry_field.h"
 #include "ui/menus.h"
+#include "ui/screen_place.h"
 #include "ui/setup_pages.h"
 
 namespace ostrel::ui {
 namespace {
 
-constexpr QSize kInitialSize(640, 520);
+constexpr QSize kInitialSize(685, 520);
 // Beyond every edge of the dialog, whatever its size.
 constexpr QRect kOutOfSight(-1000, -1000, 80, 20);
 
@@ -35,7 +38,6 @@ SetupDialog::SetupDialog(SetupFields& setup, Actions& actions, QWidget* mainWind
   BuildMenu();
   BuildBlank();
   BuildTabs(setup);
-  resize(kInitialSize);
   connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &SetupDialog::FollowFocus);
 }
 
@@ -54,16 +56,16 @@ void SetupDialog::BuildBlank() {
 
 void SetupDialog::BuildTabs(SetupFields& setup) {
   tabs_->setObjectName("SSTab1");
-  tabs_->addTab(MakeMorsePage(setup), "Morse");
-  tabs_->addTab(MakePortPage(setup, actions_), "Port");
+  tabs_->AddPage(MakeMorsePage(setup), "Morse");
+  tabs_->AddPage(MakePortPage(setup, actions_), "Port");
   for (const Priority p : AllPriorities()) {
-    tabs_->addTab(MakePriorityPage(setup, actions_, p), QString("Priority %1").arg(p.number()));
+    tabs_->AddPage(MakePriorityPage(setup, actions_, p), QString("Priority %1").arg(p.number()));
   }
-  tabs_->addTab(MakeSystemPage(setup, actions_), "System");
-  tabs_->addTab(MakeCompressPage(setup, actions_), "Compress");
-  tabs_->addTab(MakeDiscardPage(setup, actions_), "Discard");
-  tabs_->addTab(MakeCopiesPage(setup, actions_), "Copies");
-  tabs_->addTab(MakeSchedulePage(setup, actions_), "Schedule");
+  tabs_->AddPage(MakeSystemPage(setup, actions_), "System");
+  tabs_->AddPage(MakeCompressPage(setup, actions_), "Compress");
+  tabs_->AddPage(MakeDiscardPage(setup, actions_), "Discard");
+  tabs_->AddPage(MakeCopiesPage(setup, actions_), "Copies");
+  tabs_->AddPage(MakeSchedulePage(setup, actions_), "Schedule");
   connect(tabs_, &QTabWidget::currentChanged, this, &SetupDialog::FocusEntryOf);
   connect(new QShortcut(QKeySequence::NextChild, this), &QShortcut::activated, this,
           [this] { tabs_->Step(1); });
@@ -86,8 +88,23 @@ void SetupDialog::closeEvent(QCloseEvent* event) {
 void SetupDialog::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
   if (event->spontaneous()) return;
+  TakePlace();
   entered_ = false;
   for (auto* const entry : findChildren<EntryField*>()) entry->clear();
+}
+
+// Beside the main window at first, then where the operator left it; never larger than the screen.
+void SetupDialog::TakePlace() {
+  const QSize frame = mainWindow_->frameGeometry().size() - mainWindow_->size();
+  QRect place;
+  if (std::exchange(isPlaced_, true)) {
+    place = Within(QRect(pos(), size() + frame), screen()->availableGeometry());
+  } else {
+    place = Beside(mainWindow_->frameGeometry(), sizeHint().expandedTo(kInitialSize) + frame,
+                   mainWindow_->screen()->availableGeometry());
+  }
+  resize(place.size() - frame);
+  move(place.topLeft());
 }
 
 // What a message box says of the dialog goes with it.
@@ -114,7 +131,7 @@ bool SetupDialog::Leave() {
 void SetupDialog::FocusLogSize() {
   BringForward(this);
   auto* const logSize = findChild<QLineEdit*>("txtLogSize");
-  tabs_->setCurrentWidget(logSize->parentWidget());
+  tabs_->ShowPageOf(logSize);
   logSize->setFocus();
 }
 

@@ -36,6 +36,7 @@ class SetupDialog : public QWidget {
   void BuildTabs(SetupFields& setup);
   /// The close box and the menu's E&xit.
   void Dismiss();
+  void TakePlace();
   void FocusLogSize();
   void FollowFocus(QWindow* window);
   void FocusEntryOf(int tab);
@@ -44,6 +45,7 @@ class SetupDialog : public QWidget {
   QWidget* mainWindow_;
   LeftTabs* tabs_;
   QLineEdit* blank_;
+  bool isPlaced_ = false;
   bool entered_ = false;  // active at least once since it was shown
   bool leaving_ = false;
   bool unloaded_ = false;
