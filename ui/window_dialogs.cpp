@@ -2,11 +2,13 @@
 
 #include <QApplication>
 #include <QScreen>
+#include <QStyle>
 
 #include "ui/bindings.h"
 #include "ui/main_window.h"
 #include "ui/menus.h"
 #include "ui/message_box.h"
+#include "ui/screen_place.h"
 #include "ui/setup_dialog.h"
 #include "ui/twips.h"
 
@@ -71,7 +73,16 @@ void WindowDialogs::CloseErrorWindow() {
   if (errors_) errors_->close();
 }
 
+// It may have been left on a screen that is gone.
 void WindowDialogs::ShowMainWindow() {
+  QList<QRect> rooms;
+  for (const QScreen* const screen : QGuiApplication::screens())
+    rooms << screen->availableGeometry();
+  // It has no frame before it is shown.
+  const int title = mainWindow_->style()->pixelMetric(QStyle::PM_TitleBarHeight);
+  const QRect stored(mainWindow_->pos(), mainWindow_->size() + QSize(0, title));
+  const QRect place = InReach(stored, rooms);
+  if (place != stored) mainWindow_->move(place.topLeft());
   mainWindow_->show();
   if (!mainWindow_->isMinimized()) BringForward(mainWindow_);
 }

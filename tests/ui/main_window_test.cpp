@@ -1,6 +1,7 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QScreen>
 #include <QSignalSpy>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -120,6 +121,12 @@ TEST(MainWindow, TheCloseBoxLeavesSetupEndsTheStationAndTheNextWindowComesBackWh
   EXPECT_EQ(ostrel.mainWindow->pos(), place);
   EXPECT_EQ(ostrel.mainWindow->size(), QSize(600, 500));
   EXPECT_EQ(ostrel.setup().CWidenty.Get(), "W1AW");
+
+  ostrel.mainWindow->move(5000, 90);
+  ostrel.Restart();
+  EXPECT_EQ(QGuiApplication::screenAt(ostrel.mainWindow->geometry().center()),
+            ostrel.mainWindow->screen())
+      << "that screen is gone";
 }
 
 }  // namespace
