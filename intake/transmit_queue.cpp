@@ -102,8 +102,10 @@ void TransmitQueue::Remove(Priority p, std::vector<std::size_t> positions) {
     if (position >= queue.size()) continue;
     if (position == 0 && IsOnAir(p)) return;
     End(p, queue[position]);
+    const auto name = std::move(queue[position].name);
     queue.erase(queue.begin() + static_cast<std::ptrdiff_t>(position));
     parts_.mainFields.PriorityList[p].Remove(position);
+    parts_.reporting.WriteLog(fmt::format("Priority {}", p.number()), "Removed " + name);
   }
 }
 

@@ -81,8 +81,8 @@ class TransmitQueue {
   /// The same, the entry on the air included.
   bool HoldsProduct(Priority p, std::string_view name) const;
 
-  /// The operator removes these entries, in any order. The one that is on the air stays, positions
-  /// beyond the end are ignored.
+  /// The operator removes these entries, in any order; the log names each. The one that is on the
+  /// air stays, positions beyond the end are ignored.
   void Remove(Priority p, std::vector<std::size_t> positions);
   /// Deletes what was last written before `limit` from RtXmit. The entries stay listed until their
   /// turn, which finds no file. Throws Failure when the folder cannot be listed.

@@ -63,6 +63,8 @@ TEST(MainWindow, TenThousandEntriesFollowTheirQueueAndTheOperatorDeletesSomeOfTh
   EXPECT_EQ(view->Selected(), (std::vector<std::size_t>{1, 8998}));
   QTest::keyClick(view, Qt::Key_Delete);
   EXPECT_TRUE(view->Selected().empty());
+  EXPECT_EQ(ostrel.Messages("Priority 2"), (Lines{"Removed FILE5000.2", "Removed FILE0.2",
+                                                  "Removed FILE9000.2", "Removed FILE2.2"}));
   ASSERT_EQ(view->model()->rowCount(), 9996);
   for (const auto& [row, name] :
        {std::pair{0, "NEW"}, {1, "FILE3.2"}, {4998, "FILE5001.2"}, {8997, "FILE9001.2"}}) {
