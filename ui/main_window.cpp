@@ -76,9 +76,10 @@ MainWindow::MainWindow(MainFields& state, const TransmitStatus& status, Actions&
 
 void MainWindow::closeEvent(QCloseEvent* event) {
   event->ignore();
-  // A taskbar closes a window that is not active; the setup dialog has not been left then.
-  auto* const setup = findChild<SetupDialog*>();
-  if (setup == nullptr || setup->Leave()) actions_.Close();
+  // A taskbar closes a window that is not active; the setup dialog has not been left then. What it
+  // cannot store does not hold up the end.
+  if (auto* const setup = findChild<SetupDialog*>()) setup->Leave();
+  actions_.Close();
 }
 
 template <typename Label>

@@ -156,23 +156,27 @@ TEST(SetupDialog, GoingToTheMainWindowButNotToAnotherProgramStoresEverything) {
   EXPECT_EQ(ostrel.setup().Diddle.Get(), "/fill/\xe9.txt");
 }
 
-TEST(SetupDialog, ALogSizeThatIsNoNumberKeepsTheDialogAndTheProgram) {
+TEST(SetupDialog, ALogSizeThatIsNoNumberKeepsTheDialogButNotTheProgram) {
   WindowedStation ostrel;
   ostrel.ShowSetup(kSystemTab);
   ostrel.Type("txtLogSize", "much");
   ostrel.Find<QTabWidget>("SSTab1")->setCurrentIndex(0);
-  ostrel.mainWindow->close();
+  ostrel.setupDialog->close();
   ASSERT_EQ(ostrel.Boxes().size(), 1);
   EXPECT_EQ(ostrel.Boxes()[0]->text(), "Log file size must be numeric.");
   EXPECT_TRUE(ostrel.Find<QLineEdit>("txtLogSize")->isVisible());
   EXPECT_EQ(ostrel.setupDialog->focusWidget()->objectName(), "txtLogSize");
-  EXPECT_FALSE(ostrel.machine.dialogs.hasEnded);
 
   ostrel.Type("txtLogSize", "100");
   ostrel.Find<QAction>("exitmenu")->trigger();
   EXPECT_TRUE(ostrel.Boxes().empty()) << "what was said of the dialog goes with it";
   EXPECT_FALSE(ostrel.setupDialog->isVisible());
   EXPECT_EQ(ostrel.Find<QLineEdit>("txtLogSize")->text(), "50000");
+
+  ostrel.ShowSetup(kSystemTab);
+  ostrel.Type("txtLogSize", "much");
+  ostrel.mainWindow->close();
+  EXPECT_TRUE(ostrel.machine.dialogs.hasEnded);
 }
 
 }  // namespace
