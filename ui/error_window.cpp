@@ -44,6 +44,7 @@ ErrorWindow::ErrorWindow(const Clock& clock, SetupFields& setup, Actions& action
   connect(showErrors, &QCheckBox::clicked, this, [&actions] { actions.ShowErrorsClicked(); });
   auto* const close = new QPushButton("&Close", this);
   close->setObjectName("cmdClose");
+  close->setAutoDefault(false);  // an Enter meant for the window that had the focus closes nothing
   connect(close, &QPushButton::clicked, this, &QWidget::close);
 
   auto* const layout = new QVBoxLayout(this);

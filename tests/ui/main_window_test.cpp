@@ -89,6 +89,7 @@ TEST(MainWindow, AFailureThatLastsLeavesTheOperatorInSetupAndIsSilencedInItsOwnW
   EXPECT_FALSE(comesForward("Disk full"));
   const auto text = ostrel.Find<QPlainTextEdit>("txtDisplay")->toPlainText();
   EXPECT_TRUE(text.startsWith("11/18/2026 12:00:10\nOstrel.frmMain.Timer"));
+  QTest::keyClick(ostrel.Find<QDialog>("frmError"), Qt::Key_Return);
   EXPECT_TRUE(comesForward("Permission denied"));
   EXPECT_FALSE(comesForward("Disk full")) << "they take turns";
 
