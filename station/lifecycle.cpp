@@ -60,6 +60,7 @@ bool Lifecycle::StartUp() {
     parts_.transmitter.SetMayOpen(parts_.settings.IsLoaded());
     const auto report = DescribeFailure(AsFailure(error));
     parts_.reporting.WriteLog(kStartProcedure, report);
+    if (!placementIsKnown_) CentreMainWindow(parts_.dialogs);
     parts_.dialogs.ShowMainWindow();
     parts_.dialogs.ShowMessage(
         {kProgramName, fmt::format("{}: {}", kStartProcedure, report), MessageIcon::kStop});
