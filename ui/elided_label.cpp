@@ -4,6 +4,8 @@
 #include <QPainter>
 #include <QToolTip>
 
+#include "ui/looks.h"
+
 namespace ostrel::ui {
 
 QSize ElidedLabel::minimumSizeHint() const {
@@ -17,7 +19,7 @@ QString ElidedLabel::Shown() const {
 bool ElidedLabel::event(QEvent* event) {
   if (event->type() == QEvent::ToolTip && Shown() != text()) {
     const QString whole = toolTip().isEmpty() ? text() : text() + '\n' + toolTip();
-    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), whole, this);
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), PlainToolTip(whole), this);
     return true;
   }
   return QLabel::event(event);

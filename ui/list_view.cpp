@@ -1,11 +1,14 @@
 #include "ui/list_view.h"
 
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QStyledItemDelegate>
+#include <QToolTip>
 #include <algorithm>
 
 #include "ui/bindings.h"
 #include "ui/list_model.h"
+#include "ui/looks.h"
 
 namespace ostrel::ui {
 namespace {
@@ -53,6 +56,16 @@ void ListView::keyPressEvent(QKeyEvent* event) {
   } else {
     QListView::keyPressEvent(event);
   }
+}
+
+bool ListView::viewportEvent(QEvent* event) {
+  if (event->type() != QEvent::ToolTip) return QListView::viewportEvent(event);
+  const auto* const help = static_cast<QHelpEvent*>(event);
+  const auto index = indexAt(help->pos());
+  const bool isCut = index.isValid() && sizeHintForIndex(index).width() > viewport()->width();
+  QToolTip::showText(help->globalPos(), isCut ? PlainToolTip(index.data().toString()) : QString(),
+                     viewport(), visualRect(index));
+  return true;
 }
 
 }  // namespace ostrel::ui

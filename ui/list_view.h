@@ -26,6 +26,8 @@ class ListView : public QListView {
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
+  /// An entry that is wider than the view has the whole of it for a tool tip.
+  bool viewportEvent(QEvent* event) override;
 };
 
 }  // namespace ostrel::ui

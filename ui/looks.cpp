@@ -2,6 +2,7 @@
 
 #include <QFontInfo>
 #include <QIcon>
+#include <QTextDocument>
 
 // The icon is compiled into a static library, whose resources have to be asked for by name, and
 // from outside any namespace.
@@ -33,6 +34,10 @@ void SetBackground(QLabel* label, const QColor& color) {
 void SetBoxed(QLabel* label) {
   label->setFrameStyle(QFrame::Panel | QFrame::Sunken);
   label->setLineWidth(1);
+}
+
+QString PlainToolTip(const QString& text) {
+  return text.isEmpty() ? text : Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal);
 }
 
 QFont MainFont() {

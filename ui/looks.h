@@ -20,6 +20,9 @@ void SetBackground(QLabel* label, const QColor& color);
 /// Draws the sunken box around a label.
 void SetBoxed(QLabel* label);
 
+/// A tool tip that shows `text` letter for letter, also where it looks like markup.
+QString PlainToolTip(const QString& text);
+
 /// The main window's font, at the size its fixed layout is made for.
 QFont MainFont();
 /// What file name patterns are shown in.
