@@ -148,8 +148,9 @@ void MainWindow::BuildFrames() {
   SetBoxed(AddLabel<QLabel>("lblStatus1", FromTwips(kColumnLeft[0], 75, kColumnWidth, kBoxHeight)));
 
   // The readout stands at the right, clear of the count of files at the left of the same pane.
-  auto* const readout = AddBound<ValueLabel>(
-      FromTwips(kColumnLeft[1], 75, kColumnWidth, kBoxHeight), state_.lblStatus2);
+  auto* const readout = AddLabel<ValueLabel>(
+      state_.lblStatus2.name().c_str(), FromTwips(kColumnLeft[1], 75, kColumnWidth, kBoxHeight));
+  BindValue(readout, "Timing readout", state_.lblStatus2);
   SetBoxed(readout);
   readout->setMargin(2);
   readout->setAlignment(Qt::AlignRight | Qt::AlignVCenter);

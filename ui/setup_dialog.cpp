@@ -51,7 +51,6 @@ void SetupDialog::BuildBlank() {
   blank_->setObjectName("Blank");
   blank_->setReadOnly(true);
   blank_->setGeometry(kOutOfSight);
-  blank_->setFocus();
 }
 
 void SetupDialog::BuildTabs(SetupFields& setup) {
@@ -67,6 +66,7 @@ void SetupDialog::BuildTabs(SetupFields& setup) {
   tabs_->AddPage(MakeCopiesPage(setup, actions_), "Copies");
   tabs_->AddPage(MakeSchedulePage(setup, actions_), "Schedule");
   connect(tabs_, &QTabWidget::currentChanged, this, &SetupDialog::FocusEntryOf);
+  FocusEntryOf(tabs_->currentIndex());
   connect(new QShortcut(QKeySequence::NextChild, this), &QShortcut::activated, this,
           [this] { tabs_->Step(1); });
   connect(new QShortcut(QKeySequence::PreviousChild, this), &QShortcut::activated, this,
@@ -147,7 +147,7 @@ void SetupDialog::FollowFocus(QWindow* window) {
 
 void SetupDialog::FocusEntryOf(int tab) {
   auto* const entry = tabs_->widget(tab)->findChild<EntryField*>();
-  blank_->setAccessibleName(tabs_->tabText(tab));
+  blank_->setAccessibleName(tabs_->tabText(tab) + ". Tab leads to its fields.");
   (entry != nullptr ? entry : blank_)->setFocus();
 }
 

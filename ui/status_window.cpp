@@ -37,6 +37,7 @@ StatusWindow::StatusWindow(const MainFields& state, const TransmitStatus& status
 
   auto* const timUpdate = new QTimer(this);
   timUpdate->setObjectName("timUpdate");
+  timUpdate->setTimerType(Qt::PreciseTimer);
   connect(timUpdate, &QTimer::timeout, this, &StatusWindow::Refresh);
   timUpdate->start(kRefreshInterval);
   Refresh();
