@@ -184,7 +184,7 @@ void Actions::ShowErrorsClicked() {
 }
 
 SaveOutcome Actions::LeaveSetup() {
-  auto outcome = SaveOutcome::kHide;
+  auto outcome = SaveOutcome::kHidden;
   parts_.activity.Run([&] { outcome = parts_.settings.SaveSettings(); });
   return outcome;
 }

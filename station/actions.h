@@ -14,6 +14,7 @@
 #include "state/setup_fields.h"
 #include "state/transmit_status.h"
 #include "station/activity.h"
+#include "station/save_outcome.h"
 
 namespace ostrel {
 
@@ -25,7 +26,6 @@ class SettingsIo;
 class SettingsTransfer;
 class TransmitQueue;
 class Transmitter;
-enum class SaveOutcome;
 
 /// Which mouse button stepped a value label.
 enum class Button { kLeft, kOther };
@@ -101,7 +101,7 @@ class Actions {
   void ShowErrorsClicked();
 
   /// The setup dialog lost activation to another window of the program (or is being closed).
-  /// Stores everything; the result says whether the dialog hides or stays with a field in focus.
+  /// Stores everything and hides the dialog, or refuses and names the field to be put right.
   SaveOutcome LeaveSetup();
 
  private:

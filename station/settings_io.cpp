@@ -125,7 +125,7 @@ SaveOutcome SettingsIo::SaveSettings() {
   parts_.kept.BeginGivingBack();
   parts_.dialogs.HideSetup();
   if (!refusal.empty() && isNews) Say(refusal + kTriedAgain);
-  return SaveOutcome::kHide;
+  return SaveOutcome::kHidden;
 }
 
 std::string SettingsIo::SaveUnsaved() {

@@ -17,14 +17,9 @@
 #include "radio/transmitter.h"
 #include "state/program_values.h"
 #include "state/setup_fields.h"
+#include "station/save_outcome.h"
 
 namespace ostrel {
-
-/// What the setup dialog does after a save.
-enum class SaveOutcome {
-  kHide,
-  kFocusLogSize,  // refused: `txtLogSize` is no number
-};
 
 class SettingsIo {
  public:
@@ -57,10 +52,10 @@ class SettingsIo {
   /// its default then.
   void OpenSetup();
 
-  /// Stores every field and the rule lists, and refreshes the program-wide values. Refused when the
-  /// log size is no number. Nothing is stored that was not loaded. What cannot be stored stays in
-  /// force and is kept to be tried again; a message names it when there are new edits since the
-  /// last try.
+  /// Stores every field and the rule lists, refreshes the program-wide values, and hides the
+  /// dialog. Refused when the log size is no number. Nothing is stored that was not loaded. What
+  /// cannot be stored stays in force and is kept to be tried again; a message names it when there
+  /// are new edits since the last try.
   SaveOutcome SaveSettings();
 
   /// Tries once more what the last save could not store. Returns what to tell the operator, which

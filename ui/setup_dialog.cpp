@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "base/scope_guard.h"
-#include "station/settings_io.h"
 #include "ui/entry_field.h"
 #include "ui/menus.h"
 #include "ui/screen_place.h"
@@ -122,9 +121,7 @@ bool SetupDialog::Leave() {
   if (leaving_ || unloaded_ || isHidden()) return isHidden();
   leaving_ = true;
   const ScopeGuard left([this] { leaving_ = false; });
-  const SaveOutcome outcome = actions_.LeaveSetup();
-  if (outcome == SaveOutcome::kHide) hide();
-  if (outcome == SaveOutcome::kFocusLogSize) FocusLogSize();
+  if (actions_.LeaveSetup() == SaveOutcome::kFocusLogSize) FocusLogSize();
   return isHidden();
 }
 

@@ -89,7 +89,7 @@ TEST_F(RuleListsTest, TheListFilesAreReadForgivinglyAndWrittenPlainly) {
 
   const auto leave = [&] {
     station.station->actions().ShowSetup();
-    EXPECT_EQ(station.station->actions().LeaveSetup(), SaveOutcome::kHide);
+    EXPECT_EQ(station.station->actions().LeaveSetup(), SaveOutcome::kHidden);
     Lines said;
     for (const auto& message : station.machine.dialogs.messages) said.push_back(message.text);
     station.machine.dialogs.messages.clear();

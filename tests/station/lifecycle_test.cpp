@@ -80,7 +80,7 @@ TEST(StartUp, SetupAfterOneThatFailedCostsNoRuleNoSettingAndKeysNothing) {
     const auto before = OpenAtRoot(station.stores)->List(kFamilyTree);
     auto& actions = station.station->actions();
     actions.ShowSetup();
-    EXPECT_EQ(actions.LeaveSetup(), SaveOutcome::kHide);
+    EXPECT_EQ(actions.LeaveSetup(), SaveOutcome::kHidden);
     actions.StepPort(Button::kLeft);
     EXPECT_TRUE(station.machine.line.openings.empty());
     actions.Exit();

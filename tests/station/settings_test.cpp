@@ -34,7 +34,7 @@ TEST(Settings, EveryKeyMakesTheRoundThroughSaveStopAndStart) {
   setup.chkUnZipFiles.Set(Check::kChecked);
   setup.chkPacketHost.Set(Check::kChecked);
   setup.chkByteBlaster.Set(Check::kChecked);
-  ASSERT_EQ(Save(station), SaveOutcome::kHide);
+  ASSERT_EQ(Save(station), SaveOutcome::kHidden);
   EXPECT_EQ(station.station->values().ingestPath, station.Path("in/")) << "in force at once";
   station.Restart();
 
@@ -84,8 +84,8 @@ TEST(Settings, AStoreThatAnotherProcessHoldsCostsNeitherTimeNorEdits) {
   station.station->actions().ShowSetup();
   station.setup().CWidenty.Set("W1AW");
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(Save(station), SaveOutcome::kHide);
-  EXPECT_EQ(Save(station), SaveOutcome::kHide);
+  EXPECT_EQ(Save(station), SaveOutcome::kHidden);
+  EXPECT_EQ(Save(station), SaveOutcome::kHidden);
   EXPECT_LT(std::chrono::steady_clock::now() - start, 20s) << "two waits, not one for each key";
   EXPECT_FALSE(station.machine.dialogs.setupIsShown);
   ASSERT_EQ(station.machine.dialogs.messages.size(), 1U) << "nothing is new at the second time";

@@ -34,7 +34,7 @@ TEST(SharedStation, AccountsTakeTurnsAndReplaceNoProgram) {
     const Turn turn(account);
     station.Restart();
     station.setup().SetupPriList[4].Append(rule);
-    EXPECT_EQ(station.station->actions().LeaveSetup(), SaveOutcome::kHide);
+    EXPECT_EQ(station.station->actions().LeaveSetup(), SaveOutcome::kHidden);
     station.station->values().logSize = 1;  // each line is one too many
     station.Run(1s);
     EXPECT_THROW(station.realFiles.WriteAll(station.Path("ostrel"), "another"), Failure);
