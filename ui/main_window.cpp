@@ -153,6 +153,8 @@ void MainWindow::BuildFrames() {
   BindValue(readout, "Timing readout", state_.lblStatus2);
   SetBoxed(readout);
   readout->setMargin(2);
+  readout->setCursor(Qt::PointingHandCursor);
+  readout->setToolTip("Click to switch the timing readout on or off.");
   readout->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   QFont bold = client_->font();
   bold.setBold(true);
