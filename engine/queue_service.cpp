@@ -12,7 +12,8 @@ namespace ostrel {
 
 namespace {
 constexpr std::size_t kNearlyDrained = 50;  // bytes
-}
+constexpr std::size_t kLastStarted = 5;
+}  // namespace
 
 void QueueService::CheckPriorityLists() {
   RunStep(parts_.reporting, "CheckPriorityLists", [this] { TakeTurn(); });
@@ -45,7 +46,7 @@ bool QueueService::StartFile(Priority p) {
   parts_.mainFields.lblSending[p].Set(fmt::format("Sending {}: 1", entry.name));
   if (!entry.wasRefused) {
     LogStart(p, entry.name);
-    CountStart(p);
+    CountStart(p, entry.name);
   }
   if (const auto refusal = CopyToSentFolder(entry)) {
     HoldBack(p, entry, *refusal);
@@ -56,9 +57,12 @@ bool QueueService::StartFile(Priority p) {
   return true;
 }
 
-void QueueService::CountStart(Priority p) {
+void QueueService::CountStart(Priority p, const std::string& file) {
   ++parts_.status.FilesSent[p];
   ++parts_.status.filesSinceStart;
+  auto& last = parts_.status.LastStarted;
+  last.push_front({parts_.clock.Now(), file});
+  if (last.size() > kLastStarted) last.pop_back();
   auto& maximum = parts_.status.MaximumCount[p];
   maximum = std::max(maximum, static_cast<int>(parts_.queue.Size(p)));
 }

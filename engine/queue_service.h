@@ -47,7 +47,7 @@ class QueueService {
   bool IsBusy();
   void ReleaseSent();
   bool StartFile(Priority p);
-  void CountStart(Priority p);
+  void CountStart(Priority p, const std::string& file);
   void LogStart(Priority p, const std::string& file);
   std::optional<Failure> CopyToSentFolder(const TransmitQueue::Entry& entry);
   void PutOnAir(Priority p, const std::string& file);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <optional>
@@ -42,6 +43,11 @@ struct BlockOnAir {
   long long number = 0, count = 0;
 };
 
+struct StartedFile {
+  LocalTime at;
+  std::string name;
+};
+
 struct TransmitStatus {
   bool timingReadout = false;
   LocalTime TxStart{};            // of the present transmit period, or pause
@@ -50,6 +56,7 @@ struct TransmitStatus {
   PerPriority<int> MaximumCount;  // the longest queue since midnight
   int FillsSent = 0;              // since midnight
   CompressionTotals compression;
+  std::deque<StartedFile> LastStarted;  // newest first, a handful
 
   // What programs beside the station ask for
   UtcTime started{};

@@ -16,13 +16,19 @@ QString ElidedLabel::Shown() const {
   return fontMetrics().elidedText(text(), Qt::ElideMiddle, contentsRect().width() - 2 * margin());
 }
 
+QString ElidedLabel::TipText() const {
+  QStringList lines;
+  if (Shown() != text()) lines << text();
+  lines << toolTip();
+  if (remark_) lines << remark_();
+  lines.removeAll(QString());
+  return lines.join('\n');
+}
+
 bool ElidedLabel::event(QEvent* event) {
-  if (event->type() == QEvent::ToolTip && Shown() != text()) {
-    const QString whole = toolTip().isEmpty() ? text() : text() + '\n' + toolTip();
-    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), PlainToolTip(whole), this);
-    return true;
-  }
-  return QLabel::event(event);
+  if (event->type() != QEvent::ToolTip) return QLabel::event(event);
+  QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), PlainToolTip(TipText()), this);
+  return true;
 }
 
 void ElidedLabel::paintEvent(QPaintEvent* /*event*/) {

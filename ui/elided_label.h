@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QLabel>
+#include <functional>
 
 namespace ostrel::ui {
 
@@ -12,6 +13,9 @@ class ElidedLabel : public QLabel {
  public:
   using QLabel::QLabel;
 
+  /// What the tool tip says besides, asked for when it comes up; nothing when empty.
+  void SetRemark(std::function<QString()> remark) { remark_ = std::move(remark); }
+
   QSize minimumSizeHint() const override;
 
  protected:
@@ -20,6 +24,9 @@ class ElidedLabel : public QLabel {
 
  private:
   QString Shown() const;
+  QString TipText() const;
+
+  std::function<QString()> remark_;
 };
 
 }  // namespace ostrel::ui

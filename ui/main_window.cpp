@@ -8,7 +8,6 @@
 #include "ui/about_box.h"
 #include "ui/activity_light.h"
 #include "ui/bindings.h"
-#include "ui/elided_label.h"
 #include "ui/looks.h"
 #include "ui/menus.h"
 #include "ui/setup_dialog.h"
@@ -103,13 +102,13 @@ Label* MainWindow::AddBound(const QRect& place, Field<std::string>& field) {
   return label;
 }
 
-QLabel* MainWindow::AddFigure(const QRect& place, Field<std::string>& field) {
+ElidedLabel* MainWindow::AddFigure(const QRect& place, Field<std::string>& field) {
   auto* const label = AddBound<ElidedLabel>(place, field);
   SetBackground(label, kLightGrey);
   return label;
 }
 
-QLabel* MainWindow::AddBoxedFigure(const QRect& place, Field<std::string>& field) {
+ElidedLabel* MainWindow::AddBoxedFigure(const QRect& place, Field<std::string>& field) {
   auto* const label = AddBound<ElidedLabel>(place, field);
   SetBoxed(label);
   label->setAlignment(Qt::AlignCenter);
@@ -174,8 +173,12 @@ void MainWindow::BuildSending() {
   AddFigure(FromTwips(3225, 105, 360, kTextHeight), state_.lblBlkPktTot)
       ->setAlignment(Qt::AlignCenter);
   AddCaption("lblFilesSentDesc", FromTwips(3960, 105, 840, kTextHeight), "Files Sent:");
-  AddFigure(FromTwips(4800, 105, 900, kTextHeight), state_.lblFilesSent)
-      ->setAttribute(Qt::WA_TransparentForMouseEvents);
+  AddFigure(FromTwips(4800, 105, 900, kTextHeight), state_.lblFilesSent)->SetRemark([this] {
+    QStringList lines;
+    for (const auto& [at, name] : status_.LastStarted)
+      lines << ToQt(FormatLogStamp(at)) + "  " + ToQt(name);
+    return lines.join('\n');
+  });
 }
 
 void MainWindow::BuildLight() {

@@ -9,6 +9,7 @@
 #include "state/main_fields.h"
 #include "state/transmit_status.h"
 #include "station/actions.h"
+#include "ui/elided_label.h"
 #include "ui/list_view.h"
 
 namespace ostrel::ui {
@@ -30,8 +31,8 @@ class MainWindow : public QMainWindow {
   /// A label that shows `field`, under its name.
   template <typename Label>
   Label* AddBound(const QRect& place, Field<std::string>& field);
-  QLabel* AddFigure(const QRect& place, Field<std::string>& field);
-  QLabel* AddBoxedFigure(const QRect& place, Field<std::string>& field);
+  ElidedLabel* AddFigure(const QRect& place, Field<std::string>& field);
+  ElidedLabel* AddBoxedFigure(const QRect& place, Field<std::string>& field);
 
   void BuildMenus();
   void BuildFrames();

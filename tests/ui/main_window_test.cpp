@@ -1,8 +1,11 @@
 #include <QCheckBox>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QScreen>
 #include <QSignalSpy>
+#include <QTextDocumentFragment>
+#include <QToolTip>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
@@ -74,6 +77,26 @@ TEST(MainWindow, TenThousandEntriesFollowTheirQueueAndTheOperatorDeletesSomeOfTh
   EXPECT_EQ(ostrel.Queue(3).size(), 10000U);
   EXPECT_EQ(ostrel.Names("KvData/.pending/2").size(), 9996U);
   EXPECT_EQ(ostrel.Names("KvData/RtXmit").size(), 19996U);
+}
+
+TEST(MainWindow, ToolTipsTellWhatTheFiguresAndCutNamesDoNot) {
+  WindowedStation ostrel;
+  const auto tip = [](QWidget* element) {
+    const QPoint place(5, 5);
+    QHelpEvent event(QEvent::ToolTip, place, element->mapToGlobal(place));
+    QApplication::sendEvent(element, &event);
+    return QTextDocumentFragment::fromHtml(QToolTip::text()).toPlainText();
+  };
+  ostrel.Hold(2, "FIRST.TXT", SampleText(5'000));
+  ostrel.Run(2s);
+  EXPECT_EQ(tip(ostrel.Find<QWidget>("lblFilesSent")), "11/18/26 12:00:00 FIRST.TXT");
+
+  const std::string name(
+      "<b>A name that is much longer than its place, or than any queue is wide.</b>");
+  ostrel.window().lblActivefile.Set(name);
+  ostrel.window().PriorityList[Priority(1)].Append(name);
+  EXPECT_EQ(tip(ostrel.Find<QWidget>("lblActivefile")).toStdString(), name);
+  EXPECT_EQ(tip(ostrel.Find<ui::ListView>("PriorityList(0)")->viewport()).toStdString(), name);
 }
 
 TEST(MainWindow, AFailureThatLastsLeavesTheOperatorInSetupAndIsSilencedInItsOwnWindow) {
