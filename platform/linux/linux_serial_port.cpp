@@ -127,7 +127,7 @@ void LinuxSerialPort::SeeThatItIsGuarded(milliseconds now) {
 
 void LinuxSerialPort::TakeUpAgain(milliseconds silence) {
   const bool isKeyed = keyLine1_ || keyLine2_;
-  if (!isKeyed || isStuck_ || (stop_ != nullptr && stop_->IsRequested())) return;
+  if (!isKeyed || isStuck_ || IsEnding()) return;
   if (!SetLines(keyLine1_, keyLine2_)) return Vanish();
   Settle();
   onNews_({PortEvent::kReleased, silence});
@@ -172,7 +172,7 @@ void LinuxSerialPort::SeeThatItDrains(std::size_t unsent) {
   if (isMoving || before == 0 || IsSettling()) movedAt_ = now;
   const auto patience =
       std::max<nanoseconds>(kShortestStall, kSlowness * TimeOnLine(line_.settings(), unsent));
-  if (isStuck_ && isMoving) return TakeAsUnstuck();
+  if (isStuck_ && isMoving && !IsEnding()) return TakeAsUnstuck();
   if (!isStuck_ && now - movedAt_ > patience) TakeAsStuck();
 }
 
@@ -184,10 +184,10 @@ void LinuxSerialPort::TakeAsStuck() {
 
 /// What left meanwhile went to a transmitter that was down.
 void LinuxSerialPort::TakeAsUnstuck() {
-  isStuck_ = false;
   device_->Flush();
   TakeUpWhole();
   if (!SetLines(keyLine1_, keyLine2_)) return Vanish();
+  isStuck_ = false;
   Settle();
   onNews_({PortEvent::kReturned});
 }
@@ -216,7 +216,7 @@ void LinuxSerialPort::Vanish() {
 }
 
 void LinuxSerialPort::LookForDevice() {
-  if (clock_.Monotonic() - lastLook_ < kLookInterval) return;
+  if (IsEnding() || clock_.Monotonic() - lastLook_ < kLookInterval) return;
   lastLook_ = clock_.Monotonic();
   try {
     OpenDevice();

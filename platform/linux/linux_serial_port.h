@@ -56,6 +56,7 @@ class LinuxSerialPort : public SerialPort {
   void TakeUpWhole();
   void Vanish();
   void LookForDevice();
+  bool IsEnding() const { return stop_ != nullptr && stop_->IsRequested(); }
   bool IsPresent() const { return device_ && !isStuck_; }
   bool IsSettling() const { return clock_.Monotonic() < settledAt_; }
 

@@ -90,5 +90,14 @@ TEST(CompressBlock, IsMadeAtTheQuartersOfAMinuteOnceEnoughHaveGathered) {
   }
 }
 
+TEST(CompressBlock, AFolderThatCannotBeListedIsReportedByTheCycle) {
+  CompressingStation station(kNoon);
+  station.files.listFault = [](const std::string& folder) {
+    if (folder.ends_with("RtPri11")) throw Failure(failure_number::kDeviceError, "Broken");
+  };
+  station.Run(16s);
+  EXPECT_EQ(station.LogOf("Timer").size(), 1U);
+}
+
 }  // namespace
 }  // namespace ostrel
