@@ -44,6 +44,7 @@ const std::map<std::string, Names> kArrows = {
      {"base", "platform", "programs", "seam", "station", "platform/linux", "platform/qt"}},
     {"programs/monitor", {"receive"}},
     {"programs/status", {"client", "platform/linux"}},
+    {"programs/watch", {"client", "platform/linux"}},
     {"programs/settings", {"base", "state", "intake", "settings", "station", "platform/linux"}},
     {"programs/simulate",
      {"base", "ident", "intake", "settings", "station", "receive", "platform/linux",

@@ -7,6 +7,8 @@
 
 #include "client/station_client.h"
 #include "platform/linux/program_folder.h"
+#include "programs/status/alarms.h"
+#include "programs/status/publisher.h"
 #include "programs/status/reports.h"
 #include "programs/status/web_server.h"
 
@@ -16,12 +18,14 @@ using namespace ostrel;
 
 struct Options {
   std::string station = ProgramFolder();
-  std::string where;
+  std::string where, alarms, broker;
   bool json = false, metrics = false;
 };
 
 void Run(const Options& options) {
   if (!options.where.empty()) return Serve(options.station, options.where);
+  if (!options.alarms.empty()) return WatchForAlarms(options.station, options.alarms);
+  if (!options.broker.empty()) return Publish(options.station, options.broker);
   const auto answer = AskForStatus(options.station);
   if (options.json) return fmt::print("{}\n", answer);
   const auto status = Status::parse(answer);
@@ -41,8 +45,18 @@ int main(int count, char* arguments[]) {
                                      "Serves page, answer and metrics over HTTP; on 127.0.0.1 "
                                      "unless an address is given")
                           ->type_name("[ADDRESS:]PORT");
-  json->excludes(metrics, serve);
-  metrics->excludes(serve);
+  auto* const watch =
+      app.add_option("--watch", options.alarms, "Runs the commands of the alarms in this file")
+          ->type_name("CONFIG");
+  auto* const publish =
+      app.add_option("--publish", options.broker, "Keeps the status as a message on an MQTT broker")
+          ->type_name("mqtt://[USER:PASSWORD@]HOST[:PORT]/TOPIC");
+  CLI::Option* const ways[] = {json, metrics, serve, watch, publish};
+  for (auto* const one : ways) {
+    for (auto* const other : ways) {
+      if (one != other) one->excludes(other);
+    }
+  }
   CLI11_PARSE(app, count, arguments);
   try {
     Run(options);

@@ -1,0 +1,97 @@
+#include "programs/status/alarms.h"
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+namespace ostrel {
+
+namespace {
+
+std::optional<std::string> OlderThan(const Status& seconds, double limit, std::string_view what) {
+  if (seconds.is_null() || seconds.get<double>() <= limit) return std::nullopt;
+  return fmt::format("{} for {}", what, Spell(seconds));
+}
+
+bool IsOffTheAir(const Status& status) {
+  return status["state"].get<std::string>().starts_with("port");
+}
+
+std::optional<std::string> Waiting(const Alarm& alarm, const Status& status) {
+  for (const auto& queue : status["queues"]) {
+    const int priority = queue["priority"];
+    if (priority > alarm.priority) break;
+    if (const auto text = OlderThan(queue["oldest"], alarm.seconds,
+                                    fmt::format("a file of priority {} waits", priority)))
+      return text;
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> NoArrivals(const Alarm& alarm, const Status& status, double running) {
+  if (!status["sinceArrival"].is_null())
+    return OlderThan(status["sinceArrival"], alarm.seconds, "no file came");
+  if (running <= alarm.seconds) return std::nullopt;
+  return fmt::format("no file came for {}", Spell(running));
+}
+
+std::optional<std::string> DiskFull(const Alarm& alarm, const Status& status) {
+  const auto& free = status["freeBytes"];
+  if (free.is_null() || free.get<double>() >= alarm.megabytes * 1e6) return std::nullopt;
+  return fmt::format("{:.0f} MB are free", free.get<double>() / 1e6);
+}
+
+}  // namespace
+
+void AlarmWatch::Look(const Status& status, double now) {
+  if (!firstLook_) firstLook_ = lastAnswer_ = now;
+  if (!status.is_null()) {
+    lastAnswer_ = now;
+    NotePurges(status, now);
+  }
+  for (const auto& alarm : config_.alarms) {
+    // What cannot be told while the station does not answer stays as it was.
+    if (status.is_null() && alarm.kind != AlarmKind::kNoAnswer) continue;
+    const auto trouble = Trouble(alarm, status, now);
+    if (std::exchange(isOn_[&alarm], trouble.has_value()) == trouble.has_value()) continue;
+    tell_({alarm, trouble.has_value(),
+           fmt::format("{}: {}", alarm.name, trouble.value_or("it is over"))});
+  }
+}
+
+void AlarmWatch::NotePurges(const Status& status, double now) {
+  const int purged = status["sinceStart"]["purged"];
+  if (purged > purged_) lastPurge_ = now;
+  purged_ = purged;  // fewer after a new start of the station
+}
+
+std::optional<std::string> AlarmWatch::Trouble(const Alarm& alarm, const Status& status,
+                                               double now) {
+  switch (alarm.kind) {
+    case AlarmKind::kNoArrivals:
+      return NoArrivals(alarm, status, now - *firstLook_);
+    case AlarmKind::kSilent:
+      if (status["state"] != "idle" || status["keyed"] != true) return std::nullopt;
+      return OlderThan(status["sincePacket"], alarm.seconds, "keyed, and nothing was sent");
+    case AlarmKind::kPort: {
+      if (!IsOffTheAir(status)) {
+        since_.erase(&alarm);
+        return std::nullopt;
+      }
+      const double lasts = now - since_.try_emplace(&alarm, now).first->second;
+      if (lasts < alarm.seconds) return std::nullopt;
+      return status["port"].get<std::string>();
+    }
+    case AlarmKind::kWaiting:
+      return Waiting(alarm, status);
+    case AlarmKind::kPurged:
+      if (!lastPurge_ || now - *lastPurge_ > alarm.seconds) return std::nullopt;
+      return "products were too old before their turn and are deleted";
+    case AlarmKind::kDisk:
+      return DiskFull(alarm, status);
+    case AlarmKind::kNoAnswer:
+      return OlderThan(now - *lastAnswer_, alarm.seconds, "the station has not answered");
+  }
+  return std::nullopt;
+}
+
+}  // namespace ostrel

@@ -1,0 +1,78 @@
+// Alarms over what a station answers. Each runs a command once when it begins and once when it
+// ends.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "programs/status/reports.h"
+
+namespace ostrel {
+
+enum class AlarmKind {
+  kNoArrivals,  // no file came for `seconds`
+  kSilent,      // keyed, and no packet for `seconds`
+  kPort,        // no port, failed or vanished for `seconds`
+  kWaiting,     // a file of `priority` or a more urgent one waits longer than `seconds`
+  kPurged,      // products were purged in the last `seconds`
+  kDisk,        // less than `megabytes` are free
+  kNoAnswer,    // the station has not answered for `seconds`
+};
+
+struct Alarm {
+  std::string name;
+  AlarmKind kind = AlarmKind::kNoAnswer;
+  double seconds = 0;
+  int priority = 1;
+  double megabytes = 0;
+  std::string command;  // for the shell
+};
+
+struct AlarmConfig {
+  double interval = 10;  // seconds between two looks
+  std::vector<Alarm> alarms;
+};
+
+/// Reads the file. Throws std::runtime_error with the place of what is wrong in it.
+AlarmConfig ReadAlarms(const std::string& path);
+
+/// What is told when an alarm begins or ends.
+struct AlarmNews {
+  const Alarm& alarm;
+  bool begins;
+  std::string text;  // "no arrivals: no file came for 21 min 3 s"
+};
+
+class AlarmWatch {
+ public:
+  AlarmWatch(AlarmConfig config, std::function<void(const AlarmNews&)> tell)
+      : config_(std::move(config)), tell_(std::move(tell)) {}
+
+  /// Looks at an answer, or at none (null), at `now` in seconds of a steady clock.
+  void Look(const Status& status, double now);
+
+ private:
+  /// What is wrong, in words; nothing when nothing is.
+  std::optional<std::string> Trouble(const Alarm& alarm, const Status& status, double now);
+  void NotePurges(const Status& status, double now);
+
+  AlarmConfig config_;
+  std::function<void(const AlarmNews&)> tell_;
+  std::map<const Alarm*, bool> isOn_;
+  std::map<const Alarm*, double> since_;  // when a trouble that must last began
+  std::optional<double> firstLook_, lastAnswer_, lastPurge_;
+  int purged_ = 0;
+};
+
+/// Runs the command of the alarm by the shell, with OSTREL_ALARM, OSTREL_EVENT ("begin" or "end")
+/// and OSTREL_TEXT in its environment and the same with the status as JSON on its standard input.
+/// Does not wait for it.
+void RunAlarmCommand(const AlarmNews& news, const Status& status);
+
+/// Watches the station in `folder` until the program ends. Throws std::runtime_error.
+void WatchForAlarms(const std::string& folder, const std::string& config);
+
+}  // namespace ostrel
