@@ -114,11 +114,13 @@ class Watch {
            age > options_.silenceSeconds;
   }
 
-  /// Ready with the first answer, alive with each.
+  /// Ready with the first answer. Alive is the watch itself: the station is its own concern.
   void TellServiceManager() {
-    if (listener_.status() == told_) return;
-    told_ = listener_.status();
-    sd_notify(0, "READY=1\nWATCHDOG=1");
+    if (!isReady_ && !listener_.status().empty()) {
+      isReady_ = true;
+      sd_notify(0, "READY=1");
+    }
+    sd_notify(0, "WATCHDOG=1");
   }
 
   void WaitForNextStart() {
@@ -137,7 +139,7 @@ class Watch {
   StopSignals stop_;
   Watchdog watchdog_;
   Listener listener_;
-  std::string told_;
+  bool isReady_ = false;
 };
 
 }  // namespace

@@ -1,0 +1,132 @@
+#!/usr/bin/env bash
+# A station that runs alone, for real: without windows, asked over its socket, by HTTP, by a browser
+# and by a broker, and started again when it hangs.
+#   alone_test.sh BIN SOURCE
+set -euo pipefail
+bin=$(realpath "$1")
+source=$(realpath "$2")
+work=$(mktemp -d)
+station=$work/station
+pids=()
+finish() {
+  trap - EXIT
+  kill -KILL "${pids[@]}" 2>/dev/null || true
+  pkill -KILL -f "$station/" || true
+  rm -rf "$work"
+}
+trap finish EXIT
+fail() {
+  echo "FAILED: $*" >&2
+  tail -n 15 "$work"/*.log "$station/RtLog.txt" >&2 || true
+  exit 1
+}
+# until_true SECONDS COMMAND...
+until_true() {
+  local end=$((SECONDS + $1))
+  shift
+  until "$@" 2>/dev/null; do
+    [ "$SECONDS" -lt "$end" ] || fail "$* did not come true"
+    sleep 0.2
+  done
+}
+start() {
+  "$@" >>"$work/$(basename "$1").log" 2>&1 &
+  pids+=($!)
+}
+
+mkdir -p "$station/ports" "$station/KvData/RxFiles"
+cp "$source"/packaging/station/* "$bin"/ostrel-{headless,status,watch,settings,monitor} "$station"
+settings() { "$station/ostrel-settings" set "$@"; }
+settings ComBaud 9600
+settings CWIDTime 0
+settings TxUpTime 0
+start "$station/ostrel-monitor" --link "$station/ports/COM1" --baud 9600 --out "$work/received"
+monitor=${pids[-1]}
+until_true 10 test -L "$station/ports/COM1"
+unset DISPLAY
+start "$station/ostrel-watch" --patience 3 -- "$station/ostrel-headless"
+watch=${pids[-1]}
+status() { "$station/ostrel-status" "$@"; }
+says() { status --json | grep -q "$1"; }
+until_true 20 says '"state":"[si]'
+
+# Over HTTP: the same in three forms, and nothing for any other wish.
+port=$((20000 + $$ % 20000))
+start "$station/ostrel-status" --serve "$port"
+get() { curl -sf --max-time 10 "http://127.0.0.1:$port/$1"; }
+until_true 10 get metrics >/dev/null
+get metrics | promtool check metrics || fail "promtool has something to say"
+get status.json | grep -q '"version"' || fail "no status"
+for way in 'POST /status.json' 'DELETE /' 'GET /../RtLog.txt'; do
+  read -r method path <<<"$way"
+  ! curl -sf --path-as-is -X "$method" "http://127.0.0.1:$port$path" >"$work/wrong" || fail "$way was served"
+done
+
+# In a browser: a queue that fills and empties, a narrow screen, the dark.
+driver_port=$((port + 1))
+start chromedriver --port="$driver_port"
+drive() { curl -sf --max-time 30 -H 'Content-Type: application/json' "http://127.0.0.1:$driver_port/$1" -d "$2"; }
+until_true 20 curl -sf "http://127.0.0.1:$driver_port/status" >/dev/null
+options='"--headless","--no-sandbox","--window-size=360,800","--force-dark-mode","--blink-settings=preferredColorScheme=0"'
+session=$(drive session "{\"capabilities\":{\"alwaysMatch\":{\"goog:chromeOptions\":{\"args\":[$options]}}}}" |
+  grep -oE '"sessionId":"[^"]+"' | cut -d '"' -f 4)
+drive "session/$session/url" "{\"url\":\"http://127.0.0.1:$port/\"}" >/dev/null
+# shows EXPRESSION: true in the page.
+shows() { drive "session/$session/execute/sync" "{\"script\":\"return $1\",\"args\":[]}" | grep -q '"value":true'; }
+cell() { echo "document.querySelectorAll('#queues tr')[$1].cells[1].textContent"; }
+for product in "$source"/samples/products/{SVR,TOR}*; do cp "$product" "$station/KvData/RxFiles"; done
+until_true 30 shows "Number($(cell 0)) > 0"
+shows "document.getElementById('state').textContent.startsWith('Sending')" || fail "the page does not send"
+shows "document.documentElement.scrollWidth <= window.innerWidth" || fail "the page is wider than a phone"
+shows "getComputedStyle(document.body).backgroundColor == 'rgb(20, 23, 26)'" || fail "the page is light in the dark"
+until_true 90 shows "$(cell 0) == '0'"
+[ -s "$work/received/TORDMXIA.TXT" ] || fail "the product did not come back"
+
+# The port vanishes: the page, an alarm that begins and ends once, and a broker.
+cat >"$work/Alarms.toml" <<END
+interval = 1
+command = 'echo "\$OSTREL_EVENT \$OSTREL_TEXT" >>$work/alarms; cat >>$work/json'
+[[alarm]]
+when = "port"
+[[alarm]]
+when = "no answer"
+seconds = 2
+END
+start "$station/ostrel-status" --watch "$work/Alarms.toml"
+broker_port=$((port + 2))
+start mosquitto -p "$broker_port"
+start "$station/ostrel-status" --publish "mqtt://127.0.0.1:$broker_port/stations/shed"
+publisher=${pids[-1]}
+heard() { mosquitto_sub -p "$broker_port" -t 'stations/+' -C 1 -W 5 | grep -q "$1"; }
+until_true 30 heard '"version"'
+kill -KILL "$monitor"
+until_true 30 shows "document.getElementById('state').textContent == 'Off the air: device gone'"
+until_true 10 grep -q 'begin port: ' "$work/alarms"
+start "$station/ostrel-monitor" --link "$station/ports/COM1" --baud 9600 --out "$work/received"
+until_true 30 grep -q 'end port: it is over' "$work/alarms"
+[ "$(wc -l <"$work/alarms")" -eq 2 ] || fail "alarms came more than once"
+grep -q '"event":"begin","text":"port: ' "$work/json" || fail "the command got no JSON"
+kill -KILL "$publisher"
+until_true 30 heard '"gone"'
+
+# It hangs: killed and back, again and again; one product waits meanwhile and is not lost.
+settle() { says '"keyed":true'; }
+for _ in 1 2 3; do
+  until_true 30 settle
+  cp "$source/samples/products/AFDDMXIA.TXT" "$station/KvData/RxFiles/AFD$RANDOM.TXT"
+  sleep "0.$((RANDOM % 9 + 1))"
+  hanging=$(pgrep -f "^$station/ostrel-headless$" | head -n 1)
+  kill -STOP "$hanging"
+  until_true 15 test ! -d "/proc/$hanging"
+done
+until_true 30 settle
+[ "$(grep -c 'is killed: it does not answer' "$work/ostrel-watch.log")" -eq 3 ] || fail "not killed three times"
+until_true 120 says '"files":0,"bytes":0,"oldest":null},{"priority":6'
+
+# A stop goes through to the station.
+kill -TERM "$watch"
+until_true 15 test ! -d "/proc/$watch"
+grep -q 'Program Stopped' "$station/RtLog.txt" || fail "the station did not stop in order"
+[ ! -e "$station/station.sock" ] || fail "the socket is left"
+! status 2>"$work/silent.log" || fail "a stopped station answers"
+echo "Asked, shown, alarmed, killed and back."

@@ -1,0 +1,124 @@
+// What programs beside the station hear of it.
+#include "seam/seam.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/support/virtual_station.h"
+
+namespace ostrel {
+namespace {
+
+using Json = nlohmann::json;
+
+struct ToldSocket : LocalSocket {
+  void OnLine(std::function<void(Asker, std::string_view)> call) override { ask = call; }
+  void Open(const std::string& where) override {
+    if (fails) throw Failure(57, where + " cannot be opened");
+    path = where;
+  }
+  void Close() override { path.clear(); }
+  void Send(Asker asker, std::string_view line) override { sent[asker].emplace_back(line); }
+
+  Json Ask(const std::string& question) {
+    ask(1, question);
+    return Json::parse(sent[1].back());
+  }
+  Json Status() { return Ask(R"({"ask":"status"})"); }
+
+  std::function<void(Asker, std::string_view)> ask;
+  std::map<Asker, Lines> sent;
+  std::string path;
+  bool fails = false;
+};
+
+TEST(Seam, TellsWhatTheStationDoesAndWhatBecameOfEverything) {
+  VirtualStation station;
+  station.Rule(0, "TOR*");
+  station.Rule(4, "AFD*");
+  station.Rule(11, "JUNK*");
+  station.Set({{"TxUpTime", "1"}, {"TxDownTime", "5"}, {"IDTime", "10"}});
+  station.Start();
+  ToldSocket socket;
+  const Seam seam(*station.station, socket);
+  EXPECT_EQ(socket.path, station.Path("station.sock"));
+  auto status = socket.Status();
+  EXPECT_EQ(status["state"], "idle");
+  EXPECT_EQ(status["started"], "2026-11-18T12:00:00Z");
+  EXPECT_EQ(status["sincePacket"], nullptr);
+
+  station.Drop("AFDXXX.TXT", SampleText(2500));
+  station.Run(1s);
+  station.Drop("JUNK.TXT", "away");
+  station.Run(1s);
+  station.Drop("TORXXX.TXT", SampleText(700));
+  station.Run(1s);
+  status = socket.Status();
+  EXPECT_EQ(status["state"], "sending");
+  EXPECT_TRUE(status["keyed"]);
+  EXPECT_EQ(status["onAir"],
+            Json::parse(R"({"priority":5,"file":"AFDXXX.TXT","block":1,"blocks":3})"));
+  EXPECT_EQ(status["queues"][0]["bytes"], 700);
+  EXPECT_EQ(status["queues"][4]["files"], 1) << "the one on the air waits for its last block";
+  EXPECT_NEAR(status["queues"][4]["oldest"], 2.875, 0.13);
+  EXPECT_NEAR(status["sinceArrival"], 0.875, 0.13);
+  EXPECT_EQ(status["sinceStart"]["discarded"], 1);
+  EXPECT_EQ(status["sinceMidnight"]["files"], 1);
+  EXPECT_NEAR(status["nextIdentification"], 9 * 60 + 27, 1);
+  EXPECT_GT(status["freeBytes"], 0);
+
+  const auto pause = [&] { return socket.Status()["state"] == "paused"; };
+  ASSERT_TRUE(station.machine.loop.RunUntil([&] { return true; }, 1s));
+  std::string seen;
+  station.machine.loop.OperatorAt(station.machine.clock.Monotonic() + 131s, [&] {
+    seen = socket.Status()["state"];
+    EXPECT_NEAR(socket.Status()["endsIn"], 4, 3);
+  });
+  station.Run(3min);
+  EXPECT_TRUE(seen == "paused" || !pause()) << seen;
+  station.machine.line.SetPresent(false);
+  station.Run(1s);
+  EXPECT_EQ(socket.Status()["state"], "port vanished");
+}
+
+TEST(Seam, SaysBeforehandHowLongItWillAnswerNobody) {
+  VirtualStation station;
+  station.Set({{"CWIDTime", "1"}, {"CWSpeed", "10"}, {"TxUpTime", "0"}});
+  station.Start();
+  ToldSocket socket;
+  const Seam seam(*station.station, socket);
+  for (const Asker asker : {2, 3}) socket.ask(asker, R"({"ask":"silence"})");
+  EXPECT_TRUE(socket.sent[2].empty());
+  milliseconds told{};
+  const auto hear = station.station->status().onTheAir.OnChange([&](OnTheAir use) {
+    (use == OnTheAir::kIdentification) ? told = station.machine.clock.Monotonic() : told;
+  });
+  station.Run(2min);
+  for (const Asker asker : {2, 3}) {
+    ASSERT_EQ(socket.sent[asker].size(), 1U) << "once for each question";
+    const double silent = Json::parse(socket.sent[asker][0])["silent"];
+    const auto& keying = station.machine.line.keying;
+    const std::chrono::duration<double> took = keying.back().at - told;
+    EXPECT_GE(silent, took.count());
+    EXPECT_LT(silent, took.count() + 1);
+  }
+}
+
+TEST(Seam, AnswersRubbishAndGoesWithoutASocket) {
+  VirtualStation station;
+  station.Start();
+  ToldSocket socket;
+  socket.fails = true;
+  const Seam seam(*station.station, socket);
+  EXPECT_EQ(station.Messages("Socket").size(), 1U);
+  for (const std::string question :
+       {"", "status", "{", "[]", "7", R"({"ask":7})", R"({"ask":"status")", R"({"ask":"reboot"})",
+        "[[[[[[[[[[]]]]]]]]]]", "\xFF\xFE", R"({"ask":"\ud800"})"})
+    EXPECT_TRUE(socket.Ask(question).contains("error")) << question;
+  station.Drop("TOR\xC3.TXT", "a name that is no UTF-8");
+  station.Run(1s);
+  EXPECT_TRUE(socket.Status().contains("onAir"));
+}
+
+}  // namespace
+}  // namespace ostrel
