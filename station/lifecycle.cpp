@@ -136,6 +136,7 @@ void Lifecycle::ShutDown() {
       [&] { parts_.transmitter.Release(); },
       [&] { parts_.outputs.End(); },
       [&] { parts_.purge.StopPurge(); },
+      // Only what an earlier save failed to store, and the operator was told would be tried again.
       [&] { parts_.settings.SaveUnsaved(); },
       [&] { dialogs.UnloadSetup(); },
       [&] { dialogs.CloseErrorWindow(); },

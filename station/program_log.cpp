@@ -12,7 +12,11 @@ namespace {
 constexpr std::size_t kCategoryWidth = 12;
 constexpr int kMostRetries = 199;
 constexpr milliseconds kRetryWait{10};
-constexpr const char* kMainWindow = "frmMain";
+
+/// What a report names beside its procedure: the routines that the windows share are a module.
+const char* ModuleOf(std::string_view procedure) {
+  return procedure == "SendMorseId" ? "modGlobal" : "frmMain";
+}
 
 std::string LineOf(LocalTime time, std::string_view category, std::string_view text) {
   const auto width = std::max(kCategoryWidth, category.size());
@@ -83,7 +87,7 @@ void ProgramLog::ReportError(const Failure& failure, std::string_view procedure,
                              const AdditionalText& additional) {
   parts_.status.CountError(procedure);
   const auto added = additional.Shown();
-  Write(procedure, fmt::format("{}.{}.{} {}", Printable(DescribeFailure(failure)), kMainWindow,
+  Write(procedure, fmt::format("{}.{}.{} {}", Printable(DescribeFailure(failure)), ModuleOf(procedure),
                                procedure, added));
   if (parts_.values.showErrors)
     parts_.dialogs.ShowErrorWindow(ReportText(failure, procedure, added));
@@ -102,7 +106,7 @@ std::string ProgramLog::ReportText(const Failure& failure, std::string_view proc
       "Please email this error to {} for assistance.\r\n"
       "Additional Information: \r\n"
       "{}",
-      failure.source(), kMainWindow, procedure, kVersionMajor, kVersionMinor, kVersionBuild,
+      failure.source(), ModuleOf(procedure), procedure, kVersionMajor, kVersionMinor, kVersionBuild,
       FormatGeneral(parts_.clock.Now()), failure.number(), Printable(failure.text()), kNoReference,
       kSupportAddress, additional);
 }

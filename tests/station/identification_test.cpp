@@ -65,7 +65,9 @@ TEST(Identification, AFailureGivesEverythingBackAndBeginsTheCountdownAgain) {
   EXPECT_TRUE(station.machine.cycleTimer.IsRunning());
   EXPECT_EQ(station.setup().TimeLeft.Get(), "1");
   EXPECT_EQ(station.machine.dialogs.messages.size(), 1U);
-  EXPECT_EQ(station.LogOf("SendMorseId").size(), 1U);
+  const auto reports = station.LogOf("SendMorseId");
+  ASSERT_EQ(reports.size(), 1U);
+  EXPECT_TRUE(reports[0].ends_with("in Ostrel.modGlobal.SendMorseId ")) << reports[0];
 }
 
 TEST(Identification, TheMenuSendsOneWheneverThereIsATextAndAPort) {
