@@ -94,6 +94,7 @@ void SetupDialog::showEvent(QShowEvent* event) {
 
 // Beside the main window at first, then where the operator left it; never larger than the screen.
 void SetupDialog::TakePlace() {
+  if (isMaximized()) return;
   const QSize frame = mainWindow_->frameGeometry().size() - mainWindow_->size();
   QRect place;
   if (std::exchange(isPlaced_, true)) {
