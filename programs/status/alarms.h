@@ -23,12 +23,12 @@ enum class AlarmKind {
 };
 
 struct Alarm {
-  std::string name;
+  std::string name = {};
   AlarmKind kind = AlarmKind::kNoAnswer;
   double seconds = 0;
   int priority = 1;
   double megabytes = 0;
-  std::string command;  // for the shell
+  std::string command = {};  // for the shell
 };
 
 struct AlarmConfig {

@@ -10,6 +10,7 @@
 
 #include "base/numbers.h"
 #include "base/text.h"
+#include "settings/window_placement.h"
 #include "tests/support/virtual_station.h"
 
 namespace ostrel {
@@ -286,7 +287,7 @@ class Day : public VirtualStation {
         {"mail", [&] { a.MailSupport(); }},
         {"readout", [&] { a.ToggleTimingReadout(); }},
         {"leave",
-         [&] { Tell(a.LeaveSetup() == SaveOutcome::kHide ? "setup is left" : "setup stays"); }},
+         [&] { Tell(a.LeaveSetup() == SaveOutcome::kHidden ? "setup is left" : "setup stays"); }},
         {"add", [&] { a.AddKeyword(static_cast<std::size_t>(words.Number())); }},
         {"drop", [&] { a.RemoveKeywords(static_cast<std::size_t>(words.Number()), {0}); }},
         {"schedule",
