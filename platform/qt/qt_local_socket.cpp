@@ -24,6 +24,7 @@ void QtLocalSocket::OnLine(std::function<void(Asker, std::string_view)> call) {
 
 void QtLocalSocket::Open(const std::string& path) {
   const auto name = QString::fromStdString(path);
+  Close();
   QLocalServer::removeServer(name);
   if (!server_.listen(name)) {
     throw Failure(failure_number::kDeviceError,

@@ -60,7 +60,7 @@ void AlarmWatch::Look(const Status& status, double now) {
 
 void AlarmWatch::NotePurges(const Status& status, double now) {
   const int purged = status["sinceStart"]["purged"];
-  if (purged > purged_) lastPurge_ = now;
+  if (purged_ && purged > *purged_) lastPurge_ = now;
   purged_ = purged;  // fewer after a new start of the station
 }
 

@@ -64,7 +64,7 @@ class AlarmWatch {
   std::map<const Alarm*, bool> isOn_;
   std::map<const Alarm*, double> since_;  // when a trouble that must last began
   std::optional<double> firstLook_, lastAnswer_, lastPurge_;
-  int purged_ = 0;
+  std::optional<int> purged_;
 };
 
 /// Runs the command of the alarm by the shell, with OSTREL_ALARM, OSTREL_EVENT ("begin" or "end")

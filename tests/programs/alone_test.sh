@@ -11,6 +11,7 @@ pids=()
 finish() {
   trap - EXIT
   kill -KILL "${pids[@]}" 2>/dev/null || true
+  wait 2>/dev/null || true
   pkill -KILL -f "$station/" || true
   rm -rf "$work"
 }
