@@ -32,7 +32,7 @@ make_station() {
 # really is.
 place_programs() {
   local program
-  for program in ostrel ostrel-monitor ostrel-settings; do
+  for program in ostrel ostrel-monitor ostrel-settings ostrel-status; do
     ln -f "$bin/$program" "$1/$program" 2>/dev/null || cp -f "$bin/$program" "$1/$program"
   done
 }

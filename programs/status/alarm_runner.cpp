@@ -1,5 +1,7 @@
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
+#include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 #include <sys/wait.h>
@@ -12,6 +14,8 @@
 namespace ostrel {
 
 namespace {
+
+constexpr std::size_t kLastAlarms = 8;
 
 double Now() {
   const auto now = std::chrono::steady_clock::now().time_since_epoch();
@@ -50,11 +54,26 @@ void RunAlarmCommand(const AlarmNews& news, const Status& status) {
   close(ends[1]);
 }
 
-void WatchForAlarms(const std::string& folder, const std::string& config) {
-  const auto alarms = ReadAlarms(config);
+void LastAlarms::Add(const AlarmNews& news) {
+  const std::lock_guard lock(mutex_);
+  news_.push_front({{"at", fmt::format("{:%FT%TZ}", fmt::gmtime(std::time(nullptr)))},
+                    {"event", news.begins ? "begin" : "end"},
+                    {"text", news.text}});
+  if (news_.size() > kLastAlarms) news_.pop_back();
+}
+
+Status LastAlarms::Get() const {
+  const std::lock_guard lock(mutex_);
+  return news_;
+}
+
+void WatchForAlarms(const std::string& folder, const AlarmConfig& config, LastAlarms& last) {
   std::signal(SIGCHLD, SIG_IGN);  // commands are not waited for
   Status status;
-  AlarmWatch watch(alarms, [&](const AlarmNews& news) { RunAlarmCommand(news, status); });
+  AlarmWatch watch(config, [&](const AlarmNews& news) {
+    last.Add(news);
+    RunAlarmCommand(news, status);
+  });
   for (;;) {
     try {
       status = Status::parse(AskForStatus(folder));
@@ -62,7 +81,7 @@ void WatchForAlarms(const std::string& folder, const std::string& config) {
       status = nullptr;
     }
     watch.Look(status, Now());
-    std::this_thread::sleep_for(std::chrono::duration<double>(alarms.interval));
+    std::this_thread::sleep_for(std::chrono::duration<double>(config.interval));
   }
 }
 

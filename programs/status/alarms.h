@@ -2,8 +2,11 @@
 // ends.
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <map>
+#include <mutex>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
@@ -72,7 +75,20 @@ class AlarmWatch {
 /// Does not wait for it.
 void RunAlarmCommand(const AlarmNews& news, const Status& status);
 
-/// Watches the station in `folder` until the program ends. Throws std::runtime_error.
-void WatchForAlarms(const std::string& folder, const std::string& config);
+/// The last alarms, for who shows them. Used by two threads.
+class LastAlarms {
+ public:
+  void Add(const AlarmNews& news);
+  /// Newest first: "at" in UTC, "event" and "text".
+  Status Get() const;
+
+ private:
+  mutable std::mutex mutex_;
+  std::deque<Status> news_;
+};
+
+/// Watches the station in `folder` until the program ends.
+[[noreturn]] void WatchForAlarms(const std::string& folder, const AlarmConfig& config,
+                                 LastAlarms& last);
 
 }  // namespace ostrel

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 #include "client/station_client.h"
 #include "platform/linux/program_folder.h"
@@ -22,9 +23,18 @@ struct Options {
   bool json = false, metrics = false;
 };
 
+/// Serves, watches, or both: then the page shows the last alarms, too.
+void Attend(const Options& options) {
+  LastAlarms last;
+  if (options.alarms.empty()) return Serve(options.station, options.where, last);
+  const auto config = ReadAlarms(options.alarms);
+  if (options.where.empty()) WatchForAlarms(options.station, config, last);
+  std::thread([&] { WatchForAlarms(options.station, config, last); }).detach();
+  Serve(options.station, options.where, last);
+}
+
 void Run(const Options& options) {
-  if (!options.where.empty()) return Serve(options.station, options.where);
-  if (!options.alarms.empty()) return WatchForAlarms(options.station, options.alarms);
+  if (!options.where.empty() || !options.alarms.empty()) return Attend(options);
   if (!options.broker.empty()) return Publish(options.station, options.broker);
   const auto answer = AskForStatus(options.station);
   if (options.json) return fmt::print("{}\n", answer);
@@ -54,7 +64,8 @@ int main(int count, char* arguments[]) {
   CLI::Option* const ways[] = {json, metrics, serve, watch, publish};
   for (auto* const one : ways) {
     for (auto* const other : ways) {
-      if (one != other) one->excludes(other);
+      const bool goTogether = (one == serve && other == watch) || (one == watch && other == serve);
+      if (one != other && !goTogether) one->excludes(other);
     }
   }
   CLI11_PARSE(app, count, arguments);

@@ -63,7 +63,7 @@ Place PlaceOf(const std::string& where) {
 
 }  // namespace
 
-void Serve(const std::string& folder, const std::string& where) {
+void Serve(const std::string& folder, const std::string& where, const LastAlarms& alarms) {
   const auto place = PlaceOf(where);
   Latest latest(folder);
   httplib::Server server;
@@ -75,10 +75,13 @@ void Serve(const std::string& folder, const std::string& where) {
   });
   server.Get("/status.json", [&](const httplib::Request&, httplib::Response& response) {
     try {
-      response.set_content(latest.Get(), "application/json");
+      auto status = Status::parse(latest.Get());
+      status["alarms"] = alarms.Get();
+      response.set_content(status.dump(), "application/json");
     } catch (const std::exception& error) {
       response.status = kNotAnswering;
-      response.set_content(Status{{"error", error.what()}}.dump(), "application/json");
+      const Status trouble = {{"error", error.what()}, {"alarms", alarms.Get()}};
+      response.set_content(trouble.dump(), "application/json");
     }
   });
   server.Get("/metrics", [&](const httplib::Request&, httplib::Response& response) {

@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # A station that runs alone, for real: without windows, asked over its socket, by HTTP, by a browser
 # and by a broker, and started again when it hangs.
-#   alone_test.sh BIN SOURCE
+#   alone_test.sh BIN SOURCE [STOPS]    how often it is made to hang; three times unless told otherwise
 set -euo pipefail
 bin=$(realpath "$1")
 source=$(realpath "$2")
+stops=${3:-3}
 work=$(mktemp -d)
 station=$work/station
 pids=()
@@ -39,13 +40,14 @@ mkdir -p "$station/ports" "$station/KvData/RxFiles"
 cp "$source"/packaging/station/* "$bin"/ostrel-{headless,status,watch,settings,monitor} "$station"
 settings() { "$station/ostrel-settings" set "$@"; }
 settings ComBaud 9600
-settings CWIDTime 0
-settings TxUpTime 0
+settings CWIDTime 1
+settings TxUpTime 1
+settings TxDownTime 3
 start "$station/ostrel-monitor" --link "$station/ports/COM1" --baud 9600 --out "$work/received"
 monitor=${pids[-1]}
 until_true 10 test -L "$station/ports/COM1"
 unset DISPLAY
-start "$station/ostrel-watch" --patience 3 -- "$station/ostrel-headless"
+start "$station/ostrel-watch" --patience 3 --starts-an-hour 60 -- "$station/ostrel-headless"
 watch=${pids[-1]}
 status() { "$station/ostrel-status" "$@"; }
 says() { status --json | grep -q "$1"; }
@@ -53,7 +55,16 @@ until_true 20 says '"state":"[si]'
 
 # Over HTTP: the same in three forms, and nothing for any other wish.
 port=$((20000 + $$ % 20000))
-start "$station/ostrel-status" --serve "$port"
+cat >"$work/Alarms.toml" <<END
+interval = 1
+command = 'echo "\$OSTREL_EVENT \$OSTREL_TEXT" >>$work/alarms; cat >>$work/json'
+[[alarm]]
+when = "port"
+[[alarm]]
+when = "no answer"
+seconds = 2
+END
+start "$station/ostrel-status" --serve "$port" --watch "$work/Alarms.toml"
 get() { curl -sf --max-time 10 "http://127.0.0.1:$port/$1"; }
 until_true 10 get metrics >/dev/null
 get metrics | promtool check metrics || fail "promtool has something to say"
@@ -84,16 +95,6 @@ until_true 90 shows "$(cell 0) == '0'"
 [ -s "$work/received/TORDMXIA.TXT" ] || fail "the product did not come back"
 
 # The port vanishes: the page, an alarm that begins and ends once, and a broker.
-cat >"$work/Alarms.toml" <<END
-interval = 1
-command = 'echo "\$OSTREL_EVENT \$OSTREL_TEXT" >>$work/alarms; cat >>$work/json'
-[[alarm]]
-when = "port"
-[[alarm]]
-when = "no answer"
-seconds = 2
-END
-start "$station/ostrel-status" --watch "$work/Alarms.toml"
 broker_port=$((port + 2))
 start mosquitto -p "$broker_port"
 start "$station/ostrel-status" --publish "mqtt://127.0.0.1:$broker_port/stations/shed"
@@ -103,6 +104,7 @@ until_true 30 heard '"version"'
 kill -KILL "$monitor"
 until_true 30 shows "document.getElementById('state').textContent == 'Off the air: device gone'"
 until_true 10 grep -q 'begin port: ' "$work/alarms"
+until_true 10 shows "document.getElementById('alarms').textContent.includes('has vanished')"
 start "$station/ostrel-monitor" --link "$station/ports/COM1" --baud 9600 --out "$work/received"
 until_true 30 grep -q 'end port: it is over' "$work/alarms"
 [ "$(wc -l <"$work/alarms")" -eq 2 ] || fail "alarms came more than once"
@@ -110,19 +112,25 @@ grep -q '"event":"begin","text":"port: ' "$work/json" || fail "the command got n
 kill -KILL "$publisher"
 until_true 30 heard '"gone"'
 
-# It hangs: killed and back, again and again; one product waits meanwhile and is not lost.
+# It hangs, in the midst of whatever it does: killed and back, and what it had is not lost.
 settle() { says '"keyed":true'; }
-for _ in 1 2 3; do
+product=$source/samples/products/AFDDMXIA.TXT
+all_came_back() {
+  for ((stop = 0; stop < stops; ++stop)); do
+    cmp -s "$product" "$work/received/AFD$stop.TXT" || return 1
+  done
+}
+for ((stop = 0; stop < stops; ++stop)); do
   until_true 30 settle
-  cp "$source/samples/products/AFDDMXIA.TXT" "$station/KvData/RxFiles/AFD$RANDOM.TXT"
-  sleep "0.$((RANDOM % 9 + 1))"
+  cp "$product" "$station/KvData/RxFiles/AFD$stop.TXT"
+  sleep "$((RANDOM % 8)).$((RANDOM % 9 + 1))"
   hanging=$(pgrep -f "^$station/ostrel-headless$" | head -n 1)
   kill -STOP "$hanging"
-  until_true 15 test ! -d "/proc/$hanging"
+  until_true 40 test ! -d "/proc/$hanging"
 done
 until_true 30 settle
-[ "$(grep -c 'is killed: it does not answer' "$work/ostrel-watch.log")" -eq 3 ] || fail "not killed three times"
-until_true 120 says '"files":0,"bytes":0,"oldest":null},{"priority":6'
+[ "$(grep -c 'is killed: it does not answer' "$work/ostrel-watch.log")" -eq "$stops" ] || fail "not killed each time"
+until_true $((60 + 10 * stops)) all_came_back
 
 # A stop goes through to the station.
 kill -TERM "$watch"
