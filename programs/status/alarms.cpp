@@ -20,8 +20,8 @@ std::optional<std::string> Waiting(const Alarm& alarm, const Status& status) {
   for (const auto& queue : status["queues"]) {
     const int priority = queue["priority"];
     if (priority > alarm.priority) break;
-    if (const auto text = OlderThan(queue["oldest"], alarm.seconds,
-                                    fmt::format("a file of priority {} waits", priority)))
+    if (auto text = OlderThan(queue["oldest"], alarm.seconds,
+                              fmt::format("a file of priority {} waits", priority)))
       return text;
   }
   return std::nullopt;

@@ -1,3 +1,4 @@
+#include <cmath>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
@@ -44,7 +45,7 @@ std::string CountsLine(const Status& counts) {
 }  // namespace
 
 std::string Spell(double seconds) {
-  const auto whole = static_cast<long long>(seconds + 0.5);
+  const auto whole = std::llround(seconds);
   const auto minutes = whole / 60, hours = minutes / 60;
   if (whole < 60) return fmt::format("{} s", whole);
   if (minutes < 60) return fmt::format("{} min {} s", minutes, whole % 60);

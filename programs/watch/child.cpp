@@ -6,13 +6,13 @@
 #include <spawn.h>
 #include <stdexcept>
 #include <sys/wait.h>
-
-extern char** environ;
+#include <unistd.h>
 
 namespace ostrel {
 
 Child::Child(const std::vector<std::string>& command) {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (const auto& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
   posix_spawnattr_t attributes;
