@@ -28,8 +28,9 @@ TEST(MorseCode, ElementsFollowTheTableToTheColumn) {
 }
 
 TEST(MorseCode, TheTimingFactorIsThirtyThreeLessTheSpeed) {
-  const std::pair<const char*, int> cases[] = {{"25", 8},  {"32", 1},   {"33", 8},     {"fast", 33},
-                                               {"-7", 40}, {"32.5", 8}, {"20 wpm", 13}};
+  const std::pair<const char*, int> cases[] = {{"25", 8},      {"32", 1},  {"33", 8},
+                                               {"fast", 33},   {"-7", 40}, {"32.5", 8},
+                                               {"20 wpm", 13}, {"31.5", 2}};
   for (const auto& [speed, factor] : cases) EXPECT_EQ(TimingFactor(speed), factor) << speed;
 }
 

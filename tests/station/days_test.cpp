@@ -78,6 +78,7 @@ class Day : public VirtualStation {
       : VirtualStation(
             chr::floor<chr::days>(kNoon) + TimeOf(head[1]) - chr::hours(std::stoi(head[2])),
             {{UtcTime{}, chr::hours(std::stoi(head[2]))}}) {
+    files.isSorted = true;
     machine.line.onWrite = [this](std::string_view bytes) { TellWritten(bytes); };
     files.onAppend = [this](std::string_view line) {
       Tell("log " + std::string(line.substr(9, 9)) + "|" + std::string(line.substr(18)));
@@ -205,7 +206,7 @@ class Day : public VirtualStation {
       Note(fmt::format("key line {} {}", event.line, event.on ? "on" : "off"),
            machine.clock.Now() - (machine.clock.Monotonic() - event.at));
     for (const auto& bytes : std::exchange(machine.datagrams.sent, {}))
-      Note(fmt::format("datagram {} of {} bytes to {}:{} {}", bytes.substr(0, 7), bytes.size(),
+      Note(fmt::format("datagram {} of {} bytes to {}:{} {}", bytes.substr(0, 5), bytes.size(),
                        machine.datagrams.address, machine.datagrams.port,
                        machine.datagrams.configuration));
     for (const auto& [title, text, icon, buttons] : std::exchange(dialogs.messages, {}))

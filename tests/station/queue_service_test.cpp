@@ -64,28 +64,6 @@ TEST_F(QueueServiceTest, TheFillFileGoesInOncePerTurnUntilItIsQueued) {
   EXPECT_EQ(station.LogOf("CheckPriorityLists").size(), 1U);
 }
 
-TEST_F(QueueServiceTest, AMoreUrgentFileCutsInAtTheNextBlockAndTheOtherKeepsItsPlace) {
-  auto& s = station;
-  s.Set("LogProgram", "1");
-  s.Drop("AFDXXX.TXT", SampleText(2500));
-  s.Start();
-  s.Run(15s);  // block 2 is on the air
-  s.Drop("TORXXX.TXT", "warning");
-  s.Run(15s);
-  EXPECT_EQ(s.window().lblSending[kTwo].Get(), "Sending AFDXXX.TXT: 2 of 3");
-  EXPECT_EQ(s.window().lblSending[kOne].Get(), "Sending TORXXX.TXT: 1 of 1");
-  s.Run(5s);
-  EXPECT_EQ(s.window().lblSending[kOne].Get(), "Priority 1");
-  EXPECT_EQ(s.window().lblSending[kTwo].Get(), "Sending AFDXXX.TXT: 3 of 3");
-  const auto packets = s.Packets();
-  const Lines blocks = {"AFDXXX.TXT 1/3", "AFDXXX.TXT 2/3", "TORXXX.TXT 1/1", "AFDXXX.TXT 3/3"};
-  ASSERT_EQ(s.Blocks(), blocks);
-  EXPECT_EQ(packets[3].stamp, packets[0].stamp) << "the time at which the file began";
-  EXPECT_EQ(s.Messages("Packet Sent"), blocks);
-  EXPECT_EQ(s.Messages("Sending"),
-            (Lines{"AFDXXX.TXT  - 2 - 11/18/26 12:00:00", "TORXXX.TXT  - 1 - 11/18/26 12:00:15"}));
-}
-
 TEST_F(QueueServiceTest, AFileThatMeetsAMoreUrgentOneOfItsNameIsSentAgain) {
   station.Set("ComBaud", "9600");
   station.Start();

@@ -2,6 +2,7 @@
 // more overrides them.
 #pragma once
 
+#include <algorithm>
 #include <functional>
 
 #include "platform/files.h"
@@ -16,14 +17,21 @@ class FaultyFiles : public Files {
   /// Returns a copy code, 0 to let the copy happen.
   std::function<int(const std::string& source, const std::string& destination)> copyFault;
   std::function<void(std::string_view content)> onAppend;
+  /// A folder's own order is another one on each file system.
+  bool isSorted = false;
 
   explicit FaultyFiles(Files& real) : real_(real) {}
 
   std::optional<std::string> FirstFile(const std::string& f, const NameTest& t) override {
-    return real_.FirstFile(f, t);
+    if (!isSorted) return real_.FirstFile(f, t);
+    for (const auto& name : ListFiles(f))
+      if (!t || !t(name)) return name;
+    return std::nullopt;
   }
   std::vector<std::string> ListFiles(const std::string& f) override {
-    return Past(listFault, f).ListFiles(f);
+    auto names = Past(listFault, f).ListFiles(f);
+    if (isSorted) std::sort(names.begin(), names.end());
+    return names;
   }
   bool Exists(const std::string& p) override { return real_.Exists(p); }
   std::string ActualPath(const std::string& p) override { return real_.ActualPath(p); }
