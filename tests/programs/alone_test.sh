@@ -9,8 +9,14 @@ stops=${3:-3}
 work=$(mktemp -d)
 station=$work/station
 pids=()
+session='' # of the browser, which outlives its driver
+end_browser() {
+  [ -z "$session" ] || curl -s -m 10 -X DELETE "http://127.0.0.1:$driver_port/session/$session"
+  session=''
+} >/dev/null
 finish() {
   trap - EXIT
+  end_browser || true
   kill -KILL "${pids[@]}" 2>/dev/null || true
   wait 2>/dev/null || true
   pkill -KILL -f "$station/" || true
@@ -109,6 +115,7 @@ start "$station/ostrel-monitor" --link "$station/ports/COM1" --baud 9600 --out "
 until_true 30 grep -q 'end port: it is over' "$work/alarms"
 [ "$(wc -l <"$work/alarms")" -eq 2 ] || fail "alarms came more than once"
 grep -q '"event":"begin","text":"port: ' "$work/json" || fail "the command got no JSON"
+end_browser
 kill -KILL "$publisher"
 until_true 30 heard '"gone"'
 
