@@ -3,6 +3,7 @@
 # and by a broker, and started again when it hangs.
 #   alone_test.sh BIN SOURCE [STOPS]    how often it is made to hang; three times unless told otherwise
 set -euo pipefail
+PATH=$PATH:/usr/sbin
 bin=$(realpath "$1")
 source=$(realpath "$2")
 stops=${3:-3}
