@@ -1,5 +1,6 @@
 #include "base/time.h"
 
+#include <cmath>
 #include <fmt/format.h>
 
 namespace ostrel {
@@ -60,6 +61,15 @@ long long MinuteBoundaries(LocalTime from, LocalTime to) {
 
 long long SecondBoundaries(LocalTime from, LocalTime to) {
   return (chr::floor<seconds>(to) - chr::floor<seconds>(from)).count();
+}
+
+std::string SpellDuration(std::chrono::duration<double> duration) {
+  const auto whole = std::llround(duration.count());
+  const auto minutes = whole / 60, hours = minutes / 60;
+  if (whole < 60) return fmt::format("{} s", whole);
+  if (minutes < 60) return fmt::format("{} min {} s", minutes, whole % 60);
+  if (hours < 24) return fmt::format("{} h {} min", hours, minutes % 60);
+  return fmt::format("{} d {} h", hours / 24, hours % 24);
 }
 
 }  // namespace ostrel

@@ -41,6 +41,9 @@ std::string FormatDisplayStamp(LocalTime time);
 /// "10/27/2003 4:28:30 PM"; a time exactly on midnight is the date alone.
 std::string FormatGeneral(LocalTime time);
 
+/// To two units: "42 s", "3 min 20 s", "2 h 5 min", "4 d 3 h".
+std::string SpellDuration(std::chrono::duration<double> duration);
+
 /// Boundaries of the clock crossed between two times: from 10:00:59 to 10:01:00 is one minute.
 long long MinuteBoundaries(LocalTime from, LocalTime to);
 long long SecondBoundaries(LocalTime from, LocalTime to);

@@ -4,6 +4,7 @@
 
 #include "base/numbers.h"
 #include "base/text.h"
+#include "platform/line_time.h"
 
 namespace ostrel {
 
@@ -65,6 +66,10 @@ std::string Transmitter::PortSettings() const {
   return fmt::format("{},{},{},{}", TrimBlanks(setup.lblOutBaud.Get()),
                      TrimBlanks(setup.lblOutParity.Get()), TrimBlanks(setup.lblOutData.Get()),
                      TrimBlanks(setup.lblOutStop.Get()));
+}
+
+milliseconds Transmitter::TimeOf(std::size_t bytes) const {
+  return std::chrono::ceil<milliseconds>(TimeOnLine(ParseLineSettings(PortSettings()), bytes));
 }
 
 void Transmitter::Release() {

@@ -64,6 +64,8 @@ class Transmitter : public Output {
   // While the port is ready
   /// Bytes that are not out on the wire yet.
   std::size_t BytesWaiting() { return parts_.port.BytesWaiting(); }
+  /// How long `bytes` take on the line as it is set. Throws Failure 5 for a line that is none.
+  milliseconds TimeOf(std::size_t bytes) const;
   /// True while bytes leave the station.
   bool IsSending() { return state_ == State::kOpen && BytesWaiting() > 0; }
   /// Queues the bytes behind those that wait. Throws Failure 57.

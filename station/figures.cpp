@@ -5,11 +5,13 @@
 
 #include "base/about.h"
 #include "base/numbers.h"
+#include "engine/packet.h"
 
 namespace ostrel {
 
 namespace {
 
+constexpr std::int64_t kBlockBytes = kBlockSize;
 constexpr int kCountdownSecond = 30;  // of the minute: where TimeLeft goes down
 
 StationState StateOf(const FigureSources& from) {
@@ -42,9 +44,20 @@ QueueFigures QueueOf(const FigureSources& from, Priority p) {
   for (const auto& entry : from.queue.Entries(p)) {
     ++queue.files;
     queue.bytes += entry.bytes;
+    queue.blocks += (entry.bytes + kBlockBytes - 1) / kBlockBytes;
     queue.oldest = std::max(queue.oldest.value_or(milliseconds(0)), now - entry.since);
   }
+  const auto& onAir = from.status.block;
+  if (onAir && onAir->priority == p)
+    queue.blocks -= std::min<std::int64_t>(onAir->number, queue.blocks);
   return queue;
+}
+
+double PauseFactor(const FigureSources& from) {
+  const double up = LeadingNumber(from.setup.totdown.Get()) * 60;
+  if (up <= 0) return 1;
+  const std::chrono::duration<double> keyUp = from.transmitter.KeyUpDelay();
+  return (up + LeadingNumber(from.setup.totup.Get()) + 1 + keyUp.count()) / up;
 }
 
 /// The countdown is in minutes and goes down at a fixed second.
@@ -85,7 +98,22 @@ Figures FiguresOf(const FigureSources& from) {
   figures.compressionRatio = status.compression.ratio;
   figures.nextIdentification = NextIdentification(from);
   figures.freeBytes = status.freeBytes;
+  if (from.transmitter.state() == Transmitter::State::kOpen)
+    figures.packetTime = std::max(from.transmitter.TimeOf(kPacketSize), kCyclePeriod);
+  figures.pauseFactor = PauseFactor(from);
   return figures;
+}
+
+std::optional<milliseconds> TimeUntilOut(const Figures& figures, Priority p) {
+  if (!figures.packetTime) return std::nullopt;
+  std::chrono::duration<double> time{0};
+  for (const Priority urgent : AllPriorities()) {
+    if (urgent.number() > p.number()) break;
+    const auto& queue = figures.queues[urgent];
+    // The turn that retires a file sends nothing.
+    time += queue.blocks * *figures.packetTime + queue.files * kCyclePeriod;
+  }
+  return std::chrono::round<milliseconds>(time * figures.pauseFactor);
 }
 
 }  // namespace ostrel

@@ -26,6 +26,7 @@ enum class StationState {
 struct QueueFigures {
   int files = 0;
   std::int64_t bytes = 0;
+  std::int64_t blocks = 0;             // that are still to be sent
   std::optional<milliseconds> oldest;  // how long it has waited; nothing when the queue is empty
 };
 
@@ -50,7 +51,14 @@ struct Figures {
   float compressionRatio = 1;
   std::optional<milliseconds> nextIdentification;
   std::optional<std::int64_t> freeBytes;
+  std::optional<milliseconds> packetTime;  // from one packet to the next; nothing off the air
+  double pauseFactor = 1;                  // how much longer all takes with the transmit pauses
 };
+
+/// About how long it takes until all is out that waits at `p` and more urgently, at the present
+/// rate and with the pauses in between, if nothing more comes. Nothing while the station is off the
+/// air.
+std::optional<milliseconds> TimeUntilOut(const Figures& figures, Priority p);
 
 struct FigureSources {
   Clock& clock;

@@ -43,7 +43,7 @@ const std::map<std::string, Names> kArrows = {
     {"programs/headless",
      {"base", "platform", "programs", "seam", "station", "platform/linux", "platform/qt"}},
     {"programs/monitor", {"receive"}},
-    {"programs/status", {"client", "platform/linux"}},
+    {"programs/status", {"base", "client", "platform/linux"}},
     {"programs/watch", {"client", "platform/linux"}},
     {"programs/settings", {"base", "state", "intake", "settings", "station", "platform/linux"}},
     {"programs/simulate",

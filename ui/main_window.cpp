@@ -56,8 +56,13 @@ void Paint(QLabel* label, Field<Shade>& shade) {
 
 }  // namespace
 
-MainWindow::MainWindow(MainFields& state, const TransmitStatus& status, Actions& actions)
-    : state_(state), status_(status), actions_(actions), client_(new QWidget(this)) {
+MainWindow::MainWindow(MainFields& state, const TransmitStatus& status,
+                       std::function<Figures()> figures, Actions& actions)
+    : state_(state),
+      status_(status),
+      figures_(std::move(figures)),
+      actions_(actions),
+      client_(new QWidget(this)) {
   setObjectName("frmMain");
   setWindowTitle(kMainCaption);
   setContextMenuPolicy(Qt::NoContextMenu);
@@ -165,6 +170,10 @@ void MainWindow::BuildSending() {
   AddCaption("lblSend", FromTwips(120, 105, 720, kTextHeight), "Sending:");
   auto* const file = AddFigure(FromTwips(840, 105, 1320, kTextHeight), state_.lblActivefile);
   Paint(file, state_.lblActivefileBackColor);
+  file->SetRemark([this] {
+    const auto left = figures_().endsIn;
+    return left > milliseconds(0) ? ToQt(SpellDuration(left)) + " left" : QString();
+  });
 
   AddCaption("lblBlock", FromTwips(2160, 105, 435, kTextHeight), "Block");
   AddFigure(FromTwips(2595, 105, 360, kTextHeight), state_.lblBlkPktNum)
@@ -207,7 +216,10 @@ void MainWindow::BuildFigures() {
   Paint(rate, state_.lblDataRateBackColor);
   BindToolTip(rate, state_.lblDataRateToolTip);
   AddBoxedFigure(FromTwips(2610, 345, 2520, kBoxHeight), state_.lblCompressionRatio);
-  AddBoxedFigure(FromTwips(5145, 345, 2550, kBoxHeight), state_.lblThroughput);
+  AddBoxedFigure(FromTwips(5145, 345, 2550, kBoxHeight), state_.lblThroughput)->SetRemark([this] {
+    const QString time = TimeUntilOutText(AllPriorities().back());
+    return time.isEmpty() ? time : "All queues are empty in about " + time;
+  });
 }
 
 void MainWindow::BuildQueue(Priority p) {
@@ -219,6 +231,12 @@ void MainWindow::BuildQueue(Priority p) {
   SetBoxed(caption);
   SetBackground(caption, kQueueYellow);
   caption->setAlignment(Qt::AlignCenter);
+  caption->SetRemark([this, p] {
+    const auto waiting = state_.PriorityList[p].size();
+    if (waiting == 0) return QString();
+    const QString time = TimeUntilOutText(p);
+    return QString("%1 waiting").arg(waiting) + (time.isEmpty() ? time : ", about " + time);
+  });
 
   auto* const list = new ListView(state_.PriorityList[p],
                                   QString("Queue of priority %1").arg(p.number()), client_);
@@ -230,6 +248,11 @@ void MainWindow::BuildQueue(Priority p) {
     actions_.RemoveQueued(p, list->Selected());
     list->clearSelection();
   });
+}
+
+QString MainWindow::TimeUntilOutText(Priority p) const {
+  const auto time = TimeUntilOut(figures_(), p);
+  return time ? ToQt(SpellDuration(*time)) : QString();
 }
 
 void MainWindow::ShowStatus() {

@@ -9,6 +9,7 @@
 #include "state/main_fields.h"
 #include "state/transmit_status.h"
 #include "station/actions.h"
+#include "station/figures.h"
 #include "ui/elided_label.h"
 #include "ui/list_view.h"
 
@@ -18,7 +19,9 @@ class MainWindow : public QMainWindow {
   Q_OBJECT
 
  public:
-  MainWindow(MainFields& state, const TransmitStatus& status, Actions& actions);
+  /// `figures` tells how the station stands, for the tool tips.
+  MainWindow(MainFields& state, const TransmitStatus& status, std::function<Figures()> figures,
+             Actions& actions);
 
  protected:
   /// The shutdown closes the window, not the close box.
@@ -40,11 +43,13 @@ class MainWindow : public QMainWindow {
   void BuildLight();
   void BuildFigures();
   void BuildQueue(Priority p);
+  QString TimeUntilOutText(Priority p) const;
   void ShowStatus();
   void ShowAbout();
 
   MainFields& state_;
   const TransmitStatus& status_;
+  std::function<Figures()> figures_;
   Actions& actions_;
   QWidget* client_;
   QPointer<QWidget> statusWindow_;

@@ -72,7 +72,9 @@ int main(int /*count*/, char* arguments[]) {
 
   RealMachine<ui::WindowDialogs, LinuxDesktop> machine;
   Station station(machine.AsPlatform());
-  ui::MainWindow mainWindow(station.mainFields(), station.status(), station.actions());
+  ui::MainWindow mainWindow(
+      station.mainFields(), station.status(), [&station] { return station.figures(); },
+      station.actions());
   auto* const setup = new ui::SetupDialog(station.setup(), station.actions(), &mainWindow);
   machine.dialogs.Attach(mainWindow, *setup, station.setup(), station.actions());
   const bool isSeen = QGuiApplication::platformName() != QLatin1String("offscreen");

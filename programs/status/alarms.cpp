@@ -3,13 +3,19 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/time.h"
+
 namespace ostrel {
 
 namespace {
 
+std::string Spell(double seconds) {
+  return SpellDuration(std::chrono::duration<double>(seconds));
+}
+
 std::optional<std::string> OlderThan(const Status& seconds, double limit, std::string_view what) {
   if (seconds.is_null() || seconds.get<double>() <= limit) return std::nullopt;
-  return fmt::format("{} for {}", what, Spell(seconds));
+  return fmt::format("{} for {}", what, Spell(seconds.get<double>()));
 }
 
 bool IsOffTheAir(const Status& status) {

@@ -1,12 +1,16 @@
-#include <cmath>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/time.h"
 #include "programs/status/reports.h"
 
 namespace ostrel {
 
 namespace {
+
+std::string Spell(const Status& seconds) {
+  return SpellDuration(std::chrono::duration<double>(seconds.get<double>()));
+}
 
 std::string Ago(const Status& seconds) {
   return seconds.is_null() ? "never" : Spell(seconds) + " ago";
@@ -43,15 +47,6 @@ std::string CountsLine(const Status& counts) {
 }
 
 }  // namespace
-
-std::string Spell(double seconds) {
-  const auto whole = std::llround(seconds);
-  const auto minutes = whole / 60, hours = minutes / 60;
-  if (whole < 60) return fmt::format("{} s", whole);
-  if (minutes < 60) return fmt::format("{} min {} s", minutes, whole % 60);
-  if (hours < 24) return fmt::format("{} h {} min", hours, minutes % 60);
-  return fmt::format("{} d {} h", hours / 24, hours % 24);
-}
 
 std::string PageOf(const Status& status) {
   const auto& next = status["nextIdentification"];

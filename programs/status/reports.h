@@ -15,7 +15,4 @@ std::string PageOf(const Status& status);
 /// does not answer.
 std::string MetricsOf(const Status& status);
 
-/// "3 min 20 s", "2 h 5 min", "4 d 3 h".
-std::string Spell(double seconds);
-
 }  // namespace ostrel

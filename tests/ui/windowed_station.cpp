@@ -12,7 +12,8 @@ void WindowedStation::MakeStation() {
   station.reset();
   station =
       std::make_unique<Station>(machine.For(folder.path(), files, archives, stores, &dialogs));
-  mainWindow = std::make_unique<ui::MainWindow>(window(), station->status(), station->actions());
+  mainWindow = std::make_unique<ui::MainWindow>(
+      window(), station->status(), [this] { return station->figures(); }, station->actions());
   setupDialog = new ui::SetupDialog(setup(), station->actions(), mainWindow.get());
   dialogs.Attach(*mainWindow, *setupDialog, setup(), station->actions());
 }
