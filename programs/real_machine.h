@@ -2,6 +2,8 @@
 #pragma once
 
 #include <QSocketNotifier>
+#include <cstdlib>
+#include <optional>
 #include <string>
 
 #include "base/names.h"
@@ -18,6 +20,7 @@
 #include "platform/qt/qt_local_socket.h"
 #include "platform/qt/qt_timer.h"
 #include "platform/qt/udp_channel.h"
+#include "seam/seam.h"
 #include "station/station.h"
 
 namespace ostrel {
@@ -73,5 +76,24 @@ class StopNotifier {
  private:
   QSocketNotifier notifier_;
 };
+
+/// Runs `station` on `machine` from start to end, open to programs beside it. `loop` is the
+/// application's; where nobody sees a window, a start that failed ends at once. Returns the
+/// program's exit status.
+template <typename Machine>
+int RunStation(Machine& machine, Station& station, bool isSeen, int (*loop)()) {
+  const StopNotifier stopNotifier(machine.stop, station);
+  std::optional<Seam> seam;
+  const bool started = station.Start();
+  if (started) {
+    // Not before: what stopped the start is in the log, and a second instance leaves no line there.
+    machine.dialogs.LogMessagesTo(station.reporting());
+    seam.emplace(station, machine.socket);
+  } else if (!isSeen) {
+    station.Stop();  // no operator reads the message and closes the window
+  }
+  loop();
+  return started ? EXIT_SUCCESS : EXIT_FAILURE;
+}
 
 }  // namespace ostrel

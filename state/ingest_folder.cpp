@@ -14,10 +14,13 @@ std::string Plain(const std::string& folder) {
   return (std::filesystem::path(folder) / "").lexically_normal().string();
 }
 
+/// One of an account, root's among them, or the folder of them all; not what lies deeper.
 bool IsHomeFolder(const std::string& plain) {
-  constexpr std::string_view kHomes = "/home/";
-  if (plain == "/root/" || plain == kHomes) return true;
-  return plain.starts_with(kHomes) && plain.find('/', kHomes.size()) == plain.size() - 1;
+  const auto folder = std::filesystem::path(plain).parent_path();  // without the separator
+  const auto above = folder.parent_path();
+  const bool isAtTheTop = above == above.root_path();
+  return above.relative_path() == "home" ||
+         (isAtTheTop && (folder.filename() == "home" || folder.filename() == "root"));
 }
 
 /// KvData itself, and what the station makes in it; RxFiles is for received files.

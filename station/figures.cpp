@@ -5,6 +5,7 @@
 
 #include "base/about.h"
 #include "base/numbers.h"
+#include "base/reporting.h"
 #include "engine/packet.h"
 
 namespace ostrel {
@@ -98,8 +99,10 @@ Figures FiguresOf(const FigureSources& from) {
   figures.compressionRatio = status.compression.ratio;
   figures.nextIdentification = NextIdentification(from);
   figures.freeBytes = status.freeBytes;
+  // The fields may have been edited since the port was opened, to what no line is.
   if (from.transmitter.state() == Transmitter::State::kOpen)
-    figures.packetTime = std::max(from.transmitter.TimeOf(kPacketSize), kCyclePeriod);
+    TryStep(
+        [&] { figures.packetTime = std::max(from.transmitter.TimeOf(kPacketSize), kCyclePeriod); });
   figures.pauseFactor = PauseFactor(from);
   return figures;
 }

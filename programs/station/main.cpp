@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fmt/format.h>
-#include <optional>
 
 #include "platform/linux/program_folder.h"
 #include "platform/linux/sharing.h"
@@ -13,7 +12,6 @@
 #include "platform/x11/linux_desktop.h"
 #include "platform/x11/x_windows.h"
 #include "programs/real_machine.h"
-#include "seam/seam.h"
 #include "station/station.h"
 #include "ui/looks.h"
 #include "ui/main_window.h"
@@ -80,16 +78,5 @@ int main(int /*count*/, char* arguments[]) {
   const bool isSeen = QGuiApplication::platformName() != QLatin1String("offscreen");
   if (!isSeen) machine.dialogs.GoWithoutDisplay();
 
-  const StopNotifier stopNotifier(machine.stop, station);
-  std::optional<Seam> seam;
-  const bool started = station.Start();
-  if (started) {
-    // Not before: what stopped the start is in the log, and a second instance leaves no line there.
-    machine.dialogs.LogMessagesTo(station.reporting());
-    seam.emplace(station, machine.socket);
-  } else if (!isSeen) {
-    station.Stop();  // no operator reads the message and closes the window
-  }
-  QApplication::exec();
-  return started ? EXIT_SUCCESS : EXIT_FAILURE;
+  return RunStation(machine, station, isSeen, &QApplication::exec);
 }

@@ -78,6 +78,8 @@ TEST(Seam, TellsWhatTheStationDoesAndWhatBecameOfEverything) {
   ASSERT_EQ(paused["state"], "paused");
   EXPECT_FALSE(paused["keyed"]);
   EXPECT_EQ(paused["endsIn"], 6.3) << "six boundaries at most, and the key-up delay";
+  station.setup().lblOutParity.Set("X");  // does not reopen the port
+  EXPECT_EQ(socket.Status()["state"], "idle");
   station.machine.line.SetPresent(false);
   station.Run(1s);
   EXPECT_EQ(socket.Status()["state"], "port vanished");

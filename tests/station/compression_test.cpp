@@ -71,25 +71,6 @@ TEST(CompressFile, ThatCannotBePlacedStaysWhereItIs) {
   EXPECT_EQ(station.Queue(3), Lines{"A.ZIP"});
 }
 
-TEST(CompressBlock, IsMadeAtTheQuartersOfAMinuteOnceEnoughHaveGathered) {
-  for (const int second : {15, 60}) {
-    CompressingStation station(kNoon + 59min + seconds(second - 2));
-    std::map<std::string, std::string> contents;
-    for (const auto* name : {"ONE.TXT", "TWO.TXT", "THREE.TXT"}) {
-      if (contents.size() == 2) station.Run(15s);  // past the first check with two of them
-      station.Hold(11, name, contents[name] = SampleText(2000, name[0]));
-    }
-    station.Run(1s);
-    EXPECT_EQ(station.Queue(4), Lines{}) << "not before the next check";
-    station.Run(1s);
-    const auto time = Calendar(station.machine.clock.Now());
-    const auto archive = fmt::format("Comp{:02}{:02}.ZIP", time.hour, time.minute);
-    EXPECT_EQ(station.Queue(4), Lines{archive}) << second;
-    EXPECT_EQ(MembersOf(station, archive), contents);
-    EXPECT_EQ(station.Names("KvData/RtPri11"), Lines{});
-  }
-}
-
 TEST(CompressBlock, AFolderThatCannotBeListedIsReportedByTheCycle) {
   CompressingStation station(kNoon);
   station.files.listFault = [](const std::string& folder) {

@@ -6,12 +6,11 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <sstream>
 
-#include "base/numbers.h"
 #include "base/text.h"
 #include "settings/window_placement.h"
 #include "tests/support/virtual_station.h"
+#include "tests/support/words.h"
 
 namespace ostrel {
 namespace {
@@ -20,42 +19,6 @@ namespace chr = std::chrono;
 namespace fs = std::filesystem;
 
 const fs::path kDays = fs::path(OSTREL_SOURCE_DIR) / "tests/days";
-
-/// The words of one command.
-class Words {
- public:
-  explicit Words(const std::string& command) : words_(command) {}
-  std::string Next() {
-    std::string word;
-    words_ >> word;
-    return word;
-  }
-  int Number() { return std::stoi(Next()); }
-  /// "125ms", "3s", "10m" or "2h".
-  milliseconds Time() {
-    std::size_t unit = 0;
-    const auto word = Next();
-    const long count = std::stol(word, &unit);
-    const auto name = word.substr(unit);
-    return name == "ms"  ? count * 1ms
-           : name == "s" ? count * 1s
-           : name == "m" ? count * 1min
-                         : count * 1h;
-  }
-  std::string Rest() {
-    std::string rest;
-    std::getline(words_ >> std::ws, rest);
-    return rest;
-  }
-  /// A text, or as much of one as a number says.
-  std::string Content() {
-    const auto rest = Rest();
-    return IsNumber(rest) ? SampleText(std::stoul(rest)) : rest;
-  }
-
- private:
-  std::istringstream words_;
-};
 
 class Day : public VirtualStation {
  public:
@@ -372,7 +335,6 @@ class Day : public VirtualStation {
          realFiles.SetLastWriteTime(path, machine.clock.UtcNow() - w.Time());
        }},
       {"delete", [this](Words& w) { fs::remove_all(Path(w.Next())); }},
-      {"folder", [this](Words& w) { fs::create_directories(Path(w.Next())); }},
       {"link",
        [this](Words& w) {
          const auto to = Path(w.Next());
@@ -387,7 +349,6 @@ class Day : public VirtualStation {
          machine.dialogs.hasEnded = true;
        }},
       {"run", [this](Words& w) { Run(w.Time()); }},
-      {"wait", [this](Words& w) { machine.clock.Advance(w.Time()); }},
       {"turn", [this](Words& w) { machine.clock.StepWallClock(w.Time()); }},
       {"enter",
        [this](Words& w) {
@@ -421,14 +382,6 @@ class Day : public VirtualStation {
        [this](Words& w) {
          const auto at = machine.clock.Monotonic() + w.Time();
          machine.loop.OperatorAt(at, [this, c = w.Rest()] {
-           Tell("> " + c);
-           Do(c);
-         });
-       }},
-      {"meanwhile",
-       [this](Words& w) {
-         const auto at = machine.clock.Monotonic() + w.Time();
-         machine.clock.At(at, [this, c = w.Rest()] {
            Tell("> " + c);
            Do(c);
          });

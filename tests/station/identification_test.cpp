@@ -51,46 +51,5 @@ TEST(Identification, KeysTheWorkedExampleToTheMillisecond) {
   EXPECT_EQ(station.LogOf("CW ID"), Lines{"11/18/26 12:00:32 CW ID         Sent - DE E"});
 }
 
-TEST(Identification, AFailureGivesEverythingBackAndBeginsTheCountdownAgain) {
-  VirtualStation station;
-  station.Set({{"CWIDTime", "1"}, {"ComBaud", "38400"}});
-  station.Start();
-  std::filesystem::remove(station.Path("RtMorse.txt"));
-  station.Run(45s);
-  ASSERT_EQ(station.LogOf("Timer").size(), 1U);
-  EXPECT_TRUE(station.LogOf("Timer")[0].starts_with(
-      "11/18/26 12:00:30 Timer        Error # 53, File not found"));
-  station.station->actions().SendMorseId();
-  EXPECT_TRUE(station.machine.line.KeyLine1() && station.machine.line.KeyLine2());
-  EXPECT_TRUE(station.machine.cycleTimer.IsRunning());
-  EXPECT_EQ(station.setup().TimeLeft.Get(), "1");
-  EXPECT_EQ(station.machine.dialogs.messages.size(), 1U);
-  const auto reports = station.LogOf("SendMorseId");
-  ASSERT_EQ(reports.size(), 1U);
-  EXPECT_TRUE(reports[0].ends_with("in Ostrel.modGlobal.SendMorseId ")) << reports[0];
-}
-
-TEST(Identification, TheMenuSendsOneWheneverThereIsATextAndAPort) {
-  VirtualStation station;
-  station.Set({{"CWIDTime", "0"}, {"LogProgram", "1"}});
-  station.Start();
-  auto& actions = station.station->actions();
-  station.Run(45s);
-  EXPECT_TRUE(station.LogOf("CW ID").empty()) << "switched off";
-  station.setup().IDTime.Set("7");
-  station.Run(60s);
-  actions.SendMorseId();
-  EXPECT_EQ(station.setup().TimeLeft.Get(), "7");
-  station.setup().CWidenty.Set("");
-  actions.SendMorseId();
-  station.setup().CWidenty.Set("DE TEST");
-  station.setup().lblOutStop.Set("");
-  actions.StepPort(Button::kLeft);
-  actions.SendMorseId();
-  EXPECT_EQ(station.LogOf("CW ID").size(), 1U);
-  EXPECT_EQ(station.machine.dialogs.messages.back().text,
-            "No com port is open. The station cannot be identified.");
-}
-
 }  // namespace
 }  // namespace ostrel
