@@ -79,7 +79,7 @@ TEST(Seam, TellsWhatTheStationDoesAndWhatBecameOfEverything) {
   EXPECT_FALSE(paused["keyed"]);
   EXPECT_EQ(paused["endsIn"], 6.3) << "six boundaries at most, and the key-up delay";
   station.setup().lblOutParity.Set("X");  // does not reopen the port
-  EXPECT_EQ(socket.Status()["state"], "idle");
+  EXPECT_EQ(socket.Status()["state"], "sending");
   station.machine.line.SetPresent(false);
   station.Run(1s);
   EXPECT_EQ(socket.Status()["state"], "port vanished");

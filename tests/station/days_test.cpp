@@ -9,6 +9,7 @@
 
 #include "base/text.h"
 #include "settings/window_placement.h"
+#include "tests/support/buttons.h"
 #include "tests/support/virtual_station.h"
 #include "tests/support/words.h"
 
@@ -235,51 +236,6 @@ class Day : public VirtualStation {
     archive->Close();
   }
 
-  void Press(Words& words) {
-    auto& a = station->actions();
-    const auto button = words.Next();
-    const std::map<std::string, std::function<void()>> buttons = {
-        {"setup", [&] { a.ShowSetup(); }},
-        {"morse", [&] { a.SendMorseId(); }},
-        {"log", [&] { a.ViewLogfile(); }},
-        {"ingest", [&] { a.ShowIngest(); }},
-        {"export", [&] { a.ExportSettings(); }},
-        {"import", [&] { a.ImportSettings(); }},
-        {"exit", [&] { a.Exit(); }},
-        {"close", [&] { a.Close(); }},
-        {"web", [&] { a.OpenWebSite(); }},
-        {"mail", [&] { a.MailSupport(); }},
-        {"readout", [&] { a.ToggleTimingReadout(); }},
-        {"leave",
-         [&] { Tell(a.LeaveSetup() == SaveOutcome::kHidden ? "setup is left" : "setup stays"); }},
-        {"add", [&] { a.AddKeyword(static_cast<std::size_t>(words.Number())); }},
-        {"drop", [&] { a.RemoveKeywords(static_cast<std::size_t>(words.Number()), {0}); }},
-        {"schedule",
-         [&] { Tell(a.AddScheduleEntry() == AfterEntry::kNothing ? "taken" : "refused"); }},
-        {"unschedule", [&] { a.RemoveScheduleEntries({0}); }},
-        {"edit", [&] { a.EditScheduleEntry(0); }},
-        {"help", [&] { a.ShowScheduleHelp(); }},
-        {"port", [&] { a.StepPort(Button::kLeft); }},
-        {"baud", [&] { a.StepBaud(); }},
-        {"stopbits", [&] { a.StepStopBits(); }},
-        {"copies", [&] { a.StepCopies(Button::kLeft); }},
-        {"files", [&] { a.StepCompFiles(Button::kLeft); }},
-        {"priority", [&] { a.StepBlockPriority(); }},
-        {"brask", [&] { a.BraskClicked(); }},
-        {"tiltor", [&] { a.ByteBlasterClicked(); }},
-        {"errors", [&] { a.ShowErrorsClicked(); }},
-        {"delete",
-         [&] {
-           const Priority p(words.Number());
-           std::vector<std::size_t> selected;
-           for (auto word = words.Next(); !word.empty(); word = words.Next())
-             selected.push_back(std::stoul(word));
-           a.RemoveQueued(p, selected);
-         }},
-    };
-    buttons.at(button)();
-  }
-
   /// What was stored since the last time.
   void TellStore() {
     for (const auto& [path, key, value, isRaw] : OpenAtRoot(stores)->List(kFamilyTree)) {
@@ -355,7 +311,11 @@ class Day : public VirtualStation {
          const auto element = w.Next();
          texts_.at(element)(w.Rest());
        }},
-      {"press", [this](Words& w) { Press(w); }},
+      {"press",
+       [this](Words& w) {
+         const auto answer = Press(station->actions(), w);
+         if (!answer.empty()) Tell(answer);
+       }},
       {"answer",
        [this](Words& w) {
          machine.dialogs.Answer(w.Next() == "yes" ? MessageAnswer::kYes : MessageAnswer::kNo);

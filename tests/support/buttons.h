@@ -1,0 +1,61 @@
+// The operator's buttons by name, as a told day presses them.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "station/actions.h"
+#include "tests/support/words.h"
+
+namespace ostrel {
+
+/// Presses the button that the next word names. Returns what the windows answer, if anything.
+inline std::string Press(Actions& a, Words& words) {
+  std::string answer;
+  const auto button = words.Next();
+  const std::map<std::string, std::function<void()>> buttons = {
+      {"setup", [&] { a.ShowSetup(); }},
+      {"morse", [&] { a.SendMorseId(); }},
+      {"log", [&] { a.ViewLogfile(); }},
+      {"ingest", [&] { a.ShowIngest(); }},
+      {"export", [&] { a.ExportSettings(); }},
+      {"import", [&] { a.ImportSettings(); }},
+      {"exit", [&] { a.Exit(); }},
+      {"close", [&] { a.Close(); }},
+      {"web", [&] { a.OpenWebSite(); }},
+      {"mail", [&] { a.MailSupport(); }},
+      {"readout", [&] { a.ToggleTimingReadout(); }},
+      {"leave",
+       [&] { answer = a.LeaveSetup() == SaveOutcome::kHidden ? "setup is left" : "setup stays"; }},
+      {"add", [&] { a.AddKeyword(static_cast<std::size_t>(words.Number())); }},
+      {"drop", [&] { a.RemoveKeywords(static_cast<std::size_t>(words.Number()), {0}); }},
+      {"schedule",
+       [&] { answer = a.AddScheduleEntry() == AfterEntry::kNothing ? "taken" : "refused"; }},
+      {"unschedule", [&] { a.RemoveScheduleEntries({0}); }},
+      {"edit", [&] { a.EditScheduleEntry(0); }},
+      {"help", [&] { a.ShowScheduleHelp(); }},
+      {"port", [&] { a.StepPort(Button::kLeft); }},
+      {"baud", [&] { a.StepBaud(); }},
+      {"stopbits", [&] { a.StepStopBits(); }},
+      {"copies", [&] { a.StepCopies(Button::kLeft); }},
+      {"files", [&] { a.StepCompFiles(Button::kLeft); }},
+      {"priority", [&] { a.StepBlockPriority(); }},
+      {"brask", [&] { a.BraskClicked(); }},
+      {"tiltor", [&] { a.ByteBlasterClicked(); }},
+      {"errors", [&] { a.ShowErrorsClicked(); }},
+      {"delete",
+       [&] {
+         const Priority p(words.Number());
+         std::vector<std::size_t> selected;
+         for (auto word = words.Next(); !word.empty(); word = words.Next())
+           selected.push_back(std::stoul(word));
+         a.RemoveQueued(p, selected);
+       }},
+  };
+  buttons.at(button)();
+  return answer;
+}
+
+}  // namespace ostrel
