@@ -68,7 +68,7 @@ TEST_F(RuleListsTest, AKeywordStandsOnceInAllListsButCopies) {
 }
 
 TEST_F(RuleListsTest, TheListFilesAreReadForgivinglyAndWrittenPlainly) {
-  station.WriteFile(PathOf(0), "\xEF\xBB\xBF  zfp* \r\n\r\n    \r\nA.B.C\nlast");
+  station.WriteFile(PathOf(0), "\xEF\xBB\xBF  zfp* \r\n\r\n    \r\nA.B.C\n \xEF\xBB\xBF last");
   station.WriteFile(PathOf(2), "LOST*\r\n");
   station.Rule(5, "AFD*");
   station.WriteFile(PathOf(12), "zfp* | c=3\r\nNO COUNT |\r\nNOBAR C=2\r\n  AFD* |C=2\r\n");
