@@ -2,7 +2,7 @@
 # The station's own files (rule lists, Morse table, fill text, settings, queues) are its operator's:
 # the package carries them as a starting set, and its postinst lays down what is missing.
 # The core runs a station without windows; what needs a window system is a package of its own.
-set(core_programs ostrel-headless ostrel-monitor ostrel-settings ostrel-simulate ostrel-status
+set(core_programs ostrel-feed ostrel-headless ostrel-monitor ostrel-settings ostrel-simulate ostrel-status
     ostrel-watch)
 function(ostrel_install_programs component)
   install(TARGETS ${ARGN} DESTINATION opt/ostrel COMPONENT ${component})
@@ -16,9 +16,15 @@ function(ostrel_install_programs component)
 endfunction()
 ostrel_install_programs(core ${core_programs})
 ostrel_install_programs(windows ostrel)
+# The companion programs that a station starts: the feed under their names, and the program with their
+# window, which nobody calls by its own.
+install(FILES ${CMAKE_BINARY_DIR}/bin/Brask ${CMAKE_BINARY_DIR}/bin/Tiltor DESTINATION opt/ostrel
+        COMPONENT core)
+install(TARGETS ostrel-ingest DESTINATION opt/ostrel COMPONENT windows)
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/packaging/station/ DESTINATION usr/share/ostrel/station
         COMPONENT core)
 install(FILES ${CMAKE_SOURCE_DIR}/packaging/system/ostrel@.service
+              ${CMAKE_SOURCE_DIR}/packaging/system/ostrel-feed@.service
         DESTINATION usr/lib/systemd/system COMPONENT core)
 
 install(FILES ${CMAKE_SOURCE_DIR}/packaging/desktop/ostrel.desktop
@@ -53,7 +59,7 @@ function(ostrel_install_pages component)
                           ${component})
   endforeach()
 endfunction()
-ostrel_install_pages(core ostrel-headless.1 ostrel-monitor.1 ostrel-settings.1 ostrel-simulate.1
+ostrel_install_pages(core ostrel-feed.1 ostrel-headless.1 ostrel-monitor.1 ostrel-settings.1 ostrel-simulate.1
                      ostrel-status.1 ostrel-watch.1 ostrel-rules.5)
 ostrel_install_pages(windows ostrel.1)
 

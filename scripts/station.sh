@@ -32,9 +32,10 @@ make_station() {
 # really is.
 place_programs() {
   local program
-  for program in ostrel ostrel-monitor ostrel-settings ostrel-status; do
+  for program in ostrel ostrel-feed ostrel-ingest ostrel-monitor ostrel-settings ostrel-status; do
     ln -f "$bin/$program" "$1/$program" 2>/dev/null || cp -f "$bin/$program" "$1/$program"
   done
+  for program in Brask Tiltor; do ln -sf ostrel-feed "$1/$program"; done
 }
 
 # start_monitor STATION RECEIVED LOG: leaves its process id in `monitor` and the log open on

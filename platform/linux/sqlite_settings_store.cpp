@@ -1,13 +1,11 @@
 #include "platform/linux/sqlite_settings_store.h"
 
 #include <chrono>
-#include <fcntl.h>
 #include <sqlite3.h>
 #include <thread>
 
 #include "base/failure.h"
-#include "platform/linux/descriptor.h"
-#include "platform/linux/file_io.h"
+#include "platform/linux/sqlite_database.h"
 
 namespace ostrel {
 namespace {
@@ -30,72 +28,6 @@ constexpr const char* kList =
     "SELECT path, name, value, is_raw FROM setting WHERE root = ?1 AND (?2 = '' OR path = ?2 "
     "COLLATE NOCASE OR "
     "substr(path, 1, length(?2) + 1) = (?2 || '\\') COLLATE NOCASE) ORDER BY path, name";
-
-/// The library always asks to create its journal; see OpenOrMake for the folder where that fails.
-int OpenForLibrary(const char* path, int flags, int mode) {
-  const bool mayBePresent = (flags & (O_CREAT | O_EXCL)) == O_CREAT;
-  if (!mayBePresent) return open(path, flags, mode);
-  return OpenOrMake(path, flags & ~O_CREAT, static_cast<unsigned>(mode));
-}
-
-// The library would close the file of a new store to the station's group. The file is shut again
-// before the library opens it: shutting it later would end every lock that the library holds on it.
-void MakeForGroup(const std::string& path) {
-  const Descriptor made(OpenOrMake(path.c_str(), O_RDWR));
-}
-
-void UseOwnOpen() {
-  auto* const system = sqlite3_vfs_find(nullptr);
-  system->xSetSystemCall(system, "open", reinterpret_cast<sqlite3_syscall_ptr>(OpenForLibrary));
-}
-
-struct CloseDatabase {
-  void operator()(sqlite3* database) const { sqlite3_close(database); }
-};
-using Database = std::unique_ptr<sqlite3, CloseDatabase>;
-
-[[noreturn]] void StoreFails(sqlite3* database) {
-  throw Failure(failure_number::kDeviceError,
-                std::string("Settings store: ") + sqlite3_errmsg(database));
-}
-
-void Execute(sqlite3* database, const char* command) {
-  if (sqlite3_exec(database, command, nullptr, nullptr, nullptr) != SQLITE_OK) StoreFails(database);
-}
-
-/// One statement with its values; a query's rows come one by one.
-class Statement {
- public:
-  Statement(sqlite3* database, const char* text) : database_(database) {
-    if (sqlite3_prepare_v2(database, text, -1, &statement_, nullptr) != SQLITE_OK) {
-      StoreFails(database);
-    }
-  }
-  ~Statement() { sqlite3_finalize(statement_); }
-  Statement(const Statement&) = delete;
-  Statement& operator=(const Statement&) = delete;
-
-  void Bind(std::int64_t number) { sqlite3_bind_int64(statement_, ++bound_, number); }
-  void Bind(const std::string& text) {
-    sqlite3_bind_text(statement_, ++bound_, text.data(), static_cast<int>(text.size()),
-                      SQLITE_TRANSIENT);
-  }
-  bool Step() {
-    const int result = sqlite3_step(statement_);
-    if (result != SQLITE_ROW && result != SQLITE_DONE) StoreFails(database_);
-    return result == SQLITE_ROW;
-  }
-  std::string Text(int column) const {
-    const auto* const text = sqlite3_column_text(statement_, column);
-    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement_, column));
-    return text == nullptr ? std::string{} : std::string(reinterpret_cast<const char*>(text), size);
-  }
-
- private:
-  sqlite3* database_;
-  sqlite3_stmt* statement_ = nullptr;
-  int bound_ = 0;
-};
 
 /// The library's way of waiting while another process holds the store. `waited` sums up over all
 /// that is done with one opening, so that many keys do not wait many times. 0 ends the waiting.
@@ -120,25 +52,18 @@ std::string Cut(std::string value, int longest) {
 
 class SqliteSettingsStore : public SettingsStore {
  public:
-  explicit SqliteSettingsStore(const std::string& path) {
-    UseOwnOpen();
-    MakeForGroup(path);
-    sqlite3* opened = nullptr;
-    const int result = sqlite3_open(path.c_str(), &opened);
-    database_.reset(opened);
-    if (result != SQLITE_OK) StoreFails(opened);
-    sqlite3_busy_handler(opened, WaitForStore, &waited_);
-    // When another process is just doing the same, its doing suffices.
-    sqlite3_exec(opened, "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
-    Execute(opened, "PRAGMA synchronous = NORMAL");
-    Execute(opened, kSchema);
+  explicit SqliteSettingsStore(const std::string& path) : database_(path, "Settings store") {
+    sqlite3_busy_handler(database_.Get(), WaitForStore, &waited_);
+    database_.UseWriteAheadLog();
+    database_.Execute("PRAGMA synchronous = NORMAL");
+    database_.Execute(kSchema);
   }
 
   void SetRootKey(std::uint32_t root) override { root_ = root; }
 
   std::string ReadSetting(const std::string& keyPath, const std::string& name,
                           const std::string& fallback, int longest) override {
-    Statement read(database_.get(), kRead);
+    SqliteStatement read(database_, kRead);
     read.Bind(root_);
     read.Bind(keyPath);
     read.Bind(name);
@@ -156,7 +81,7 @@ class SqliteSettingsStore : public SettingsStore {
   }
 
   std::vector<StoredValue> List(const std::string& keyPath) override {
-    Statement list(database_.get(), kList);
+    SqliteStatement list(database_, kList);
     list.Bind(root_);
     list.Bind(keyPath);
     std::vector<StoredValue> values;
@@ -167,19 +92,14 @@ class SqliteSettingsStore : public SettingsStore {
   }
 
   void WriteAll(const std::vector<StoredValue>& values) override {
-    Execute(database_.get(), "BEGIN IMMEDIATE");
-    try {
+    database_.InTransaction([&] {
       for (const auto& value : values) Put(value);
-      Execute(database_.get(), "COMMIT");
-    } catch (const Failure&) {
-      sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
-      throw;
-    }
+    });
   }
 
  private:
   void Put(const StoredValue& value) {
-    Statement write(database_.get(), kWrite);
+    SqliteStatement write(database_, kWrite);
     write.Bind(root_);
     write.Bind(value.keyPath);
     write.Bind(value.name);
@@ -189,7 +109,7 @@ class SqliteSettingsStore : public SettingsStore {
   }
 
   std::chrono::steady_clock::duration waited_{};
-  Database database_;
+  SqliteDatabase database_;
   std::uint32_t root_ = kHkeyLocalMachine;
 };
 

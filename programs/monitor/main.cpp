@@ -10,10 +10,10 @@
 #include <string>
 #include <sys/signalfd.h>
 
-#include "programs/monitor/line.h"
 #include "programs/monitor/line_pacer.h"
 #include "programs/monitor/receiver.h"
 #include "receive/datagram_reader.h"
+#include "receive/line.h"
 
 namespace ostrel {
 namespace {

@@ -1,7 +1,8 @@
 #include <fmt/format.h>
+#include <map>
 #include <stdexcept>
-#include <toml++/toml.h>
 
+#include "config/toml_reading.h"
 #include "programs/status/alarms.h"
 
 namespace ostrel {
@@ -15,26 +16,6 @@ const std::map<std::string, AlarmKind> kKinds = {{"no arrivals", AlarmKind::kNoA
                                                  {"purged", AlarmKind::kPurged},
                                                  {"disk", AlarmKind::kDisk},
                                                  {"no answer", AlarmKind::kNoAnswer}};
-
-[[noreturn]] void Refuse(const toml::node& at, const std::string& why) {
-  throw std::runtime_error(fmt::format("line {}: {}", at.source().begin.line, why));
-}
-
-template <typename Value>
-Value Get(const toml::table& table, std::string_view key, Value fallback) {
-  const auto* const node = table.get(key);
-  if (node == nullptr) return fallback;
-  const auto value = node->value<Value>();
-  if (!value) Refuse(*node, fmt::format("\"{}\" is of the wrong kind.", key));
-  return *value;
-}
-
-void CheckKeys(const toml::table& table, const std::vector<std::string_view>& known) {
-  for (const auto& [key, node] : table) {
-    if (std::find(known.begin(), known.end(), key.str()) == known.end())
-      Refuse(node, fmt::format("\"{}\" means nothing here.", key.str()));
-  }
-}
 
 Alarm AlarmOf(const toml::table& table, const std::string& command) {
   CheckKeys(table, {"when", "name", "seconds", "priority", "megabytes", "command"});
@@ -56,25 +37,16 @@ Alarm AlarmOf(const toml::table& table, const std::string& command) {
 }  // namespace
 
 AlarmConfig ReadAlarms(const std::string& path) {
-  try {
-    const auto file = toml::parse_file(path);
+  return ReadTomlFile(path, [](const toml::table& file) {
     CheckKeys(file, {"interval", "command", "alarm"});
     AlarmConfig config{.interval = Get<double>(file, "interval", 10), .alarms = {}};
     if (config.interval < 1) Refuse(*file.get("interval"), "an interval is 1 s at least.");
     const auto command = Get<std::string>(file, "command", "");
-    const auto* const alarms = file["alarm"].as_array();
-    if (alarms == nullptr) throw std::runtime_error("there is no [[alarm]].");
-    for (const auto& node : *alarms) {
-      if (!node.is_table()) Refuse(node, "an alarm is a table, [[alarm]].");
-      config.alarms.push_back(AlarmOf(*node.as_table(), command));
-    }
+    for (const auto* const table : GetTables(file, "alarm"))
+      config.alarms.push_back(AlarmOf(*table, command));
+    if (config.alarms.empty()) throw std::runtime_error("there is no [[alarm]].");
     return config;
-  } catch (const toml::parse_error& error) {
-    throw std::runtime_error(
-        fmt::format("{}: line {}: {}.", path, error.source().begin.line, error.description()));
-  } catch (const std::runtime_error& error) {
-    throw std::runtime_error(fmt::format("{}: {}", path, error.what()));
-  }
+  });
 }
 
 }  // namespace ostrel

@@ -4,10 +4,10 @@
 #include <memory>
 #include <mosquitto.h>
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <stdexcept>
 #include <thread>
 
+#include "broker/broker_address.h"
 #include "client/station_client.h"
 #include "programs/status/reports.h"
 
@@ -20,23 +20,6 @@ constexpr int kKeepAlive = 15;  // seconds; the broker gives up after one and a 
 constexpr int kQualityOfService = 1;
 constexpr unsigned kShortestWait = 1, kLongestWait = 60;  // seconds between two tries
 constexpr const char* kGone = R"({"state":"gone"})";
-
-struct Address {
-  std::string user, password, host, topic;
-  int port = 1883;
-};
-
-Address AddressOf(const std::string& text) {
-  static const std::regex form(
-      "mqtt://(?:([^:@/]+)(?::([^@/]*))?@)?([^:/]+)(?::([0-9]{1,5}))?/(.+)");
-  std::smatch part;
-  if (!std::regex_match(text, part, form) || part[5].str().find_first_of("#+") != std::string::npos)
-    throw std::runtime_error(
-        fmt::format("\"{}\" is no mqtt://[USER:PASSWORD@]HOST[:PORT]/TOPIC.", text));
-  Address address{part[1], part[2], part[3], part[5]};
-  if (part[4].matched) address.port = std::stoi(part[4]);
-  return address;
-}
 
 void Check(int result) {
   if (result != MOSQ_ERR_SUCCESS) throw std::runtime_error(mosquitto_strerror(result));
@@ -52,7 +35,7 @@ void Send(const Client& client, const std::string& topic, const std::string& tex
 }  // namespace
 
 void Publish(const std::string& folder, const std::string& text) {
-  const auto address = AddressOf(text);
+  const auto address = ParseBrokerAddress(text);
   mosquitto_lib_init();
   const Client client(mosquitto_new(nullptr, true, nullptr), mosquitto_destroy);
   const std::string gone = kGone;

@@ -1,4 +1,4 @@
-#include "programs/monitor/line.h"
+#include "receive/line.h"
 
 #include <array>
 #include <cerrno>

@@ -1,4 +1,4 @@
-// The line the monitor listens to: a pseudo-terminal that it makes and links, or a device or a
+// The line that a receiver listens to: a pseudo-terminal that it makes and links, or a device or a
 // recorded file that is there already.
 #pragma once
 

@@ -1,0 +1,15 @@
+// What tells one content from another.
+#pragma once
+
+#include <QCryptographicHash>
+#include <string>
+
+namespace ostrel {
+
+/// SHA-256 of `content` (FIPS 180-4), in lower-case hexadecimal.
+inline std::string HashOf(const std::string& content) {
+  const auto bytes = QByteArrayView(content.data(), static_cast<qsizetype>(content.size()));
+  return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex().toStdString();
+}
+
+}  // namespace ostrel

@@ -1,0 +1,204 @@
+#include "feed/feed_config.h"
+
+#include <set>
+
+#include "base/names.h"
+#include "config/toml_reading.h"
+
+namespace ostrel {
+namespace {
+
+using Afterwards = FolderSettings::Afterwards;
+using std::chrono::seconds;
+
+constexpr int kDay = 86'400, kYear = 366 * kDay;  // seconds
+constexpr int kLargestPort = 65'535;
+
+class Reader {
+ public:
+  explicit Reader(const std::string& station) : station_(station) {}
+
+  FeedConfig Read(const toml::table& file) const {
+    CheckKeys(file, {"deliver", "unknown", "repeats", "quiet", "name", "folder", "serial", "udp",
+                     "tcp", "broker", "publish"});
+    FeedConfig config;
+    if (file.contains("deliver")) config.deliverTo = Path(file, "deliver", "");
+    config.unknownFolder = Path(file, "unknown", FeedFolder(station_) + "/unknown");
+    config.repeats = seconds(GetNumber(file, "repeats", 600, 0, kYear));
+    config.quiet = seconds(GetNumber(file, "quiet", 1200, 1, kYear));
+    for (const auto* const table : GetTables(file, "name")) config.names.push_back(Name(*table));
+    const NameRules valid(config.names);
+    AddSources(file, config);
+    if (const auto* const publish = file.get("publish")) config.publish = Publish(*publish);
+    return config;
+  }
+
+ private:
+  void AddSources(const toml::table& file, FeedConfig& config) const {
+    const auto add = [&](std::string_view key, auto&& read) {
+      for (const auto* const table : GetTables(file, key)) config.sources.push_back(read(*table));
+    };
+    add("folder", [&](const toml::table& table) { return Folder(table); });
+    add("serial", [&](const toml::table& table) { return Serial(table); });
+    add("udp", [&](const toml::table& table) { return Udp(table); });
+    add("tcp", [&](const toml::table& table) { return Tcp(table); });
+    add("broker", [&](const toml::table& table) { return Broker(table); });
+    std::set<std::string> names;
+    for (const auto& source : config.sources) {
+      if (!names.insert(NameOfSource(source)).second)
+        throw std::runtime_error(fmt::format("\"{}\" is there twice.", NameOfSource(source)));
+    }
+  }
+
+  std::string InStation(const std::string& path) const {
+    return path.empty() || path.starts_with('/') ? path : JoinPath(station_, path);
+  }
+  std::string Path(const toml::table& table, std::string_view key, const std::string& other) const {
+    auto path = InStation(Get<std::string>(table, key, other));
+    while (path.size() > 1 && path.ends_with('/')) path.pop_back();
+    return path;
+  }
+  static std::string Needed(const toml::table& table, std::string_view key) {
+    auto text = Get<std::string>(table, key, "");
+    if (text.empty()) Refuse(table, fmt::format("\"{}\" is missing.", key));
+    return text;
+  }
+
+  static NameRule Name(const toml::table& table) {
+    CheckKeys(table, {"pattern", "name"});
+    NameRule rule{.pattern = Needed(table, "pattern"), .name = Needed(table, "name")};
+    try {
+      const NameRules valid({rule});
+    } catch (const std::runtime_error& error) {
+      Refuse(table, error.what());
+    }
+    return rule;
+  }
+
+  FolderSettings Folder(const toml::table& table) const {
+    CheckKeys(table, {"paths", "at_start", "afterwards", "move_to", "pass_over", "unpack"});
+    FolderSettings folder{.passedOver = GetTexts(table, "pass_over", {"*.tmp", "*.part"}),
+                          .unpacks = Get<bool>(table, "unpack", false)};
+    for (const auto& path : GetTexts(table, "paths")) folder.paths.push_back(InStation(path));
+    if (folder.paths.empty()) Refuse(table, "\"paths\" is missing.");
+    const auto start = Get<std::string>(table, "at_start", "take");
+    if (start != "take" && start != "leave") Refuse(table, R"("at_start" is "take" or "leave".)");
+    folder.takesOldFiles = start == "take";
+    folder.moveTo = Path(table, "move_to", "");
+    folder.afterwards = AfterwardsOf(table);
+    if ((folder.afterwards == Afterwards::kMove) == folder.moveTo.empty())
+      Refuse(table, R"("move_to" goes with "afterwards" = "move".)");
+    return folder;
+  }
+  static Afterwards AfterwardsOf(const toml::table& table) {
+    const auto text = Get<std::string>(table, "afterwards", "leave");
+    if (text == "leave") return Afterwards::kLeave;
+    if (text == "move") return Afterwards::kMove;
+    if (text == "delete") return Afterwards::kDelete;
+    Refuse(table, R"("afterwards" is "leave", "move" or "delete".)");
+  }
+
+  static SerialSettings Serial(const toml::table& table) {
+    CheckKeys(table, {"device", "baud"});
+    return {.device = Needed(table, "device"),
+            .baud = GetNumber(table, "baud", 9600, 300, 115'200)};
+  }
+  static UdpSettings Udp(const toml::table& table) {
+    CheckKeys(table, {"port"});
+    return {.port = GetNumber(table, "port", 0, 1, kLargestPort)};
+  }
+  static TcpSettings Tcp(const toml::table& table) {
+    CheckKeys(table, {"host", "port", "silence"});
+    return {.host = Needed(table, "host"),
+            .port = GetNumber(table, "port", 0, 1, kLargestPort),
+            .silence = seconds(GetNumber(table, "silence", 120, 0, kDay))};
+  }
+  static BrokerAddress Address(const toml::table& table) {
+    try {
+      return ParseBrokerAddress(Needed(table, "url"));
+    } catch (const std::runtime_error& error) {
+      Refuse(table, error.what());
+    }
+  }
+  static BrokerSettings Broker(const toml::table& table) {
+    CheckKeys(table, {"url", "session"});
+    return {.address = Address(table), .session = Needed(table, "session")};
+  }
+  static BrokerAddress Publish(const toml::node& node) {
+    if (!node.is_table()) Refuse(node, "this is written [publish].");
+    CheckKeys(*node.as_table(), {"url"});
+    return Address(*node.as_table());
+  }
+
+  const std::string& station_;
+};
+
+std::string Spell(const BrokerAddress& address) {
+  return fmt::format("{}:{}, topic {}", address.host, address.port, address.topic);
+}
+
+struct SourceNames {
+  std::string operator()(const FolderSettings& folder) const {
+    return fmt::format("folder {}", fmt::join(folder.paths, ", "));
+  }
+  std::string operator()(const SerialSettings& serial) const { return "serial " + serial.device; }
+  std::string operator()(const UdpSettings& udp) const {
+    return fmt::format("udp port {}", udp.port);
+  }
+  std::string operator()(const TcpSettings& tcp) const {
+    return fmt::format("tcp {}:{}", tcp.host, tcp.port);
+  }
+  std::string operator()(const BrokerSettings& broker) const {
+    return "broker " + Spell(broker.address);
+  }
+};
+
+std::string Details(const FolderSettings& folder) {
+  const auto after = folder.afterwards == Afterwards::kLeave    ? std::string("stay")
+                     : folder.afterwards == Afterwards::kDelete ? "are deleted"
+                                                                : "go to " + folder.moveTo;
+  return fmt::format(
+      "    Files that are there at the start are {}. Taken files {}.\n"
+      "    Passed over: {}. Zip archives are {}.\n",
+      folder.takesOldFiles ? "taken, if they were not before" : "left", after,
+      folder.passedOver.empty()
+          ? "hidden files"
+          : fmt::format("hidden files, {}", fmt::join(folder.passedOver, ", ")),
+      folder.unpacks ? "unpacked" : "taken as they are");
+}
+
+}  // namespace
+
+FeedConfig ReadFeedConfig(const std::string& path, const std::string& station) {
+  return ReadTomlFile(path, [&](const toml::table& file) { return Reader(station).Read(file); });
+}
+
+std::string FeedFolder(const std::string& station) {
+  return JoinPath(station, "KvData/Feed");
+}
+
+std::string NameOfSource(const SourceSettings& settings) {
+  return std::visit(SourceNames{}, settings);
+}
+
+std::string Explain(const FeedConfig& config) {
+  std::string text = config.sources.empty() ? "No source is set.\n" : "Sources:\n";
+  for (const auto& source : config.sources) {
+    text += fmt::format("  {}\n", NameOfSource(source));
+    if (const auto* const folder = std::get_if<FolderSettings>(&source)) text += Details(*folder);
+    if (const auto* const broker = std::get_if<BrokerSettings>(&source))
+      text += fmt::format("    What comes while this is away is kept for {}.\n", broker->session);
+  }
+  text += config.deliverTo && config.deliverTo->empty() ? "Nothing is delivered to a station.\n"
+          : config.deliverTo ? fmt::format("Products go to {}.\n", *config.deliverTo)
+                             : "Products go to the station's ingest folder.\n";
+  text += fmt::format("The same product again within {} s is dropped.\n", config.repeats.count());
+  for (const auto& rule : config.names)
+    text += fmt::format("A name like {} becomes {}.\n", rule.pattern, rule.name);
+  text += fmt::format("What has no short name goes to {}.\n", config.unknownFolder);
+  if (config.publish)
+    text += fmt::format("Products are published at {}.\n", Spell(*config.publish));
+  return text;
+}
+
+}  // namespace ostrel

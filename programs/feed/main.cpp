@@ -1,0 +1,79 @@
+// ostrel-feed: from what a station can receive to its ingest folder, without a window. Under the
+// names of the companion programs, which the station starts, it is the serial source or all others;
+// where there is a display and the program with the window, that one goes on instead.
+#include <CLI/CLI.hpp>
+#include <QCoreApplication>
+#include <cstdlib>
+#include <filesystem>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include "base/names.h"
+#include "base/text.h"
+#include "feed/companion.h"
+#include "feed/feed.h"
+#include "platform/linux/program_folder.h"
+#include "platform/linux/sharing.h"
+#include "platform/linux/standard_streams.h"
+
+namespace {
+
+using namespace ostrel;
+
+struct Options {
+  std::string station = ProgramFolder();
+  bool check = false;
+  std::vector<std::string> names;
+};
+
+/// Explains the configuration, or says what is wrong with it; tells what becomes of `names`.
+void Check(const Options& options) {
+  const auto config = ReadFeedConfig(FeedConfigPath(options.station), options.station);
+  if (options.names.empty()) return fmt::print("{}", Explain(config));
+  const NameRules rules(config.names);
+  for (const auto& name : options.names) {
+    const auto known = rules.NameOf(name);
+    fmt::print(
+        "{} {}\n", Printable(name),
+        known ? fmt::format("becomes {}{}", known->name,
+                            known->urgency > 0 ? fmt::format(", urgency {}", known->urgency) : "")
+              : "is unknown");
+  }
+}
+
+int Run(const Options& options, SourceKinds kinds, int count, char* arguments[]) {
+  QCoreApplication application(count, arguments);
+  ShareWithGroupOf(options.station);
+  Feed feed(options.station, kinds, true);
+  feed.Start();
+  QCoreApplication::exec();
+  // What must not be lost is on the disk; a try to reach a broker is not waited for.
+  std::_Exit(EXIT_SUCCESS);
+}
+
+}  // namespace
+
+int main(int count, char* arguments[]) {
+  FillStandardStreams();
+  const std::string called(FileNameOf(arguments[0]));
+  const auto kinds = KindsOf(called);
+  if (kinds != SourceKinds::kAll) ShowWindowInstead(called, arguments);
+  Options options;
+  CLI::App app("Brings products from receivers, other stations and brokers to a station.");
+  app.add_option("--station", options.station, "The station's folder")->capture_default_str();
+  auto* const check =
+      app.add_flag("--check", options.check, "Explains Feed.toml, or says what is wrong in it");
+  app.add_option("--name", options.names, "With --check: what becomes of this name")->needs(check);
+  std::string start;  // "KvStart", which the station gives to its companion programs
+  if (kinds != SourceKinds::kAll)
+    app.add_option("START", start)->check(CLI::IsMember({kStartWord}));
+  CLI11_PARSE(app, count, arguments);
+  try {
+    if (!options.check) return Run(options, kinds, count, arguments);
+    Check(options);
+    return EXIT_SUCCESS;
+  } catch (const std::exception& error) {
+    fmt::print(stderr, "{}: {}\n", called, error.what());
+    return EXIT_FAILURE;
+  }
+}

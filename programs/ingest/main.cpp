@@ -1,0 +1,38 @@
+// ostrel-ingest: a companion program with its window. It is called by the companion's name.
+#include <QApplication>
+#include <QMessageBox>
+#include <cstdlib>
+#include <sys/prctl.h>
+
+#include "base/names.h"
+#include "feed/companion.h"
+#include "feed/feed.h"
+#include "platform/linux/program_folder.h"
+#include "platform/linux/sharing.h"
+#include "platform/linux/standard_streams.h"
+#include "programs/ingest/feed_window.h"
+
+int main(int count, char* arguments[]) {
+  using namespace ostrel;
+  FillStandardStreams();
+  std::string title(FileNameOf(arguments[0]));
+  if (KindsOf(title) == SourceKinds::kAll) title = kOtherCompanion;
+  prctl(PR_SET_NAME, title.c_str());  // the station looks for a process of that name, too
+  QApplication application(count, arguments);
+  const auto station = ProgramFolder();
+  ShareWithGroupOf(station);
+  FeedWindow window(QString::fromStdString(title));
+  window.show();
+  try {
+    Feed feed(station, KindsOf(title), false);
+    feed.Start();
+    window.Follow(feed);
+    QApplication::exec();
+  } catch (const std::exception& error) {
+    window.ShowFailure(QString::fromUtf8(error.what()));
+    QApplication::exec();
+    return EXIT_FAILURE;
+  }
+  // What must not be lost is on the disk; a try to reach a broker is not waited for.
+  std::_Exit(EXIT_SUCCESS);
+}
