@@ -12,6 +12,7 @@ using Afterwards = FolderSettings::Afterwards;
 using std::chrono::seconds;
 
 constexpr int kDay = 86'400, kYear = 366 * kDay;  // seconds
+constexpr std::size_t kLongestPattern = 200;
 constexpr int kLargestPort = 65'535;
 
 class Reader {
@@ -67,6 +68,7 @@ class Reader {
   static NameRule Name(const toml::table& table) {
     CheckKeys(table, {"pattern", "name"});
     NameRule rule{.pattern = Needed(table, "pattern"), .name = Needed(table, "name")};
+    if (rule.pattern.size() > kLongestPattern) Refuse(table, "the pattern is too long.");
     try {
       const NameRules valid({rule});
     } catch (const std::runtime_error& error) {

@@ -50,12 +50,12 @@ Placement WriteHidden(const std::string& folder, const std::string& name,
     path = JoinPath(folder, fmt::format("{}{}-{}{}", kPrefix, getpid(), ++count, kSuffix));
     file = Descriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
   } while (!file && errno == EEXIST);
-  if (!file) ThrowFileFailure(errno, path);
+  if (!file) ThrowFileFailure(errno, folder);  // the hidden name says nothing to anybody
   int error = WriteFully(file.Get(), content);
   if (error == 0 && fdatasync(file.Get()) != 0) error = errno;
   if (error != 0) {
     unlink(path.c_str());
-    ThrowFileFailure(error, path);
+    ThrowFileFailure(error, folder);
   }
   return {.hidden = path, .path = JoinPath(folder, name)};
 }

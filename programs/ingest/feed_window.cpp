@@ -27,6 +27,8 @@ QTableWidget* MakeTable(QWidget* parent, const QString& name, const QStringList&
   table->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
   table->horizontalHeader()->setStretchLastSection(true);
   table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  table->setFocusPolicy(Qt::NoFocus);
+  table->setFocusPolicy(Qt::NoFocus);
   table->setSelectionMode(QAbstractItemView::NoSelection);
   table->setShowGrid(false);
   return table;
@@ -45,9 +47,9 @@ QString Spell(FeedOutcome outcome) {
     case FeedOutcome::kDelivered:
       return "delivered";
     case FeedOutcome::kRepeat:
-      return "came before, dropped";
+      return "came before";
     case FeedOutcome::kUnknown:
-      return "unknown name, kept apart";
+      return "unknown name, kept";
   }
   return {};
 }
@@ -57,7 +59,7 @@ QString Spell(FeedOutcome outcome) {
 FeedWindow::FeedWindow(const QString& title)
     : trouble_(new QLabel(this)),
       sources_(MakeTable(this, "sources", {"Source", "Products", "State"})),
-      products_(MakeTable(this, "products", {"Last products", "Time", "Source", "Became"})),
+      products_(MakeTable(this, "products", {"Last products", "Time", "Became", "Source"})),
       counts_(new QLabel(this)) {
   setWindowTitle(title);
   resize(kSize);
@@ -126,8 +128,8 @@ void FeedWindow::ShowProducts(const FeedFigures& figures) {
   for (const auto& product : figures.last) {
     const auto at = QDateTime::fromSecsSinceEpoch(std::chrono::system_clock::to_time_t(product.at));
     SetRow(products_, row++,
-           {QString::fromStdString(product.name), at.toString("hh:mm:ss"),
-            QString::fromStdString(product.source), Spell(product.outcome)});
+           {QString::fromStdString(product.name), at.toString("hh:mm:ss"), Spell(product.outcome),
+            QString::fromStdString(product.source)});
   }
 }
 
