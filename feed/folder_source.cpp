@@ -141,8 +141,12 @@ bool FolderSource::Look(const std::string& path) {
 bool FolderSource::IsNew(const std::string& path, Seen& seen) {
   const auto state = StateAt(path);
   if (!state) return false;
-  if (seen.state == *state) return !seen.isDone;
+  if (seen.state == *state) {
+    if (seen.isDone) PutAway(path, seen);  // the same once more, or what could not be put away
+    return !seen.isDone;
+  }
   seen.state = *state;
+  seen.isTold = false;
   seen.since = steady_clock::now();
   const Mark mark{.key = path, .state = *state};
   seen.isDone = delivery_.IsTaken(mark);
@@ -208,7 +212,7 @@ bool FolderSource::TakeArchive(const std::string& path, const Seen& seen) {
   return true;
 }
 
-void FolderSource::PutAway(const std::string& path, const Seen& seen) {
+void FolderSource::PutAway(const std::string& path, Seen& seen) {
   if (settings_.afterwards == Afterwards::kLeave || StateAt(path) != seen.state) return;
   try {
     if (settings_.afterwards == Afterwards::kMove) {
@@ -217,7 +221,8 @@ void FolderSource::PutAway(const std::string& path, const Seen& seen) {
     }
     if (unlink(path.c_str()) != 0) ThrowFileFailure(errno, path);
   } catch (const Failure& failure) {
-    book_.Log(fmt::format("{} was taken and stays where it is: {}", path, failure.text()));
+    if (!std::exchange(seen.isTold, true))
+      book_.Log(fmt::format("{} was taken and stays where it is: {}", path, failure.text()));
   }
 }
 

@@ -33,7 +33,7 @@ class FolderSource : public Source {
     Time since = {};
     bool isClosed = false;  // its writer told
     bool isDone = false;
-    bool isTold = false;  // that it cannot be read
+    bool isTold = false;  // that it cannot be read, or put away
     unsigned long long scan = 0;
   };
 
@@ -48,7 +48,7 @@ class FolderSource : public Source {
   std::optional<std::string> ReadUnchanged(const std::string& path, Seen& seen);
   void TakeContent(const std::string& path, const std::string& content, const Seen& seen);
   bool TakeArchive(const std::string& path, const Seen& seen);
-  void PutAway(const std::string& path, const Seen& seen);
+  void PutAway(const std::string& path, Seen& seen);
 
   FolderSettings settings_;
   Archives& archives_;

@@ -120,9 +120,12 @@ TEST_F(SourcesTest, FilesGoWhereTheOperatorWantsThemOnceTheyAreTaken) {
   Write("LATER.TXT", "later");
   EXPECT_TRUE(Until([&] { return !book_.Figures().trouble.empty(); }));
   EXPECT_EQ(In("tree"), Names{"LATER.TXT=later"}) << "it is not lost";
+  fs::create_hard_link(folder_ / "tree/LATER.TXT", folder_ / "kept");
   fs::rename(folder_ / "gone", folder_ / "in");
   EXPECT_TRUE(Until([&] { return In("tree").empty(); }));
   EXPECT_EQ(In("in"), (Names{"NEW.TXT=new", "LATER.TXT=later"}));
+  fs::rename(folder_ / "kept", folder_ / "tree/LATER.TXT");
+  EXPECT_TRUE(Until([&] { return In("tree").empty(); })) << "the very same file once more";
 }
 
 TEST_F(SourcesTest, MembersOfArchivesAreProducts) {
