@@ -111,7 +111,6 @@ void Transmitter::ManualKeying::Key(bool on) {
   transmitter_.parts_.port.SetKeyLine2(on);
 }
 
-/// What both windows say of a port that is not on the air, or only one that it is.
 std::string Transmitter::PortText() const {
   const auto& number = parts_.setup.lblOutPort.Get();
   switch (state_) {

@@ -56,6 +56,8 @@ class Transmitter : public Output {
   State state() const { return state_; }
   /// The port is open and the transmitter was keyed. The device may be gone for now.
   bool portReady() const { return state_ == State::kOpen || state_ == State::kVanished; }
+  /// What both windows say of a port that is not on the air, or only one that it is.
+  std::string PortText() const;
   /// Shows in lblDataRate how the port stands, or the rate at which it transmits.
   void ShowDataRate() { parts_.mainFields.lblDataRate.Set(DataRateText()); }
   /// Shows there that there is no port, however that came.
@@ -111,7 +113,6 @@ class Transmitter : public Output {
   bool HasEmptyField() const;
   void OpenAndKey();
   std::string PortSettings() const;
-  std::string PortText() const;
   std::string DataRateText() const;
   void SetState(State state);
   void ShowState(State state);

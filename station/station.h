@@ -35,6 +35,7 @@
 #include "station/lifecycle.h"
 #include "station/program_log.h"
 #include "station/settings_io.h"
+#include "station/standstill.h"
 
 namespace ostrel {
 
@@ -59,6 +60,8 @@ class Station {
   Reporting& reporting() { return log_; }
   /// How the station stands at this moment, from memory.
   Figures figures() { return FiguresOf({clock_, transmitter_, queue_, setup_, status_}); }
+  /// What keeps it off the air until somebody helps; empty while there is nothing.
+  std::string standstill() const { return Standstill(transmitter_, values_, status_); }
 
  private:
   void HangRulesOnFields();

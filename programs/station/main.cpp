@@ -1,14 +1,17 @@
 // The windowed program: the real machine, the station built out of it, and the windows that show
 // it.
 #include <QApplication>
+#include <QTimer>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <fmt/format.h>
 
+#include "base/about.h"
 #include "platform/linux/program_folder.h"
 #include "platform/linux/sharing.h"
 #include "platform/linux/standard_streams.h"
+#include "platform/x11/desktop_notices.h"
 #include "platform/x11/linux_desktop.h"
 #include "platform/x11/x_windows.h"
 #include "programs/real_machine.h"
@@ -53,6 +56,31 @@ struct ToolkitArguments {
   int count;
 };
 
+/// Tells an operator whose windows are out of sight what keeps the station off the air: once when
+/// it begins, or becomes something else. Looked for between the ticks, so that a port that is just
+/// being reopened is no news.
+class StandstillNotices {
+ public:
+  explicit StandstillNotices(const Station& station) : station_(station) {
+    QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { Look(); });
+    timer_.start(kInterval);
+  }
+
+ private:
+  static constexpr seconds kInterval{1};
+
+  void Look() {
+    const auto standstill = station_.standstill();
+    if (standstill == std::exchange(told_, standstill) || standstill.empty()) return;
+    notices_.Show(kMainCaption, QString::fromStdString(standstill));
+  }
+
+  const Station& station_;
+  DesktopNotices notices_;
+  QTimer timer_;
+  std::string told_;
+};
+
 }  // namespace
 
 int main(int /*count*/, char* arguments[]) {
@@ -77,6 +105,8 @@ int main(int /*count*/, char* arguments[]) {
   machine.dialogs.Attach(mainWindow, *setup, station.setup(), station.actions());
   const bool isSeen = QGuiApplication::platformName() != QLatin1String("offscreen");
   if (!isSeen) machine.dialogs.GoWithoutDisplay();
+  std::optional<StandstillNotices> notices;
+  if (isSeen) notices.emplace(station);
 
   return RunStation(machine, station, isSeen, &QApplication::exec);
 }

@@ -47,6 +47,8 @@ TEST(PortOpening, IsToldInBothWindowsAndNothingMovesWithoutAPort) {
     EXPECT_EQ(station.window().lblDataRate.Get() == text, !line.IsOpen()) << text;
     const auto ground = line.IsOpen() ? Shade::kNone : Shade::kRed;
     EXPECT_EQ(station.window().lblDataRateBackColor.Get(), ground) << text;
+    EXPECT_EQ(station.station->standstill(),
+              line.IsOpen() ? "" : text + " Nothing goes on the air.");
   };
   expectTold("Unable to open Com Port # 1.");
   EXPECT_EQ(station.Messages("Port"), Lines{});
@@ -137,10 +139,13 @@ TEST(PortOpening, AVanishedDeviceIsToldInBothWindowsUntilItIsBack) {
     EXPECT_EQ(station.setup().lblCommMesg.Get(), message);
     EXPECT_EQ(window.lblDataRateBackColor.Get(), ground);
     EXPECT_EQ(flickers > 0, ground == Shade::kNone);
+    EXPECT_EQ(station.station->standstill().empty(), ground == Shade::kNone);
   };
   expectTold("Com Port # 1 has vanished.", "Com Port # 1 has vanished.", Shade::kRed);
   station.machine.line.SetPresent(true);
   expectTold("Transmitting 1200 BPS", "Com Port # 1 opened for transmit.", Shade::kNone);
+  station.station->values().SetIngestPath("");
+  EXPECT_TRUE(station.station->standstill().starts_with("The ingest path is empty."));
 }
 
 }  // namespace

@@ -1,0 +1,16 @@
+// What keeps a station off the air until somebody helps, for who tells the operator at a desktop.
+#pragma once
+
+#include <string>
+
+#include "radio/transmitter.h"
+#include "state/program_values.h"
+#include "state/transmit_status.h"
+
+namespace ostrel {
+
+/// In the operator's words; empty while there is nothing, and before start-up has begun.
+std::string Standstill(const Transmitter& transmitter, const ProgramValues& values,
+                       const TransmitStatus& status);
+
+}  // namespace ostrel
