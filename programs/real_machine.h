@@ -20,6 +20,7 @@
 #include "platform/qt/qt_local_socket.h"
 #include "platform/qt/qt_timer.h"
 #include "platform/qt/udp_channel.h"
+#include "profile/station_profile.h"
 #include "seam/seam.h"
 #include "station/station.h"
 
@@ -77,6 +78,15 @@ class StopNotifier {
   QSocketNotifier notifier_;
 };
 
+/// A start may come upon a station half made of a text: the power failed while it was applied.
+template <typename Machine>
+void FinishApplying(Machine& machine, Station& station) {
+  RunStep(station.reporting(), "Settings", [&] {
+    if (machine.instance.TryLock())
+      StationProfile(machine.files, machine.stores, machine.folder).Finish();
+  });
+}
+
 /// Runs `station` on `machine` from start to end, open to programs beside it. `loop` is the
 /// application's; where nobody sees a window, a start that failed ends at once. Returns the
 /// program's exit status.
@@ -84,6 +94,7 @@ template <typename Machine>
 int RunStation(Machine& machine, Station& station, bool isSeen, int (*loop)()) {
   const StopNotifier stopNotifier(machine.stop, station);
   std::optional<Seam> seam;
+  FinishApplying(machine, station);
   const bool started = station.Start();
   if (started) {
     // Not before: what stopped the start is in the log, and a second instance leaves no line there.

@@ -39,8 +39,10 @@ std::string PriorityText(const std::string& text) {
   return fmt::format("{}", std::clamp(LeadingInteger(text), 1, kPriorityCount));
 }
 
-SettingRow Row(std::string key, Section section, Field<std::string>& field, std::string fallback) {
+SettingRow Row(std::string key, std::string meaning, Section section, Field<std::string>& field,
+               std::string fallback) {
   return {std::move(key),
+          std::move(meaning),
           section,
           std::move(fallback),
           Reader::kFields,
@@ -48,13 +50,14 @@ SettingRow Row(std::string key, Section section, Field<std::string>& field, std:
           [&field] { return field.Get(); }};
 }
 
-SettingRow Row(std::string key, Section section, Field<std::string>& field) {
-  return Row(std::move(key), section, field, field.initial());
+SettingRow Row(std::string key, std::string meaning, Section section, Field<std::string>& field) {
+  return Row(std::move(key), std::move(meaning), section, field, field.initial());
 }
 
-SettingRow Row(std::string key, Section section, Field<Check>& box,
+SettingRow Row(std::string key, std::string meaning, Section section, Field<Check>& box,
                Check fallback = Check::kUnchecked, Reader reader = Reader::kFields) {
   return {std::move(key),
+          std::move(meaning),
           section,
           StateOf(fallback),
           reader,
@@ -87,37 +90,43 @@ std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& value
   constexpr auto kShared = Section::kShared;
   const auto& folder = values.programFolder;
   std::vector<SettingRow> rows = {
-      {"IngestPath", kOwn, folder + "/KvData/RxFiles", Reader::kStart,
+      {"IngestPath", "Where received files are taken from. Empty: nothing is sent.", kOwn,
+       folder + "/KvData/RxFiles", Reader::kStart,
        [&](const std::string& text) { values.SetIngestPath(text); },
        [&] { return setup.txtIngestPath.Get(); },
        [&](const std::string& text) { CheckIngestFolder(text, values.programFolder); }},
-      {"Engine", kOwn, "0", Reader::kStart,
-       [&](const std::string& text) { values.ingestEngine = EngineOf(text); },
+      {"Engine", "Ingest program to start along: 0 none, 1 Brask, 2 Tiltor.", kOwn, "0",
+       Reader::kStart, [&](const std::string& text) { values.ingestEngine = EngineOf(text); },
        [&] { return fmt::format("{}", values.ingestEngine); }},
-      Row("CWIDText", kOwn, setup.CWidenty),
-      Row("CWIDTime", kOwn, setup.IDTime),
-      Row("CWSpeed", kOwn, setup.CWSpeed),
-      Row("ComPort", kOwn, setup.lblOutPort),
-      Row("ComBaud", kOwn, setup.lblOutBaud),
-      Row("ComData", kOwn, setup.lblOutData),
-      Row("ComParity", kOwn, setup.lblOutParity),
-      Row("ComStopBit", kOwn, setup.lblOutStop),
-      Row("FillFile", kOwn, setup.Diddle, folder + "/FillFile.txt"),
-      Row("FillFilePriPath", kOwn, setup.NameAs, folder + "/KvData/RtPri10/FillFile.txt"),
-      Row("ShowErrors", kShared, setup.chkShowErrors, Check::kChecked),
+      Row("CWIDText", "What the Morse identification says.", kOwn, setup.CWidenty),
+      Row("CWIDTime", "Minutes between two identifications. 0: none by itself.", kOwn,
+          setup.IDTime),
+      Row("CWSpeed", "A dot lasts 5 x (33 - factor) ms.", kOwn, setup.CWSpeed),
+      Row("ComPort", "1 to 8: the link COM1 to COM8.", kOwn, setup.lblOutPort),
+      Row("ComBaud", "Bits a second.", kOwn, setup.lblOutBaud),
+      Row("ComData", "8 or 7.", kOwn, setup.lblOutData),
+      Row("ComParity", "N, O or E.", kOwn, setup.lblOutParity),
+      Row("ComStopBit", "1 or 2.", kOwn, setup.lblOutStop),
+      Row("FillFile", "Sent while nothing waits.", kOwn, setup.Diddle, folder + "/FillFile.txt"),
+      Row("FillFilePriPath", "Where the fill file is inserted; its name is the one that is sent.",
+          kOwn, setup.NameAs, folder + "/KvData/RtPri10/FillFile.txt"),
+      Row("ShowErrors", "1: errors open the error window.", kShared, setup.chkShowErrors,
+          Check::kChecked),
       // The first lines are written before there are fields: a daily log is daily for them too.
-      Row("LogDaily", kShared, setup.chkLogDaily, Check::kUnchecked, Reader::kStart),
-      Row("LogProgram", kOwn, setup.LogIt),
-      {"LogSize", kOwn, setup.txtLogSize.initial(), Reader::kStart,
+      Row("LogDaily", "1: the log is not cut by its size.", kShared, setup.chkLogDaily,
+          Check::kUnchecked, Reader::kStart),
+      Row("LogProgram", "1: each block that is sent has its line in the log.", kOwn, setup.LogIt),
+      {"LogSize", "Bytes; the log is cut there.", kOwn, setup.txtLogSize.initial(), Reader::kStart,
        [&](const std::string& text) { values.logSize = LeadingInteger(text); },
        [&] { return FormatPlain(LeadingNumber(setup.txtLogSize.Get())); }},
-      {"UnZipFiles", kOwn, "0", Reader::kStart,
+      {"UnZipFiles", "1: received archives are unpacked.", kOwn, "0", Reader::kStart,
        [&](const std::string& text) { values.unZipFiles = StrictBoolean(text); },
        [&] { return StateOf(setup.chkUnZipFiles.Get()); }},
-      {"PacketHost", kOwn, "False", Reader::kStart,
-       [&](const std::string& text) { values.packetHost = StrictBoolean(text); },
+      {"PacketHost", "True: each packet goes out as a datagram, too.", kOwn, "False",
+       Reader::kStart, [&](const std::string& text) { values.packetHost = StrictBoolean(text); },
        [&] { return StateOf(setup.chkPacketHost.Get()); }},
       {"UdpAddress",
+       "Where datagrams go, an IPv4 address.",
        kOwn,
        "127.255.255.255",
        Reader::kStart,
@@ -125,24 +134,34 @@ std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& value
        {},
        CheckDestinationAddress},
       {"UdpPort",
+       "1 to 65535.",
        kOwn,
        "9510",
        Reader::kStart,
        [&](const std::string& text) { values.udpPort = StrictInteger(text); },
        {},
        [](const std::string& text) { CheckDestinationPort(StrictInteger(text)); }},
-      Row("PurgeTime", kOwn, setup.txtPurgeTime),
-      Row("TxDelay", kOwn, setup.txtTxDelay),
-      Row("TxUpTime", kOwn, setup.totdown),
-      Row("TxDownTime", kOwn, setup.totup),
-      Row("CompressNbrFiles", kOwn, setup.CompFiles),
-      {"CompressBlockPri", kOwn, setup.BlockPriority.initial(), Reader::kFields,
+      Row("PurgeTime", "Hours after which a waiting file is deleted. 0: never.", kOwn,
+          setup.txtPurgeTime),
+      Row("TxDelay", "Milliseconds from the keying to the first byte.", kOwn, setup.txtTxDelay),
+      Row("TxUpTime", "Minutes of a transmit period. 0: no pauses.", kOwn, setup.totdown),
+      Row("TxDownTime", "Seconds of a pause.", kOwn, setup.totup),
+      Row("CompressNbrFiles", "Files that are compressed in one block, 0 to 100.", kOwn,
+          setup.CompFiles),
+      {"CompressBlockPri", "Priority of such a block, 1 to 10.", kOwn,
+       setup.BlockPriority.initial(), Reader::kFields,
        [&](const std::string& text) { setup.BlockPriority.Set(PriorityText(text)); },
        [&] { return setup.BlockPriority.Get(); }},
   };
   for (const Priority p : AllPriorities()) {
-    rows.push_back(Row(fmt::format("CompressPri{}", p.index()), kOwn, setup.chkSendComp[p]));
-    rows.push_back(Row(fmt::format("OverWrite{}", p.index()), kOwn, setup.chkOverWrite[p]));
+    rows.push_back(Row(fmt::format("CompressPri{}", p.index()),
+                       fmt::format("1: files of priority {} go out compressed.", p.number()), kOwn,
+                       setup.chkSendComp[p]));
+    rows.push_back(
+        Row(fmt::format("OverWrite{}", p.index()),
+            fmt::format("1: a newer file of priority {} takes the place of one that waits.",
+                        p.number()),
+            kOwn, setup.chkOverWrite[p]));
   }
   return rows;
 }

@@ -34,6 +34,7 @@ enum class Reader {
 
 struct SettingRow {
   std::string key;
+  std::string meaning;  // in a line, for whoever reads the settings as a text
   Section section;
   std::string fallback;
   Reader reader;

@@ -42,7 +42,7 @@ WindowState StateOf(const std::string& text) {
 std::vector<SettingRow> ScreenSettings() {
   std::vector<SettingRow> rows;
   const auto add = [&](const char* key, const char* fallback, auto read) {
-    rows.push_back({key, Section::kScreen, fallback, Reader::kStart, read, {}});
+    rows.push_back({key, "", Section::kScreen, fallback, Reader::kStart, read, {}});
   };
   for (const auto& value : kPlacementValues) add(value.key, "", LengthOf);
   add(kStateKey, "0", StateOf);

@@ -20,6 +20,14 @@ void ExportSettings(StationFolder& station, const std::string& file);
 /// station's log as well.
 void ImportSettings(StationFolder& station, const std::string& file);
 
+/// The station as one text, to standard output.
+void DumpStation(StationFolder& station);
+/// What Apply does with the text that it is given.
+enum class ApplyHow { kDo, kCheck };
+/// Makes the station that the text in `file` names, all of it or nothing, and prints each change;
+/// or prints what it would change. Refused while the station runs.
+void ApplyToStation(StationFolder& station, const std::string& file, ApplyHow how);
+
 /// The serial devices by their lasting names, and which of COM1 to COM8 each is.
 void ListPorts(StationFolder& station);
 /// Makes `device` the port `port` ("COM1" to "COM8").

@@ -49,6 +49,14 @@ int main(int argc, char** argv) {
       [&](auto& s) { ostrel::ImportSettings(s, file); })
       ->add_option("FILE", file)
       ->required();
+  add("dump", "The whole station as a text: settings, rules, schedule, ports, Morse table",
+      ostrel::DumpStation);
+  bool onlyCheck = false;
+  auto* apply = add("apply", "Make the station of such a text, or nothing of it", [&](auto& s) {
+    ostrel::ApplyToStation(s, file, onlyCheck ? ostrel::ApplyHow::kCheck : ostrel::ApplyHow::kDo);
+  });
+  apply->add_option("FILE", file)->required();
+  apply->add_flag("--check", onlyCheck, "Say what would change, and change nothing");
   add("ports", "The serial devices, and which are COM1 to COM8", ostrel::ListPorts);
   auto* connect = add("connect", "Make a serial device one of the ports COM1 to COM8",
                       [&](auto& s) { ostrel::ConnectPort(s, port, device); });

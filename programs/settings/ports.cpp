@@ -8,6 +8,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "profile/port_links.h"
 #include "programs/settings/commands.h"
 
 namespace ostrel {
@@ -17,11 +18,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kLastingNames = "/dev/serial/by-id";
-constexpr int kPortCount = 8;
-
-fs::path LinkOf(const StationFolder& station, int number) {
-  return fs::path(station.path()) / "ports" / fmt::format("COM{}", number);
-}
 
 /// The devices that a transmitter can hang on: by their lasting names where they have one, else the
 /// serial ports that are built in.
@@ -49,8 +45,8 @@ std::string PortsOf(const StationFolder& station, const fs::path& device) {
   std::error_code none;
   std::string ports;
   for (int number = 1; number <= kPortCount; ++number) {
-    const auto link = LinkOf(station, number);
-    if (fs::is_symlink(link, none) &&
+    const auto link = PortLink(station.path(), number);
+    if (!LinkedDevice(link).empty() &&
         fs::weakly_canonical(link, none) == fs::weakly_canonical(device, none))
       ports += fmt::format("{}COM{}", ports.empty() ? "" : " ", number);
   }
@@ -99,25 +95,20 @@ void ListPorts(StationFolder& station) {
   }
   fmt::print("Ports of this station\n");
   for (int number = 1; number <= kPortCount; ++number) {
-    const auto link = LinkOf(station, number);
-    if (!fs::is_symlink(link, none)) continue;
-    fmt::print("  COM{}  {}{}\n", number, fs::read_symlink(link, none).string(),
+    const auto link = PortLink(station.path(), number);
+    const auto device = LinkedDevice(link);
+    if (device.empty()) continue;
+    fmt::print("  COM{}  {}{}\n", number, device,
                fs::exists(link, none) ? "" : "  (not there now)");
   }
 }
 
 void ConnectPort(StationFolder& station, const std::string& port, const std::string& device) {
   const int number = PortNumber(port);
-  std::error_code none;
   if (!IsTerminal(device))
     throw Failure(failure_number::kDeviceUnavailable,
                   fmt::format("{} is no serial device. \"ports\" shows what is there.", device));
-  const auto link = LinkOf(station, number);
-  const auto fresh = link.parent_path() / ("." + link.filename().string());
-  fs::create_directories(link.parent_path());
-  fs::remove(fresh, none);
-  fs::create_symlink(fs::absolute(device), fresh);
-  fs::rename(fresh, link);
+  LinkDevice(PortLink(station.path(), number), fs::absolute(device).string());
   fmt::print("COM{} is now {}\n", number, device);
 }
 

@@ -11,8 +11,12 @@ StationFolder::StationFolder(const std::string& folder)
     throw Failure(failure_number::kPathNotFound, "There is no folder " + path_);
 }
 
-void StationFolder::WriteLog(std::string_view category, std::string_view message) {
-  files_.Append(LogPath(path_), LogLine(clock_.Now(), category, message));
+void StationFolder::Log(const std::string& text) {
+  try {
+    files_.Append(LogPath(path_), LogLine(clock_.Now(), "Settings", text));
+  } catch (const Failure& failure) {
+    fmt::print(stderr, "The log could not be written: {}\n", failure.text());
+  }
 }
 
 }  // namespace ostrel

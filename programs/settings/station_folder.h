@@ -1,10 +1,11 @@
 // A station as the settings tool finds it on disk: its folder, its store, its files.
 #pragma once
 
+#include <fmt/format.h>
 #include <memory>
 #include <string>
-#include <string_view>
 
+#include "base/reporting.h"
 #include "platform/linux/linux_clock.h"
 #include "platform/linux/linux_files.h"
 #include "platform/linux/sqlite_settings_store.h"
@@ -21,8 +22,21 @@ class StationFolder {
   Files& files() { return files_; }
   /// The settings store, its root key set.
   std::unique_ptr<SettingsStore> OpenStore() { return OpenAtRoot(stores_); }
-  /// One line in the station's log.
-  void WriteLog(std::string_view category, std::string_view message);
+  SettingsStores& stores() { return stores_; }
+  /// One line in the station's log. What was done is done, whether or not the log can be written.
+  void Log(const std::string& text);
+  /// Runs `step`. Its failure is logged, and thrown on, behind `refusal`.
+  template <typename Step>
+  void RunLogged(const std::string& refusal, Step&& step) {
+    try {
+      step();
+    } catch (const std::exception& error) {
+      const auto failure = AsFailure(error);
+      const auto text = fmt::format("{}: {}", refusal, failure.text());
+      Log(text);
+      throw Failure(failure.number(), text);
+    }
+  }
 
  private:
   std::string path_;

@@ -3,8 +3,8 @@
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "programs/settings/all_settings.h"
 #include "programs/settings/commands.h"
+#include "settings/all_settings.h"
 #include "settings/registry_text.h"
 #include "settings/settings_table.h"
 
@@ -44,27 +44,6 @@ std::string Decode(std::string_view file) {
   }
 }
 
-/// One line in the station's log. What was done is done, whether or not the log can be written.
-void Log(StationFolder& station, const std::string& text) {
-  try {
-    station.WriteLog("Settings", text);
-  } catch (const Failure& failure) {
-    fmt::print(stderr, "The log could not be written: {}\n", failure.text());
-  }
-}
-
-/// Runs `step`. Its failure is logged, and thrown on, behind `refusal`.
-template <typename Step>
-void RunLogged(StationFolder& station, const std::string& refusal, Step&& step) {
-  try {
-    step();
-  } catch (const Failure& failure) {
-    const auto text = fmt::format("{}: {}", refusal, failure.text());
-    Log(station, text);
-    throw Failure(failure.number(), text);
-  }
-}
-
 /// Stores the file's values, all or none.
 RegistryImport TakeFile(StationFolder& station, const std::string& file) {
   auto import = ParseRegistryText(Decode(station.files().ReadAll(file)));
@@ -78,7 +57,7 @@ RegistryImport TakeFile(StationFolder& station, const std::string& file) {
 
 void ExportSettings(StationFolder& station, const std::string& file) {
   std::vector<StoredValue> values;
-  RunLogged(station, fmt::format("Export to {} failed", file), [&] {
+  station.RunLogged(fmt::format("Export to {} failed", file), [&] {
     values = station.OpenStore()->List(kFamilyTree);
     station.files().WriteAll(
         file, std::string(kUtf16Mark) + Convert(FormatRegistryText(values), "UTF-8", "UTF-16LE"));
@@ -88,11 +67,11 @@ void ExportSettings(StationFolder& station, const std::string& file) {
 
 void ImportSettings(StationFolder& station, const std::string& file) {
   RegistryImport import;
-  RunLogged(station, fmt::format("Import of {} refused, nothing was changed", file),
-            [&] { import = TakeFile(station, file); });
+  station.RunLogged(fmt::format("Import of {} refused, nothing was changed", file),
+                    [&] { import = TakeFile(station, file); });
   for (const auto& leftOut : import.leftOut) {
     fmt::print(stderr, "Import left out {}\n", Printable(leftOut));
-    Log(station, "Import left out " + leftOut);
+    station.Log("Import left out " + leftOut);
   }
   fmt::print("{} values taken from {}\n", import.values.size(), file);
 }

@@ -1,8 +1,8 @@
 #include <fmt/format.h>
 
 #include "base/failure.h"
-#include "programs/settings/all_settings.h"
 #include "programs/settings/commands.h"
+#include "settings/all_settings.h"
 
 namespace ostrel {
 

@@ -1,4 +1,4 @@
-#include "programs/settings/all_settings.h"
+#include "settings/all_settings.h"
 
 #include <algorithm>
 #include <fmt/format.h>

@@ -1,0 +1,76 @@
+#include <algorithm>
+#include <fmt/format.h>
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "platform/linux/linux_instance_lock.h"
+#include "profile/station_profile.h"
+#include "programs/settings/commands.h"
+
+namespace ostrel {
+
+namespace {
+
+/// Nobody else changes the station while this lives.
+class StationAlone {
+ public:
+  explicit StationAlone(StationFolder& station) : lock_(station.path()) {
+    if (!lock_.TryLock())
+      throw Failure(failure_number::kPermissionDenied, "The station runs. Stop it first.");
+  }
+
+ private:
+  LinuxInstanceLock lock_;
+};
+
+void PrintLines(char sign, const std::vector<std::string>& lines,
+                const std::vector<std::string>& others) {
+  for (const auto& line : lines) {
+    if (std::find(others.begin(), others.end(), line) == others.end())
+      fmt::print("  {} {}\n", sign, Printable(line));
+  }
+}
+
+void Print(const ProfileChange& change) {
+  const auto& now = change.to.values;
+  const auto before = change.from ? change.from->values : std::vector<std::string>();
+  if (!change.to.isList)
+    return fmt::print("{}: \"{}\" becomes \"{}\"\n", change.to.Name(), Printable(before.front()),
+                      Printable(now.front()));
+  fmt::print("{}: {} lines become {}\n", change.to.Name(), before.size(), now.size());
+  PrintLines('-', before, now);
+  PrintLines('+', now, before);
+}
+
+}  // namespace
+
+void DumpStation(StationFolder& station) {
+  StationProfile profile(station.files(), station.stores(), station.path());
+  if (profile.IsUnfinished()) {
+    const StationAlone alone(station);
+    profile.Finish();
+  }
+  fmt::print("{}", profile.Dump());
+}
+
+void ApplyToStation(StationFolder& station, const std::string& file, ApplyHow how) {
+  std::vector<ProfileChange> changes;
+  const auto apply = [&] {
+    const StationAlone alone(station);
+    StationProfile profile(station.files(), station.stores(), station.path());
+    profile.Finish();
+    changes = profile.ChangesBy(station.files().ReadAll(file));
+    if (how == ApplyHow::kDo) profile.Make(changes);
+  };
+  if (how == ApplyHow::kCheck) {
+    apply();
+  } else {
+    station.RunLogged(fmt::format("{} was not applied, nothing was changed", file), apply);
+  }
+  for (const auto& change : changes) Print(change);
+  fmt::print("{} {}\n", changes.size(), how == ApplyHow::kDo ? "changed" : "would change");
+  if (how == ApplyHow::kDo && !changes.empty())
+    station.Log(fmt::format("{} applied: {} changed", file, changes.size()));
+}
+
+}  // namespace ostrel

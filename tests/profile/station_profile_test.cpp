@@ -1,0 +1,120 @@
+// A station as a text, and back.
+#include "profile/station_profile.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+
+#include "tests/support/virtual_station.h"
+
+namespace ostrel {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The folder of a station that does not run.
+struct StationOnDisk {
+  TemporaryFolder folder;
+  std::string path = folder / "station";
+  VirtualClock clock{kNoon};
+  LinuxFiles realFiles{clock};
+  FaultyFiles files{realFiles};
+  SqliteSettingsStores stores{path + "/KvRegistry.db"};
+
+  StationOnDisk() { fs::create_directory(path); }
+  std::string Dump() { return StationProfile(files, stores, path).Dump(); }
+  void Apply(const std::string& text) {
+    StationProfile profile(files, stores, path);
+    profile.Make(profile.ChangesBy(text));
+  }
+  void Store(const std::string& key, const std::string& value) {
+    OpenAtRoot(stores)->WriteSetting(KeyPath(Section::kSettings), key, value);
+  }
+  void Lay(const std::string& name, const std::string& content) {
+    files.WriteAll(path + "/" + name, content);
+  }
+};
+
+TEST(StationProfile, DumpedAppliedAndDumpedIsTheSameBytesAndAnotherFolderTheSameStation) {
+  StationOnDisk one, other;
+  one.Store("CWIDText", "DE \"W1AW\" \\ \xC3\xA9 ' # [x]");
+  one.Store("IngestPath", one.path + "/in");
+  one.Store("FillFile", "/srv/\xFF\n.txt");
+  one.Lay("RtList0.txt", "TOR*\n  blanks \r\n\xE9*\r\n");
+  one.Lay("RtList12.txt", "TOR* | C=2\r\n");
+  one.Lay("RtSched.txt", "08:00 /a /b\r\n");
+  fs::create_directory(one.path + "/ports");
+  fs::create_symlink("/dev/serial/by-id/usb", one.path + "/ports/COM1");
+  const auto text = one.Dump();
+  EXPECT_NE(text.find("\nIngestPath = \"FOLDER/in\"\n"), std::string::npos);
+  EXPECT_NE(text.find("# Minutes between two identifications"), std::string::npos);
+  EXPECT_EQ(text.find("priority2 ="), std::string::npos) << "a lost list is not an empty one";
+  EXPECT_TRUE(StationProfile(one.files, one.stores, one.path).ChangesBy(text).empty());
+
+  fs::create_directory(other.path + "/ports");
+  fs::create_symlink("/dev/ttyS0", other.path + "/ports/COM3");
+  other.Apply(text);
+  EXPECT_EQ(other.Dump(), text);
+  EXPECT_FALSE(fs::is_symlink(other.path + "/ports/COM3"));
+  EXPECT_EQ(other.files.ReadAll(other.path + "/RtList0.txt"), "TOR*\r\n  blanks \r\n\xE9*\r\n");
+}
+
+TEST(StationProfile, WhatIsNotNamedStaysAndWhatIsWrongIsRefusedWithItsLine) {
+  StationOnDisk station;
+  station.Lay("RtList0.txt", "TOR*\r\n");
+  const auto before = station.Dump();
+  for (const auto& [text, why] : {
+           std::pair{"[settings]\nUdpPort = \"0\"", "line 2: UdpPort cannot be \"0\""},
+           {"[settings]\nUdpPort = 9510", "line 2: a value is a text"},
+           {"[settings]\n\nColour = \"red\"", "line 3: There is no text settings.Colour"},
+           {"[rules]\ndiscard = \"A*\"", "line 2: There is no text rules.discard"},
+           {"[rules]\ndiscard = [\"A*\\nB*\"]", "line 2: the text has a character"},
+           {"[settings]\nCWIDText = { hex = \"0\" }", "line 2: two hexadecimal digits"},
+           {"[settings]\nCWIDText = \"A\"\nCWIDText = \"B\"", "line 3: "},
+           {"CWIDText = \"A\"", "line 1: \"CWIDText\" stands in no table"},
+       }) {
+    try {
+      station.Apply(text);
+      ADD_FAILURE() << text;
+    } catch (const Failure& failure) {
+      EXPECT_TRUE(failure.text().starts_with(why)) << failure.text();
+    }
+  }
+  EXPECT_EQ(station.Dump(), before);
+  station.Apply("[rules]\ncopies = [\"TOR* | C=2\"]");
+  EXPECT_EQ(station.files.ReadAll(station.path + "/RtList0.txt"), "TOR*\r\n");
+}
+
+/// Every change of the file system but the one of the settings, which are stored together.
+TEST(StationProfile, AFailureOrThePowerInTheMidstLeavesTheOldOrTheNewStationWhole) {
+  const std::string text =
+      "[settings]\nCWIDText = \"NEW\"\n[rules]\npriority1 = [\"NEW*\"]\npriority3 = [\"ALSO*\"]\n"
+      "[schedule]\nentries = [\"08:00 /a /b\"]\n[ports]\nCOM1 = \"/dev/new\"\n";
+  for (const bool isPower : {false, true}) {
+    int outcomes[2] = {};
+    for (int last = 0;; ++last) {
+      StationOnDisk station;
+      station.Lay("RtList0.txt", "OLD*\r\n");
+      station.Store("CWIDText", "OLD");
+      const auto before = station.Dump();
+      int changes = 0;
+      station.files.writeFault = station.files.deleteFault = [&](const std::string&) {
+        ++changes;
+        if (isPower ? changes > last : changes == last + 1) throw Failure(61, "Disk full");
+      };
+      const bool isDone = TryStep([&] { station.Apply(text); });
+      station.files.writeFault = station.files.deleteFault = {};
+      StationProfile(station.files, station.stores, station.path).Finish();
+      const auto after = station.Dump();
+      ++outcomes[after == before ? 0 : 1];
+      station.Apply(text);
+      EXPECT_TRUE(after == before || after == station.Dump()) << last << after;
+      EXPECT_FALSE(fs::exists(station.path + "/.applying.toml"));
+      if (isDone) break;
+    }
+    EXPECT_GE(outcomes[0], 1);
+    EXPECT_EQ(outcomes[1], isPower ? 5 : 1);
+  }
+}
+
+}  // namespace
+}  // namespace ostrel
