@@ -12,6 +12,7 @@
 
 #include "programs/monitor/line_pacer.h"
 #include "programs/monitor/receiver.h"
+#include "programs/monitor/reference.h"
 #include "receive/datagram_reader.h"
 #include "receive/line.h"
 
@@ -28,6 +29,7 @@ struct Options {
   std::optional<int> udpPort;
   std::string folder;
   std::optional<int> idleSeconds;
+  ReferenceOptions reference;
 };
 
 // SIGINT, SIGTERM and SIGHUP as something to poll for, so that none is missed and none cuts a line
@@ -49,9 +51,11 @@ class Listener {
   /// The source was heard just now; the silence is counted from here.
   void Heard() { lastHeard_ = Clock::now(); }
 
-  /// False when it is time to end. Returns early when `source` has something to read.
-  bool Wait(const OpenFile* source, milliseconds longest) const {
-    std::array<pollfd, 2> fds{{{stop_.Get(), POLLIN, 0}, {source ? source->Get() : -1, POLLIN, 0}}};
+  /// False when it is time to end. Returns early when one of the sources has something to read.
+  bool Wait(const OpenFile* source, milliseconds longest, const OpenFile* second = nullptr) const {
+    std::array<pollfd, 3> fds{{{stop_.Get(), POLLIN, 0},
+                               {source ? source->Get() : -1, POLLIN, 0},
+                               {second ? second->Get() : -1, POLLIN, 0}}};
     poll(fds.data(), fds.size(), static_cast<int>(longest.count()));
     if ((fds[0].revents & POLLIN) != 0 || IsIdle()) return false;
     // A line that nobody has open answers every poll at once.
@@ -120,8 +124,29 @@ void ListenToNewLine(const Options& options, Listener& listener, Receiver& recei
   ListenToLine(terminal.receiver, options.baud, listener, receiver);
 }
 
+/// Returns whether all was heard that the station sent.
+bool ListenWithReference(const Options& options, Listener& listener) {
+  ReferenceListener reference(options.reference);
+  const OpenFile line = OpenLine(options.device, options.baud);
+  StreamDecoder decoder;
+  std::array<char, 4096> buffer{};
+  for (bool open = true; open;) {
+    std::size_t size = 0;
+    const LineState state = ReadLine(line, buffer, size);
+    if (state == LineState::kData) listener.Heard();
+    reference.Take(decoder.Feed({buffer.data(), size}));
+    open =
+        state != LineState::kEnd && listener.Wait(&line, Listener::kLongWait, &reference.station());
+  }
+  return reference.Finish();
+}
+
 int Run(const Options& options) {
   const OpenFile stop = OpenStopSignals();
+  if (options.reference.port != 0) {
+    Listener listener(stop, options.idleSeconds);
+    return ListenWithReference(options, listener) ? 0 : 1;
+  }
   ProductStore store(options.folder);
   Receiver receiver(store);
   Listener listener(stop, options.idleSeconds);
@@ -136,6 +161,42 @@ int Run(const Options& options) {
   return receiver.SawBadBlock() ? 1 : 0;
 }
 
+/// The port of "udp:9510". Throws CLI::ValidationError.
+int PortOf(const std::string& where) {
+  constexpr std::string_view kWay = "udp:";
+  int port = 0;
+  const bool isPort = where.starts_with(kWay) &&
+                      CLI::detail::lexical_cast(where.substr(kWay.size()), port) && port > 0 &&
+                      port <= 65535;
+  if (!isPort) throw CLI::ValidationError("--reference", "is udp: and a port, as in udp:9510");
+  return port;
+}
+
+/// Either products are kept, or what is heard is held against what the station says that it sends.
+void DeclareReference(CLI::App& app, ReferenceOptions& options, CLI::Option* device,
+                      CLI::Option* out) {
+  auto* reference =
+      app.add_option_function<std::string>(
+             "--reference", [&options](const std::string& where) { options.port = PortOf(where); },
+             "Compare what DEVICE hears with what the station's datagrams say was sent")
+          ->type_name("udp:PORT")
+          ->needs(device)
+          ->excludes(out);
+  const auto add = [&](const char* name, auto& value, const char* help) {
+    return app.add_option(name, value, help)->needs(reference);
+  };
+  add("--json", options.json, "Keep the figures as JSON in this file; - for standard output");
+  add("--metrics", options.metrics, "The same for Prometheus");
+  add("--interval", options.interval, "Seconds between two figures")
+      ->check(CLI::Range(0.1, 3600.0))
+      ->capture_default_str();
+  auto* after = add("--alarm-after", options.alarmAfter,
+                    "Seconds after which it is an alarm that nothing is heard of what is sent")
+                    ->check(CLI::PositiveNumber);
+  add("--alarm-command", options.alarmCommand, "Run when the alarm begins and when it ends")
+      ->needs(after);
+}
+
 void Declare(CLI::App& app, Options& options) {
   auto* link =
       app.add_option("--link", options.link,
@@ -147,12 +208,13 @@ void Declare(CLI::App& app, Options& options) {
       app.add_option("DEVICE", options.device, "Listen to this serial device or recorded file");
   auto* udp = app.add_option("--udp", options.udpPort, "Listen to the datagrams to this port")
                   ->check(CLI::Range(1, 65535));
-  app.add_option("--out", options.folder, "Folder for the products")->required();
+  auto* out = app.add_option("--out", options.folder, "Folder for the products");
   app.add_option("--exit-when-idle", options.idleSeconds,
                  "End when nothing was heard for this many seconds after the first byte")
       ->check(CLI::PositiveNumber);
   udp->excludes(device)->excludes(link);
   device->excludes(link);
+  DeclareReference(app, options.reference, device, out);
 }
 
 }  // namespace
@@ -162,11 +224,13 @@ int main(int argc, char** argv) {
   CLI::App app{
       "Receives an EMWIN packet stream, checks every packet and puts the products together."};
   app.footer(
-      "Exit status: 0 all blocks were good, 1 a block was damaged or missing, 2 it could not "
-      "listen.");
+      "Exit status: 0 all blocks were good, 1 a block was damaged, missing or not heard, 2 it "
+      "could not listen.");
   ostrel::Options options;
   ostrel::Declare(app, options);
   CLI11_PARSE(app, argc, argv);
+  if (options.folder.empty() && options.reference.port == 0)
+    return app.exit(CLI::RequiredError("--out or --reference"));
   try {
     return ostrel::Run(options);
   } catch (const std::exception& failure) {

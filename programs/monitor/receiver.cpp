@@ -1,15 +1,14 @@
 #include "programs/monitor/receiver.h"
 
-#include <cstdio>
 #include <ctime>
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
 namespace ostrel {
 
-void ShowLine(std::string_view text) {
-  fmt::print("{:%H:%M:%S} {}\n", fmt::localtime(std::time(nullptr)), text);
-  std::fflush(stdout);
+void ShowLine(std::string_view text, std::FILE* where) {
+  fmt::print(where, "{:%H:%M:%S} {}\n", fmt::localtime(std::time(nullptr)), text);
+  std::fflush(where);
 }
 
 void Receiver::Take(const std::vector<StreamEvent>& events) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdio>
 #include <string_view>
 #include <vector>
 
@@ -13,7 +14,7 @@
 namespace ostrel {
 
 /// Prints one line with the local time in front, at once.
-void ShowLine(std::string_view text);
+void ShowLine(std::string_view text, std::FILE* where = stdout);
 
 class Receiver {
  public:

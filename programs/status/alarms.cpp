@@ -59,7 +59,7 @@ void AlarmWatch::Look(const Status& status, double now) {
     if (status.is_null() && alarm.kind != AlarmKind::kNoAnswer) continue;
     const auto trouble = Trouble(alarm, status, now);
     if (std::exchange(isOn_[&alarm], trouble.has_value()) == trouble.has_value()) continue;
-    tell_({alarm, trouble.has_value(),
+    tell_({alarm.name, alarm.command, trouble.has_value(),
            fmt::format("{}: {}", alarm.name, trouble.value_or("it is over"))});
   }
 }

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "alarms/alarm_command.h"
 #include "programs/status/reports.h"
 
 namespace ostrel {
@@ -42,13 +43,6 @@ struct AlarmConfig {
 /// Reads the file. Throws std::runtime_error with the place of what is wrong in it.
 AlarmConfig ReadAlarms(const std::string& path);
 
-/// What is told when an alarm begins or ends.
-struct AlarmNews {
-  const Alarm& alarm;
-  bool begins;
-  std::string text;  // "no arrivals: no file came for 21 min 3 s"
-};
-
 class AlarmWatch {
  public:
   AlarmWatch(AlarmConfig config, std::function<void(const AlarmNews&)> tell)
@@ -69,11 +63,6 @@ class AlarmWatch {
   std::optional<double> firstLook_, lastAnswer_, lastPurge_;
   std::optional<int> purged_;
 };
-
-/// Runs the command of the alarm by the shell, with OSTREL_ALARM, OSTREL_EVENT ("begin" or "end")
-/// and OSTREL_TEXT in its environment and the same with the status as JSON on its standard input.
-/// Does not wait for it.
-void RunAlarmCommand(const AlarmNews& news, const Status& status);
 
 /// The last alarms, for who shows them. Used by two threads.
 class LastAlarms {
