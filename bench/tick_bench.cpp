@@ -1,10 +1,15 @@
 // What a tick costs: idle, with full folders and full queues, and when it builds a packet. Real
 // files in memory, virtual time.
+#include <QCoreApplication>
 #include <benchmark/benchmark.h>
+#include <ctime>
 #include <fcntl.h>
 #include <fstream>
 #include <unistd.h>
 
+#include "platform/qt/qt_local_socket.h"
+#include "seam/seam.h"
+#include "tests/support/crowd.h"
 #include "tests/support/virtual_station.h"
 
 namespace ostrel {
@@ -99,6 +104,34 @@ void SendingPackets(benchmark::State& state) {
 }
 BENCHMARK(SendingPackets);
 
+/// Seconds that this thread has worked, whatever else the machine does.
+double Worked() {
+  timespec time{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+/// What a tick costs while a crowd presses at the socket. What it costs to serve the crowd between
+/// two ticks is told beside it; the longest pass of the event loop is how late a tick can come.
+void AmongClients(benchmark::State& state) {
+  IdleStation station;
+  QtLocalSocket socket;
+  const Seam seam(*station.station, socket);
+  std::optional<Crowd> crowd;
+  if (state.range(0) > 0) crowd.emplace(station.Path("station.sock"));
+  double longest = 0;
+  for (auto _ : state) {
+    const double before = Worked();
+    station.Tick();
+    const double after = Worked();
+    state.SetIterationTime(after - before);
+    QCoreApplication::processEvents();
+    longest = std::max(longest, Worked() - after);
+  }
+  state.counters["longest pass, ms"] = longest * 1000;
+}
+BENCHMARK(AmongClients)->ArgName("pressed")->Arg(0)->Arg(1)->UseManualTime()->Iterations(20000);
+
 /// The yardstick for the packet: one block by plain open, seek, read and close.
 void PlainBlockRead(benchmark::State& state) {
   TemporaryFolder folder;
@@ -134,4 +167,9 @@ BENCHMARK(PlainListings);
 }  // namespace
 }  // namespace ostrel
 
-BENCHMARK_MAIN();
+int main(int count, char** arguments) {
+  const QCoreApplication application(count, arguments);
+  benchmark::Initialize(&count, arguments);
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}

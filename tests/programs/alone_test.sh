@@ -54,7 +54,7 @@ start "$station/ostrel-monitor" --link "$station/ports/COM1" --baud 9600 --out "
 monitor=${pids[-1]}
 until_true 10 test -L "$station/ports/COM1"
 unset DISPLAY
-start "$station/ostrel-watch" --patience 3 --starts-an-hour 60 -- "$station/ostrel-headless"
+start "$station/ostrel-watch" --starts-an-hour 60 -- "$station/ostrel-headless"
 watch=${pids[-1]}
 status() { "$station/ostrel-status" "$@"; }
 says() { status --json | grep -q "$1"; }
@@ -69,7 +69,7 @@ command = 'echo "\$OSTREL_EVENT \$OSTREL_TEXT" >>$work/alarms; cat >>$work/json'
 when = "port"
 [[alarm]]
 when = "no answer"
-seconds = 2
+seconds = 30
 END
 start "$station/ostrel-status" --serve "$port" --watch "$work/Alarms.toml"
 get() { curl -sf --max-time 10 "http://127.0.0.1:$port/$1"; }
@@ -120,7 +120,8 @@ end_browser
 kill -KILL "$publisher"
 until_true 30 heard '"gone"'
 
-# It hangs, in the midst of whatever it does: killed and back, and what it had is not lost.
+# It hangs, in the midst of whatever it does: killed and back within 15 s beyond the 8 s that an
+# identification takes at most, and what it had is not lost.
 settle() { says '"keyed":true'; }
 product=$source/samples/products/AFDDMXIA.TXT
 all_came_back() {
@@ -133,10 +134,13 @@ for ((stop = 0; stop < stops; ++stop)); do
   cp "$product" "$station/KvData/RxFiles/AFD$stop.TXT"
   sleep "$((RANDOM % 8)).$((RANDOM % 9 + 1))"
   hanging=$(pgrep -f "^$station/ostrel-headless$" | head -n 1)
+  allowed=15
+  timeout 1 "$station/ostrel-status" --json >/dev/null || allowed=23
   kill -STOP "$hanging"
-  until_true 40 test ! -d "/proc/$hanging"
+  from=$EPOCHSECONDS
+  until_true $allowed test ! -d "/proc/$hanging"
+  until_true $((from + allowed + 1 - EPOCHSECONDS)) settle
 done
-until_true 30 settle
 [ "$(grep -c 'is killed: it does not answer' "$work/ostrel-watch.log")" -eq "$stops" ] || fail "not killed each time"
 until_true $((60 + 10 * stops)) all_came_back
 

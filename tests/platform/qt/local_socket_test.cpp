@@ -1,11 +1,14 @@
 // What strangers can do to the station's socket.
 #include <QLocalSocket>
 #include <QTest>
+#include <ctime>
 #include <filesystem>
 #include <gtest/gtest.h>
 
 #include "platform/linux/temporary_folder.h"
 #include "platform/qt/qt_local_socket.h"
+#include "radio/transmitter.h"
+#include "tests/support/crowd.h"
 #include "tests/support/failure_of.h"
 
 namespace ostrel {
@@ -70,6 +73,25 @@ TEST_F(LocalSocketTest, DropsWhoCostsTooMuchAndServesTheOthers) {
   }));
   polite->write("still here\n");
   EXPECT_TRUE(QTest::qWaitFor([&] { return lines_.back() == "still here"; }));
+}
+
+/// The cycle's timer has its turn in every pass of the event loop, so that a packet is late by one
+/// pass at most.
+TEST_F(LocalSocketTest, ACrowdDelaysNoTick) {
+  answer_ = std::string(2000, 'a');
+  const Crowd crowd(path_);
+  // Time of this thread alone, whatever else the machine does.
+  const auto used = [] {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+  };
+  const QDeadlineTimer end(1000);
+  while (!end.hasExpired() || lines_.size() < 100) {
+    const auto before = used();
+    QCoreApplication::processEvents();
+    ASSERT_LT(used() - before, kCyclePeriod);
+  }
 }
 
 }  // namespace
