@@ -7,7 +7,7 @@
 
 #include "alarms/alarm_command.h"
 #include "programs/monitor/comparison.h"
-#include "programs/monitor/line.h"
+#include "receive/line.h"
 #include "receive/stream_decoder.h"
 
 namespace ostrel {
