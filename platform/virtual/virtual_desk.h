@@ -26,12 +26,15 @@ class VirtualDialogs : public Dialogs {
   /// The operator closes the box of the last message, which wants to hear of it.
   void Answer(MessageAnswer answer) { std::exchange(answered_, {})(answer); }
   void ShowErrorWindow(const std::string& text) override { errors.push_back(text); }
-  void CloseErrorWindow() override {}
+  void CloseErrorWindow() override { asked.emplace_back("closes the error window"); }
   void ShowMainWindow() override { mainIsShown = true; }
   void ShowSetup() override { setupIsShown = true; }
   void HideSetup() override { setupIsShown = false; }
-  void UnloadSetup() override { setupIsShown = false; }
-  void RepaintMainWindow() override {}
+  void UnloadSetup() override {
+    setupIsShown = false;
+    asked.emplace_back("unloads setup");
+  }
+  void RepaintMainWindow() override { asked.emplace_back("paints the main window"); }
   std::pair<float, float> ScreenSize() override { return {19200, 12000}; }
   WindowPlacement Placement() override { return placement; }
   void Place(const WindowPlacement& where) override { placement = where; }
@@ -39,6 +42,7 @@ class VirtualDialogs : public Dialogs {
 
   std::vector<Message> messages;
   std::vector<std::string> errors;
+  std::vector<std::string> asked;  // what leaves no other mark
   WindowPlacement placement{0, 0, 7875, 6375};
   bool mainIsShown = false;
   bool setupIsShown = false;

@@ -42,7 +42,7 @@ TEST(RegistryText, TakesTheFamilysTreeAndSaysWhatItLeavesOut) {
 
 TEST(RegistryText, ATextThatIsNoUtf8ComesBackByteForByte) {
   const std::vector<StoredValue> values = {
-      {kOwnPath, "Kept", "\"\xC3\xA9\" \xF0\x9F\x98\x80"},
+      {kOwnPath, "Kept", "\"\\\xC3\xA9\" \xF0\x9F\x98\x80"},
       {kOwnPath, "FillFile", "/srv/\xE9\xC3\xA9\xF0\x9F\x98\x80\xF0\x9F"},
       {kOwnPath, "Overlong", "\xC0\x80 \xED\xA0\x80 \xF4\x90\x80\x80"}};
   const auto text = FormatRegistryText(values);

@@ -177,6 +177,7 @@ class Day : public VirtualStation {
       Note(fmt::format("message {} [{}] {}{}", title, static_cast<int>(icon), text,
                        buttons == MessageButtons::kYesNo ? " (yes/no)" : ""));
     for (const auto& text : std::exchange(dialogs.errors, {})) Note("error window " + text);
+    for (const auto& what : std::exchange(dialogs.asked, {})) Note(what);
     for (const auto& command : std::exchange(desktop.started, {}))
       Note(fmt::format("starts {}", fmt::join(command, " ")));
     for (const auto& title : std::exchange(desktop.restored, {})) Note("restores " + title);
@@ -220,7 +221,8 @@ class Day : public VirtualStation {
     const std::map<std::string, FaultyFiles::Fault*> faults = {
         {"status", &files.statusFault}, {"lock", &files.lockFault},
         {"delete", &files.deleteFault}, {"read", &files.readFault},
-        {"write", &files.writeFault},   {"append", &files.appendFault}};
+        {"write", &files.writeFault},   {"append", &files.appendFault},
+        {"rename", &files.renameFault}};
     *faults.at(step) = [=](const std::string& path) {
       if (isMeant(path)) throw Failure(number, "as told");
     };
@@ -309,7 +311,8 @@ class Day : public VirtualStation {
       {"enter",
        [this](Words& w) {
          const auto element = w.Next();
-         texts_.at(element)(w.Rest());
+         const auto text = w.Rest();
+         texts_.at(element)(text.starts_with("~/") ? Path(text.substr(2)) : text);
        }},
       {"press",
        [this](Words& w) {

@@ -1,10 +1,7 @@
 // What becomes of a file in the ingest folder: by its name, by who holds it, by what fails.
-#include <algorithm>
 #include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
-#include <sstream>
 
 #include "tests/support/virtual_station.h"
 
@@ -15,84 +12,9 @@ namespace fs = std::filesystem;
 
 constexpr const char* kIngest = "KvData/RxFiles";
 
-Lines Words(const std::string& text) {
-  std::istringstream words(text);
-  return {std::istream_iterator<std::string>(words), {}};
-}
-
 /// Given to `copyFault`, it keeps all that is routed in the holding folders.
 int RefuseQueueing(const std::string&, const std::string& destination) {
   return destination.find("/RtXmit/") != std::string::npos ? copy_code::kDiskFull : 0;
-}
-
-TEST(IngestScan, AHeldFileIsReportedAtEveryFortyFirstFailureInARow) {
-  constexpr int kFree = 0, kBroken = 57, kHeld = 70, kNoAccess = 75;
-  VirtualStation station;
-  station.Rule(0, "AA*");
-  station.Start();
-  int trouble = kFree;
-  station.files.lockFault = [&](const std::string&) {
-    if (trouble != kFree) throw Failure(trouble, "Trouble");
-  };
-  const auto reportsAfter = [&](int scans, int each) {
-    trouble = each;
-    station.Drop("aa.txt", "text");
-    station.Run(scans * kCyclePeriod);
-    return station.LogOf("CheckForNewFiles").size();
-  };
-  EXPECT_EQ(reportsAfter(40, kHeld) + reportsAfter(1, kFree), 0U);
-  EXPECT_EQ(reportsAfter(40, kNoAccess), 0U);
-  EXPECT_EQ(reportsAfter(1, kNoAccess), 1U);
-  EXPECT_EQ(reportsAfter(50, kBroken), 51U) << "any other failure is reported each time";
-  EXPECT_EQ(reportsAfter(1, kHeld), 52U) << "and counts";
-  const auto held = fmt::format(
-      "Error # 75, Trouble, occurred at reference (unspecified), in "
-      "Ostrel.frmMain.CheckForNewFiles A file in the ingest directory is locked and cannot be "
-      "processed. \r\n File Name: {}/aa.txt\r\nCorrect this problem and restart Ostrel. \r\n",
-      station.Path(kIngest));
-  EXPECT_NE(station.ReadFile(station.Path("RtLog.txt")).find(held), std::string::npos);
-}
-
-TEST(IngestScan, TheNameAloneDecidesWhereAFileGoes) {
-  const struct {
-    const char* rules;    // list and keyword
-    const char* waiting;  // in RtPri4 already
-    const char *dropped, *inPri4, *inPri6, *inBlock;
-  } cases[] = {
-      {"3 AB*", "", "XX.TXT", "", "", ""},
-      {"10 AB* 5 AB* 3 *.TXT", "", "AB.TXT", "AB.TXT", "", ""},
-      {"10 AB* 5 AB*", "", "AB.TXT", "", "AB.TXT", ""},
-      {"10 AB*", "", "AB.TXT", "", "", "AB.TXT"},
-      // discarded before anything else, by product
-      {"11 AB.TXT 12 AB*_|_C=4 3 AB*", "", "AB.TXT.7", "", "", ""},
-      // taken names
-      {"3 AB*", "AB.TXT AB.TXT.1", "AB.TXT", "AB.TXT AB.TXT.1 AB.TXT.2", "", ""},
-      {"3 AB*", "AB", "AB", "AB AB.1", "", ""},
-      // copies
-      {"12 AB*_|C=3_OR_SO 12 AB*_|_C=MANY 12 *_|_X_|_C=2 3 AB*", "", "ab.txt",
-       "AB.TXT AB.TXT.1 AB.TXT.2", "", ""},
-      {"12 AB_|_C=2 3 AB 5 AB.1", "", "AB", "AB", "AB.1", ""},
-  };
-  for (const auto& row : cases) {
-    VirtualStation station;
-    const auto rules = Words(row.rules);
-    for (std::size_t i = 0; i < rules.size(); i += 2) {
-      auto keyword = rules[i + 1];
-      std::replace(keyword.begin(), keyword.end(), '_', ' ');
-      station.Rule(std::stoul(rules[i]), keyword);
-    }
-    station.files.copyFault = RefuseQueueing;
-    station.Start();
-    for (const auto& name : Words(row.waiting))
-      station.WriteFile(station.Path("KvData/RtPri4/" + name), "");
-    station.Drop(row.dropped, "text");
-    station.Run(2s);
-    const auto what = std::string(row.rules) + ": " + row.dropped;
-    EXPECT_EQ(station.Names(kIngest), Lines{}) << what;
-    EXPECT_EQ(station.Names("KvData/RtPri4"), Words(row.inPri4)) << what;
-    EXPECT_EQ(station.Names("KvData/RtPri6"), Words(row.inPri6)) << what;
-    EXPECT_EQ(station.Names("KvData/RtPri11"), Words(row.inBlock)) << what;
-  }
 }
 
 TEST(IngestScan, AFolderWhoseFilesAreNoReceivedOnesIsLeftAloneWithOneReport) {
@@ -115,43 +37,6 @@ TEST(IngestScan, AFolderWhoseFilesAreNoReceivedOnesIsLeftAloneWithOneReport) {
       << "the sending goes on";
 }
 
-TEST(IngestScan, WhatNoRuleNamesIsKeptWhileAListIsLostAndComesBackWithIt) {
-  VirtualStation station;
-  station.Rule(3, "AB*");
-  station.files.copyFault = RefuseQueueing;
-  std::filesystem::rename(station.Path("RtList3.txt"), station.Path("lost"));
-  station.Start();
-  station.Drop("AB.OLD", "stale");
-  station.Run(1s);
-  for (int i = 0; i < 2; ++i) {
-    station.Drop("ab.txt", "text");
-    station.Run(1s);
-  }
-  EXPECT_EQ(station.Names(kIngest), Lines{}) << "nothing is held up";
-  EXPECT_EQ(station.Names("KvData/RtKept"), (Lines{"AB.OLD", "AB.TXT", "AB.TXT.1"}));
-  station.files.SetLastWriteTime(station.Path("KvData/RtKept/AB.OLD"),
-                                 station.machine.clock.UtcNow() - 151min);
-  std::filesystem::rename(station.Path("lost"), station.Path("RtList3.txt"));
-  station.files.deleteFault = [](const std::string&) {
-    throw Failure(failure_number::kDeviceError, "I/O");
-  };
-  station.Restart();
-  station.Run(1s);
-  EXPECT_EQ(station.Names("KvData/RtKept").size(), 3U) << "a failure ends it";
-  station.files.deleteFault = nullptr;
-  station.setup().txtPurgeTime.Set("0.00001");  // in force at the next start
-  station.station->actions().ShowSetup();
-  station.station->actions().LeaveSetup();
-  EXPECT_EQ(station.Names("KvData/RtKept").size(), 3U) << "the line is fed between two of them";
-  station.Run(1s);
-  EXPECT_EQ(station.Names("KvData/RtKept"), Lines{});
-  EXPECT_EQ(station.Names("KvData/RtPri4"), (Lines{"AB.TXT", "AB.TXT.1"}));
-  const auto said = station.Messages("Kept");
-  ASSERT_EQ(said.size(), 3U);
-  EXPECT_EQ(said[0], "The rule lists are there again: 3 files go back to the ingest folder.");
-  EXPECT_TRUE(said[1].starts_with("Error # 57, I/O")) << said[1];
-}
-
 TEST(IngestScan, OfTooManyKeptFilesTheOldestMakeRoom) {
   VirtualStation station;
   station.Rule(3, "AB*");
@@ -166,34 +51,6 @@ TEST(IngestScan, OfTooManyKeptFilesTheOldestMakeRoom) {
   ASSERT_EQ(kept.size(), 9001U);
   EXPECT_EQ(kept[0], "AB.TXT") << "the newest is worth most";
   EXPECT_EQ(kept[1], "C1000.TXT");
-}
-
-TEST(IngestScan, AFileThatFindsNoRoomStaysAndOneThatCannotBeDeletedIsPlacedOnce) {
-  VirtualStation station;
-  station.Rule(3, "AB*");
-  station.Start();
-  station.files.copyFault = [](const std::string&, const std::string&) { return 112; };
-  station.Drop("AB.TXT", "first");
-  station.Run(4 * kCyclePeriod);
-  const Lines failures(4, "Error # -2147220392, Copy File Failed: dll error - 112 ");
-  auto reports = station.Messages("CheckForNewFiles");
-  for (auto& report : reports) report.resize(failures[0].size());
-  EXPECT_EQ(reports, failures);
-
-  station.files.copyFault = RefuseQueueing;
-  station.files.deleteFault = [&](const std::string& path) {
-    if (path == station.Path(kIngest) + "/AB.TXT")
-      throw Failure(failure_number::kPermissionDenied, "Held");
-  };
-  station.Run(5 * kCyclePeriod);
-  EXPECT_EQ(station.Names(kIngest), Lines{"AB.TXT"});
-  EXPECT_EQ(station.Messages("Ingest"),
-            Lines{"AB.TXT was taken, will not be taken again, and cannot "
-                  "be deleted: Held"});
-  station.files.deleteFault = nullptr;
-  station.Run(1s);
-  EXPECT_EQ(station.Names("KvData/RtPri4"), Lines{"AB.TXT"});
-  EXPECT_EQ(station.Names(kIngest), Lines{});
 }
 
 TEST(IngestScan, ANewVersionThatComesWhileTheOldOneIsTakenIsTakenToo) {

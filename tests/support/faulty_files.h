@@ -13,7 +13,8 @@ class FaultyFiles : public Files {
  public:
   /// Called with the file before its step; throws to fail it.
   using Fault = std::function<void(const std::string& path)>;
-  Fault listFault, statusFault, lockFault, deleteFault, readFault, writeFault, appendFault;
+  Fault listFault, statusFault, lockFault, deleteFault, readFault, writeFault, appendFault,
+      renameFault;
   /// Returns a copy code, 0 to let the copy happen.
   std::function<int(const std::string& source, const std::string& destination)> copyFault;
   std::function<void(std::string_view content)> onAppend;
@@ -47,7 +48,9 @@ class FaultyFiles : public Files {
   }
   void Secure(const std::string& m, const std::string& s) override { real_.Secure(m, s); }
   void Delete(const std::string& p) override { Past(deleteFault, p).Delete(p); }
-  void Rename(const std::string& s, const std::string& d) override { real_.Rename(s, d); }
+  void Rename(const std::string& s, const std::string& d) override {
+    Past(renameFault, s).Rename(s, d);
+  }
   void Link(const std::string& e, const std::string& l) override { real_.Link(e, l); }
   void CreateFolder(const std::string& p) override { real_.CreateFolder(p); }
   std::int64_t FreeBytes(const std::string& f) override { return real_.FreeBytes(f); }
