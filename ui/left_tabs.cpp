@@ -11,12 +11,18 @@ namespace {
 
 constexpr int kTextIndent = 10;
 constexpr int kFocusInset = 3;
+constexpr int kMarkWidth = 4;   // on the chosen tab, whatever the palette
 constexpr int kLeastSpace = 2;  // around the text of a tab, where the screen is low
 
 void PaintTab(QStylePainter& painter, const QStyleOptionTab& option, bool focused) {
   painter.drawControl(QStyle::CE_TabBarTabShape, option);
   painter.drawItemText(option.rect.adjusted(kTextIndent, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter,
                        option.palette, true, option.text, QPalette::WindowText);
+  if ((option.state & QStyle::State_Selected) != 0) {
+    auto mark = option.rect;
+    mark.setWidth(kMarkWidth);
+    painter.fillRect(mark, option.palette.highlight());
+  }
   if (!focused) return;
   QStyleOptionFocusRect frame;
   frame.initFrom(painter.device() != nullptr ? static_cast<QWidget*>(painter.device()) : nullptr);

@@ -53,9 +53,12 @@ std::vector<std::size_t> ListView::Selected() const {
 void ListView::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Delete) {
     emit DeletePressed();
-  } else {
-    QListView::keyPressEvent(event);
+    return;
   }
+  const auto before = currentIndex();
+  QListView::keyPressEvent(event);
+  // An entry that a key leads to is chosen like one that is clicked.
+  if (currentIndex().isValid() && currentIndex() != before) emit clicked(currentIndex());
 }
 
 bool ListView::viewportEvent(QEvent* event) {

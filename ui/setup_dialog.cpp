@@ -1,5 +1,6 @@
 #include "ui/setup_dialog.h"
 
+#include <QAccessibleWidget>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QLineEdit>
@@ -22,6 +23,12 @@ constexpr QSize kInitialSize(685, 520);
 // Beyond every edge of the dialog, whatever its size.
 constexpr QRect kOutOfSight(-1000, -1000, 80, 20);
 
+/// The toolkit calls nothing a dialog but its own class for them.
+QAccessibleInterface* DescribeToReaders(const QString& /*className*/, QObject* object) {
+  auto* const setup = qobject_cast<SetupDialog*>(object);
+  return setup != nullptr ? new QAccessibleWidget(setup, QAccessible::Dialog) : nullptr;
+}
+
 }  // namespace
 
 SetupDialog::SetupDialog(SetupFields& setup, Actions& actions, QWidget* mainWindow)
@@ -30,6 +37,7 @@ SetupDialog::SetupDialog(SetupFields& setup, Actions& actions, QWidget* mainWind
       mainWindow_(mainWindow),
       tabs_(new LeftTabs(this)),
       blank_(new QLineEdit("Text1", this)) {
+  QAccessible::installFactory(DescribeToReaders);
   setObjectName("frmSetup");
   setWindowTitle("Setup");
   auto* const layout = new QVBoxLayout(this);

@@ -1,3 +1,4 @@
+#include <QAccessible>
 #include <QCheckBox>
 #include <QLabel>
 #include <gtest/gtest.h>
@@ -81,6 +82,9 @@ TEST(SetupDialog, ScheduleEntriesAreAddedEditedAndRemoved) {
   EXPECT_TRUE(ostrel.Enter("txtSchedule", "13:30 /a/y.txt /b/y.txt").empty());
   ostrel.Select("lstSchedule", {0});
   EXPECT_EQ(ostrel.Find<QLineEdit>("txtSchedule")->text(), "13:00 /a/x.txt /b/x.txt");
+  QTest::keyClick(ostrel.Find<QWidget>("lstSchedule"), Qt::Key_Down);
+  EXPECT_EQ(ostrel.Find<QLineEdit>("txtSchedule")->text(), "13:30 /a/y.txt /b/y.txt");
+  QTest::keyClick(ostrel.Find<QWidget>("lstSchedule"), Qt::Key_Up);
   ostrel.Click("cmdRemove");
   EXPECT_EQ(Entries(ostrel.setup().lstSchedule), Lines{"13:30 /a/y.txt /b/y.txt"});
 }
@@ -134,6 +138,17 @@ TEST(SetupDialog, TheKeysLeadToEveryTabAndFieldAndTypingBeginsAtOnce) {
   for (int i = 0; i < 20; ++i) visited << pressTab(Qt::NoModifier);
   for (const char* const name : {"Diddle", "chkBrask", "chkPacketHost"})
     EXPECT_TRUE(visited.contains(name)) << name;
+}
+
+TEST(SetupDialog, AScreenReaderTellsADialogAndWhateverTakesTheFocus) {
+  WindowedStation ostrel;
+  const auto told = [](QWidget* element) { return QAccessible::queryAccessibleInterface(element); };
+  EXPECT_EQ(told(ostrel.setupDialog)->role(), QAccessible::Dialog);
+  for (auto* const element : ostrel.setupDialog->findChildren<QWidget*>()) {
+    const bool isReached = element->focusPolicy() != Qt::NoFocus && !element->focusProxy();
+    EXPECT_FALSE(isReached && told(element)->text(QAccessible::Name).isEmpty())
+        << element->metaObject()->className() << element->objectName().toStdString();
+  }
 }
 
 TEST(SetupDialog, GoingToTheMainWindowButNotToAnotherProgramStoresEverything) {
