@@ -76,8 +76,6 @@ std::optional<Message> RuleLists::DuplicateOf(const std::string& keyword) const 
 
 void RuleLists::RemoveSelectedKeywords(std::size_t index,
                                        const std::vector<std::size_t>& selected) {
-  if (selected.empty()) return;
-  isKnown_[index] = true;
   parts_.setup.SetupPriList[index].RemoveEach(selected);
 }
 

@@ -196,6 +196,13 @@ class Day : public VirtualStation {
                      packet.stamp, fmt::join(problems, ", ")));
   }
 
+  std::function<void()> Later(Words& words) {
+    return [this, command = words.Rest()] {
+      Tell("> " + command);
+      Do(command);
+    };
+  }
+
   void Store(Words& words) {
     const auto key = words.Next();
     auto rows = StationSettings(setup(), station->values());
@@ -222,7 +229,7 @@ class Day : public VirtualStation {
         {"status", &files.statusFault}, {"lock", &files.lockFault},
         {"delete", &files.deleteFault}, {"read", &files.readFault},
         {"write", &files.writeFault},   {"append", &files.appendFault},
-        {"rename", &files.renameFault}};
+        {"rename", &files.renameFault}, {"link", &files.linkFault}};
     *faults.at(step) = [=](const std::string& path) {
       if (isMeant(path)) throw Failure(number, "as told");
     };
@@ -241,7 +248,7 @@ class Day : public VirtualStation {
   /// What was stored since the last time.
   void TellStore() {
     for (const auto& [path, key, value, isRaw] : OpenAtRoot(stores)->List(kFamilyTree)) {
-      const auto name = path.substr(path.rfind('\\') + 1) + " " + key;
+      const auto name = path.substr(std::string_view(kFamilyTree).size() + 1) + " " + key;
       const auto [known, isNew] = stored_.emplace(name, value);
       if (!isNew && std::exchange(known->second, value) == value) continue;
       Tell(fmt::format("stored {} = {}", name, value));
@@ -344,10 +351,12 @@ class Day : public VirtualStation {
       {"in",
        [this](Words& w) {
          const auto at = machine.clock.Monotonic() + w.Time();
-         machine.loop.OperatorAt(at, [this, c = w.Rest()] {
-           Tell("> " + c);
-           Do(c);
-         });
+         machine.loop.OperatorAt(at, Later(w));
+       }},
+      {"meanwhile",  // also while the station hears no operator
+       [this](Words& w) {
+         const auto at = machine.clock.Monotonic() + w.Time();
+         machine.clock.At(at, Later(w));
        }},
       {"store", [this](Words&) { TellStore(); }},
       {"files", [this](Words& w) { TellFiles(w.Next()); }},

@@ -33,7 +33,7 @@ inline std::string Press(Actions& a, Words& words) {
       {"drop", [&] { a.RemoveKeywords(static_cast<std::size_t>(words.Number()), {0}); }},
       {"schedule",
        [&] { answer = a.AddScheduleEntry() == AfterEntry::kNothing ? "taken" : "refused"; }},
-      {"unschedule", [&] { a.RemoveScheduleEntries({0}); }},
+      {"unschedule", [&] { a.RemoveScheduleEntries(words.Positions()); }},
       {"edit", [&] { a.EditScheduleEntry(0); }},
       {"help", [&] { a.ShowScheduleHelp(); }},
       {"port", [&] { a.StepPort(Button::kLeft); }},
@@ -48,10 +48,7 @@ inline std::string Press(Actions& a, Words& words) {
       {"delete",
        [&] {
          const Priority p(words.Number());
-         std::vector<std::size_t> selected;
-         for (auto word = words.Next(); !word.empty(); word = words.Next())
-           selected.push_back(std::stoul(word));
-         a.RemoveQueued(p, selected);
+         a.RemoveQueued(p, words.Positions());
        }},
   };
   buttons.at(button)();

@@ -14,7 +14,7 @@ class FaultyFiles : public Files {
   /// Called with the file before its step; throws to fail it.
   using Fault = std::function<void(const std::string& path)>;
   Fault listFault, statusFault, lockFault, deleteFault, readFault, writeFault, appendFault,
-      renameFault;
+      renameFault, linkFault;
   /// Returns a copy code, 0 to let the copy happen.
   std::function<int(const std::string& source, const std::string& destination)> copyFault;
   std::function<void(std::string_view content)> onAppend;
@@ -51,7 +51,7 @@ class FaultyFiles : public Files {
   void Rename(const std::string& s, const std::string& d) override {
     Past(renameFault, s).Rename(s, d);
   }
-  void Link(const std::string& e, const std::string& l) override { real_.Link(e, l); }
+  void Link(const std::string& e, const std::string& l) override { Past(linkFault, l).Link(e, l); }
   void CreateFolder(const std::string& p) override { real_.CreateFolder(p); }
   std::int64_t FreeBytes(const std::string& f) override { return real_.FreeBytes(f); }
   void RemoveTemporaries(const std::string& f) override { real_.RemoveTemporaries(f); }

@@ -1,8 +1,10 @@
 // The words of one command of a told day.
 #pragma once
 
+#include <iterator>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "base/numbers.h"
 #include "tests/support/virtual_station.h"
@@ -34,6 +36,7 @@ class Words {
     std::getline(words_ >> std::ws, rest);
     return rest;
   }
+  std::vector<std::size_t> Positions() { return {std::istream_iterator<std::size_t>(words_), {}}; }
   /// A text, or as much of one as a number says.
   std::string Content() {
     const auto rest = Rest();
