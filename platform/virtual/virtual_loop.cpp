@@ -26,6 +26,9 @@ void VirtualTimer::Fire() {
 void VirtualLoop::ProcessPendingEvents() {
   while (RunOperatorAction()) {
   }
+  for (auto* timer : timers_) {
+    if (timer->isRunning_ && timer->due_ <= clock_.Monotonic()) timer->Fire();
+  }
   if (clock_.EndsWaits()) throw StopRequested();
 }
 

@@ -17,6 +17,7 @@ TEST(RegistryText, TakesTheFamilysTreeAndSaysWhatItLeavesOut) {
       "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Wow6432Node\\Corvain\\Ostrel\\Settings]\n"
       "\"CWIDText\"=\"DE TEST\"\n"
       "\"FillFile\"=\"c:\\\\Ostrel\\\\FillFile.txt\"\n"
+      "\"FillFilePriPath\"=\"d:/Ostrel\"\n"
       "\"Blob\"=hex:01,02,\\\n  03\n"
       "\"Face\"=hex(1):44,45,00\n"
       "\"Page\"=hex(1):e9,00\n"
@@ -33,6 +34,7 @@ TEST(RegistryText, TakesTheFamilysTreeAndSaysWhatItLeavesOut) {
   EXPECT_EQ(import.leftOut,
             (std::vector<std::string>{
                 kOwnPath + "\\FillFile = c:\\Ostrel\\FillFile.txt, a path of another system",
+                kOwnPath + "\\FillFilePriPath = d:/Ostrel, a path of another system",
                 kOwnPath + "\\Page, a text in a code page that the file does not name",
                 "deletion of the value " + kOwnPath + "\\CWSpeed",
                 "deletion of the key HKEY_LOCAL_MACHINE\\Software\\Corvain\\Old",
