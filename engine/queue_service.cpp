@@ -11,7 +11,6 @@
 namespace ostrel {
 
 namespace {
-constexpr std::size_t kNearlyDrained = 50;  // bytes
 constexpr std::size_t kLastStarted = 5;
 }  // namespace
 
@@ -99,6 +98,7 @@ void QueueService::PutOnAir(Priority p, const std::string& file) {
     if (other && other->file == file) other->isDisplaced = true;
   }
   onAir_[p] = OnAir{file};
+  parts_.status.blocksBuilt[p] = 0;
 }
 
 /// The file is the only one there is. It is counted once, and the log tells of it once.
@@ -121,6 +121,7 @@ void QueueService::ServeFile(Priority p) {
   const auto count = parts_.builder.MakePacket(parts_.values.InSentFolder(onAir.file), n);
   if (n > count) return RetireFile(p);
   isFollowed_ = true;
+  parts_.status.blocksBuilt[p] = n;
   parts_.status.block = BlockOnAir{p, onAir.file, n, count};
   parts_.mainFields.lblSending[p].Set(fmt::format("Sending {}: {} of {}", onAir.file, n, count));
 }

@@ -12,6 +12,9 @@
 
 namespace ostrel {
 
+/// What may still wait in the port at a turn, in bytes.
+inline constexpr std::size_t kNearlyDrained = 50;
+
 class QueueService {
  public:
   struct Parts {

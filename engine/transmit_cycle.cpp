@@ -35,6 +35,7 @@ void TransmitCycle::Tick() {
 
 void TransmitCycle::RunTick() {
   FollowClockStep();
+  parts_.status.lastTick = parts_.clock.Monotonic();
   const auto now = Calendar(parts_.clock.Now());
   const int s = NewSecond(now);
   if (parts_.status.timingReadout) ShowTimingReadout(s, now.second);
@@ -92,7 +93,7 @@ void TransmitCycle::RunDutyCycle() {
 void TransmitCycle::Pause() {
   auto& window = parts_.mainFields;
   auto& transmitter = parts_.transmitter;
-  Step([&] { transmitter.Send("Transmit Timeout"); });
+  Step([&] { transmitter.Send(std::string(Transmitter::kPauseText)); });
   transmitter.Drain();
   const ScopeGuard clearDisplay([&window, this] {
     parts_.status.onTheAir.Set(OnTheAir::kPackets);

@@ -74,6 +74,7 @@ bool MorseIdentification::SendMorseId() {
   const auto text = ToUpper(parts_.setup.CWidenty.Get());
   parts_.setup.LastId.Set(FormatGeneral(parts_.clock.Now()));
   const auto elements = ReadElements(text);
+  measured_.clear();
   parts_.status.endsAt = parts_.clock.Monotonic() + LengthOf(elements, factor) + keyUpDelay;
   parts_.status.onTheAir.Set(OnTheAir::kIdentification);
   Key(keying, elements, factor);
@@ -83,6 +84,17 @@ bool MorseIdentification::SendMorseId() {
   if (IsChecked(parts_.setup.LogIt)) parts_.reporting.WriteLog("CW ID", " Sent - " + text);
   RestartCountdown();
   return true;
+}
+
+milliseconds MorseIdentification::Length() {
+  const auto& text = parts_.setup.CWidenty.Get();
+  const auto& speed = parts_.setup.CWSpeed.Get();
+  if (const auto settings = text + '\n' + speed; measured_ != settings) {
+    measured_ = settings;
+    length_ = milliseconds(0);
+    TryStep([&] { length_ = LengthOf(ReadElements(ToUpper(text)), TimingFactor(speed)); });
+  }
+  return length_;
 }
 
 std::string MorseIdentification::ReadElements(const std::string& text) {

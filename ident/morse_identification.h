@@ -42,6 +42,10 @@ class MorseIdentification {
   /// that waited follows it.
   void SendOnDemand();
 
+  /// How long one takes once the line is empty, the key-up delay left out: by the table as it was
+  /// last read for these settings.
+  milliseconds Length();
+
   /// The interval field was edited or loaded.
   void RestartCountdown() { parts_.setup.TimeLeft.Set(parts_.setup.IDTime.Get()); }
 
@@ -56,6 +60,8 @@ class MorseIdentification {
   std::string ReadElements(const std::string& text);
 
   Parts parts_;
+  std::string measured_;  // text and speed of the length
+  milliseconds length_{0};
 };
 
 }  // namespace ostrel

@@ -68,8 +68,8 @@ std::string Transmitter::PortSettings() const {
                      TrimBlanks(setup.lblOutStop.Get()));
 }
 
-milliseconds Transmitter::TimeOf(std::size_t bytes) const {
-  return std::chrono::ceil<milliseconds>(TimeOnLine(ParseLineSettings(PortSettings()), bytes));
+std::chrono::nanoseconds Transmitter::TimeOf(std::size_t bytes) const {
+  return TimeOnLine(ParseLineSettings(PortSettings()), bytes);
 }
 
 void Transmitter::Release() {

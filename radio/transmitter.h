@@ -67,7 +67,7 @@ class Transmitter : public Output {
   /// Bytes that are not out on the wire yet.
   std::size_t BytesWaiting() { return parts_.port.BytesWaiting(); }
   /// How long `bytes` take on the line as it is set. Throws Failure 5 for a line that is none.
-  milliseconds TimeOf(std::size_t bytes) const;
+  std::chrono::nanoseconds TimeOf(std::size_t bytes) const;
   /// True while bytes leave the station.
   bool IsSending() { return state_ == State::kOpen && BytesWaiting() > 0; }
   /// Queues the bytes behind those that wait. Throws Failure 57.
@@ -84,6 +84,8 @@ class Transmitter : public Output {
   // The transmit pause
   /// KeyLine1 is up.
   bool IsKeyed() const { return parts_.port.KeyLine1(); }
+  /// The text in front of it.
+  static constexpr std::string_view kPauseText = "Transmit Timeout";
   /// Drops KeyLine1. Throws Failure 57 when the line does not follow.
   void Rest() { parts_.port.SetKeyLine1(false); }
   /// Raises KeyLine1. Throws Failure 57.

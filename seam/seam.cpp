@@ -49,7 +49,7 @@ Json QueuesOf(const Figures& figures) {
     queues.push_back({{"priority", p.number()},
                       {"files", queue.files},
                       {"bytes", queue.bytes},
-                      {"outIn", queue.files == 0 ? Json() : Seconds(TimeUntilOut(figures, p))},
+                      {"outIn", Seconds(queue.outIn)},
                       {"oldest", Seconds(queue.oldest)}});
   }
   return queues;

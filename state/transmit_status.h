@@ -61,8 +61,10 @@ struct TransmitStatus {
   // What programs beside the station ask for
   UtcTime started{};
   Field<OnTheAir> onTheAir{"onTheAir"};
-  milliseconds endsAt{0};           // monotonic: when a pause or an identification is over
-  std::optional<BlockOnAir> block;  // the last one that was built, while its file is on the air
+  milliseconds endsAt{0};              // monotonic: when a pause or an identification is over
+  std::optional<BlockOnAir> block;     // the last one that was built, while its file is on the air
+  PerPriority<long long> blocksBuilt;  // of the file on the air in each priority
+  milliseconds lastTick{0};            // monotonic
   Counts sinceMidnight, sinceStart;
   int filesSinceStart = 0, fillsSinceStart = 0;
   std::optional<milliseconds> lastPacket, lastArrival;  // monotonic

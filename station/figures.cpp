@@ -1,18 +1,20 @@
 #include "station/figures.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fmt/format.h>
 
 #include "base/about.h"
 #include "base/numbers.h"
 #include "base/reporting.h"
 #include "engine/packet.h"
+#include "engine/queue_service.h"
+#include "station/forecast.h"
 
 namespace ostrel {
 
 namespace {
 
-constexpr std::int64_t kBlockBytes = kBlockSize;
 constexpr int kCountdownSecond = 30;  // of the minute: where TimeLeft goes down
 
 StationState StateOf(const FigureSources& from) {
@@ -39,26 +41,62 @@ StationState StateOf(const FigureSources& from) {
                                                          : StationState::kIdle;
 }
 
-QueueFigures QueueOf(const FigureSources& from, Priority p) {
-  QueueFigures queue;
-  const auto now = from.clock.Monotonic();
-  for (const auto& entry : from.queue.Entries(p)) {
-    ++queue.files;
-    queue.bytes += entry.bytes;
-    queue.blocks += (entry.bytes + kBlockBytes - 1) / kBlockBytes;
-    queue.oldest = std::max(queue.oldest.value_or(milliseconds(0)), now - entry.since);
-  }
-  const auto& onAir = from.status.block;
-  if (onAir && onAir->priority == p)
-    queue.blocks -= std::min<std::int64_t>(onAir->number, queue.blocks);
-  return queue;
+/// When the tick after this moment comes, from now.
+milliseconds NextTick(const FigureSources& from) {
+  const auto since = from.clock.Monotonic() - from.status.lastTick;
+  return kCyclePeriod - since % kCyclePeriod;
 }
 
-double PauseFactor(const FigureSources& from) {
-  const double up = LeadingNumber(from.setup.totdown.Get()) * 60;
-  if (up <= 0) return 1;
-  const std::chrono::duration<double> keyUp = from.transmitter.KeyUpDelay();
-  return (up + LeadingNumber(from.setup.totup.Get()) + 1 + keyUp.count()) / up;
+/// Nothing while the station is off the air. The fields may have been edited since the port was
+/// opened, to what no line is.
+std::optional<Outlook> OutlookOf(const FigureSources& from) {
+  if (from.transmitter.state() != Transmitter::State::kOpen) return std::nullopt;
+  const auto& setup = from.setup;
+  Outlook outlook;
+  const auto measure = [&] {
+    outlook.packet = from.transmitter.TimeOf(kPacketSize);
+    outlook.nearlyDrained = from.transmitter.TimeOf(kNearlyDrained);
+    outlook.pauseText = from.transmitter.TimeOf(Transmitter::kPauseText.size());
+    outlook.waiting = from.transmitter.TimeOf(from.transmitter.BytesWaiting());
+  };
+  if (!TryStep(measure)) return std::nullopt;
+  outlook.now = from.clock.Now();
+  outlook.nextTick = NextTick(from);
+  outlook.txStart = from.status.TxStart;
+  outlook.upMinutes = LeadingNumber(setup.totdown.Get());
+  outlook.downSeconds = LeadingNumber(setup.totup.Get());
+  outlook.keyUp = from.transmitter.KeyUpDelay();
+  if (from.status.onTheAir.Get() != OnTheAir::kPackets) {
+    const auto left = std::max(from.status.endsAt - from.clock.Monotonic(), milliseconds(1));
+    outlook.blockedFor = left;
+    if (from.status.onTheAir.Get() == OnTheAir::kPause)
+      outlook.txStart = outlook.now + left - from.transmitter.KeyUpDelay();
+  }
+  const auto wholeMinutes = [](const Field<std::string>& field) {
+    return static_cast<int>(std::ceil(std::clamp(LeadingNumber(field.Get()), 0.0, 1e6)));
+  };
+  outlook.interval = wholeMinutes(setup.IDTime);
+  outlook.countdown = wholeMinutes(setup.TimeLeft);
+  if (outlook.interval > 0) outlook.identification = from.morse.Length();
+  return outlook;
+}
+
+std::int64_t BlocksLeft(const FigureSources& from, Priority p, const TransmitQueue::Entry& entry) {
+  const auto blocks = BlockCount(entry.bytes);
+  if (entry.state != TransmitQueue::State::kOnAir) return entry.hasFile ? blocks : 0;
+  return std::max<std::int64_t>(blocks - from.status.blocksBuilt[p], 0);
+}
+
+void CountQueues(const FigureSources& from, PerPriority<QueueFigures>& queues) {
+  const auto now = from.clock.Monotonic();
+  ForEachEntry(
+      from, [&](Priority p, const TransmitQueue::Entry& entry, std::optional<milliseconds> outIn) {
+        auto& queue = queues[p];
+        ++queue.files;
+        queue.bytes += entry.bytes;
+        queue.oldest = std::max(queue.oldest.value_or(milliseconds(0)), now - entry.since);
+        if (outIn) queue.outIn = outIn;
+      });
 }
 
 /// The countdown is in minutes and goes down at a fixed second.
@@ -92,31 +130,40 @@ Figures FiguresOf(const FigureSources& from) {
   figures.rate = LeadingInteger(from.setup.lblOutBaud.Get());
   figures.sincePacket = since(status.lastPacket);
   figures.sinceArrival = since(status.lastArrival);
-  for (const Priority p : AllPriorities()) figures.queues[p] = QueueOf(from, p);
+  CountQueues(from, figures.queues);
   figures.onAir = status.block;
   figures.sinceMidnight = {status.FilesSentInAll(), status.FillsSent, status.sinceMidnight};
   figures.sinceStart = {status.filesSinceStart, status.fillsSinceStart, status.sinceStart};
   figures.compressionRatio = status.compression.ratio;
   figures.nextIdentification = NextIdentification(from);
   figures.freeBytes = status.freeBytes;
-  // The fields may have been edited since the port was opened, to what no line is.
-  if (from.transmitter.state() == Transmitter::State::kOpen)
-    TryStep(
-        [&] { figures.packetTime = std::max(from.transmitter.TimeOf(kPacketSize), kCyclePeriod); });
-  figures.pauseFactor = PauseFactor(from);
   return figures;
 }
 
 std::optional<milliseconds> TimeUntilOut(const Figures& figures, Priority p) {
-  if (!figures.packetTime) return std::nullopt;
-  std::chrono::duration<double> time{0};
+  std::optional<milliseconds> time;
   for (const Priority urgent : AllPriorities()) {
-    if (urgent.number() > p.number()) break;
-    const auto& queue = figures.queues[urgent];
-    // The turn that retires a file sends nothing.
-    time += queue.blocks * *figures.packetTime + queue.files * kCyclePeriod;
+    if (urgent.number() <= p.number() && figures.queues[urgent].outIn)
+      time = figures.queues[urgent].outIn;
   }
-  return std::chrono::round<milliseconds>(time * figures.pauseFactor);
+  return time;
+}
+
+void ForEachEntry(const FigureSources& sources, const EntryCall& call) {
+  const auto outlook = OutlookOf(sources);
+  std::optional<Forecast> forecast;
+  if (outlook) forecast.emplace(*outlook);
+  for (const Priority p : AllPriorities()) {
+    for (const auto& entry : sources.queue.Entries(p)) {
+      std::optional<milliseconds> outIn;
+      if (forecast) {
+        const auto out = forecast->Send(BlocksLeft(sources, p, entry));
+        if (entry.hasFile || entry.state == TransmitQueue::State::kOnAir)
+          outIn = std::chrono::round<milliseconds>(std::max(out, nanoseconds(0)));
+      }
+      call(p, entry, outIn);
+    }
+  }
 }
 
 }  // namespace ostrel

@@ -1,10 +1,12 @@
 // The station in figures, as programs beside it ask for them: one plain struct, filled from memory.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
 #include "base/priority.h"
+#include "ident/morse_identification.h"
 #include "intake/transmit_queue.h"
 #include "platform/clock.h"
 #include "radio/transmitter.h"
@@ -26,7 +28,9 @@ enum class StationState {
 struct QueueFigures {
   int files = 0;
   std::int64_t bytes = 0;
-  std::int64_t blocks = 0;             // that are still to be sent
+  /// Until the last of them is out, if nothing more comes; nothing for an empty queue, and while
+  /// the station is off the air.
+  std::optional<milliseconds> outIn;
   std::optional<milliseconds> oldest;  // how long it has waited; nothing when the queue is empty
 };
 
@@ -51,13 +55,10 @@ struct Figures {
   float compressionRatio = 1;
   std::optional<milliseconds> nextIdentification;
   std::optional<std::int64_t> freeBytes;
-  std::optional<milliseconds> packetTime;  // from one packet to the next; nothing off the air
-  double pauseFactor = 1;                  // how much longer all takes with the transmit pauses
 };
 
-/// About how long it takes until all is out that waits at `p` and more urgently, at the present
-/// rate and with the pauses in between, if nothing more comes. Nothing while the station is off the
-/// air.
+/// How long it takes until all is out that waits at `p` and more urgently, if nothing more comes.
+/// Nothing where nothing waits, and while the station is off the air.
 std::optional<milliseconds> TimeUntilOut(const Figures& figures, Priority p);
 
 struct FigureSources {
@@ -66,7 +67,16 @@ struct FigureSources {
   TransmitQueue& queue;
   SetupFields& setup;
   TransmitStatus& status;
+  MorseIdentification& morse;
 };
 Figures FiguresOf(const FigureSources& sources);
+
+/// One that waits, with the time until its last block is out; nothing where none will be, and while
+/// the station is off the air.
+using EntryCall =
+    std::function<void(Priority, const TransmitQueue::Entry&, std::optional<milliseconds> outIn)>;
+/// Every entry in the order in which they are sent, at the present rate, pauses and identifications
+/// reckoned in, if nothing more comes.
+void ForEachEntry(const FigureSources& sources, const EntryCall& call);
 
 }  // namespace ostrel

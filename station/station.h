@@ -59,11 +59,14 @@ class Station {
   Actions& actions() { return actions_; }
   Reporting& reporting() { return log_; }
   /// How the station stands at this moment, from memory.
-  Figures figures() { return FiguresOf({clock_, transmitter_, queue_, setup_, status_}); }
+  Figures figures() { return FiguresOf(FigureParts()); }
   /// What keeps it off the air until somebody helps; empty while there is nothing.
   std::string standstill() const { return Standstill(transmitter_, values_, status_); }
+  /// What waits, in the order in which it is sent.
+  void ForEachEntry(const EntryCall& call) { ostrel::ForEachEntry(FigureParts(), call); }
 
  private:
+  FigureSources FigureParts() { return {clock_, transmitter_, queue_, setup_, status_, morse_}; }
   void HangRulesOnFields();
 
   Clock& clock_;

@@ -59,9 +59,9 @@ TEST(Seam, TellsWhatTheStationDoesAndWhatBecameOfEverything) {
   EXPECT_EQ(status["onAir"],
             Json::parse(R"({"priority":5,"file":"AFDXXX.TXT","block":1,"blocks":3})"));
   EXPECT_EQ(status["queues"][0]["bytes"], 700);
-  // One block of priority 1 and two of priority 5, with pauses of 6.3 s in each minute.
-  EXPECT_NEAR(status["queues"][0]["outIn"], (10.23 + 0.125) * 66.3 / 60, 0.01);
-  EXPECT_NEAR(status["queues"][4]["outIn"], (3 * 10.23 + 0.25) * 66.3 / 60, 0.01);
+  // The rest of a block, one of priority 1, and two more of priority 5.
+  EXPECT_NEAR(status["queues"][0]["outIn"], 10.23 - 2.87 + 10.23, 0.03);
+  EXPECT_NEAR(status["queues"][4]["outIn"], 10.23 - 2.87 + 3 * 10.23, 0.03);
   EXPECT_EQ(status["queues"][4]["files"], 1) << "the one on the air waits for its last block";
   EXPECT_NEAR(status["queues"][4]["oldest"], 2.875, 0.13);
   EXPECT_NEAR(status["sinceArrival"], 0.875, 0.13);
