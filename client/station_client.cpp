@@ -73,10 +73,15 @@ std::string StationClient::ReadLine() {
   }
 }
 
-std::string AskForStatus(const std::string& folder) {
-  StationClient station(SocketOf(folder), kPatience);
-  station.Send(R"({"ask":"status"})");
+std::string AskStation(const std::string& folder, const std::string& question,
+                       std::chrono::milliseconds patience) {
+  StationClient station(SocketOf(folder), patience);
+  station.Send(question);
   return station.ReadLine();
+}
+
+std::string AskForStatus(const std::string& folder) {
+  return AskStation(folder, R"({"ask":"status"})", kPatience);
 }
 
 }  // namespace ostrel

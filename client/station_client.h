@@ -31,8 +31,11 @@ class StationClient {
   std::string received_;
 };
 
-/// The answer of the station in `folder` to "status". Throws std::runtime_error with a text for the
-/// operator.
+/// The answer of the station in `folder` to `question`, a line. Throws std::runtime_error with a
+/// text for the operator.
+std::string AskStation(const std::string& folder, const std::string& question,
+                       std::chrono::milliseconds patience);
+/// The same for "status".
 std::string AskForStatus(const std::string& folder);
 
 }  // namespace ostrel

@@ -122,6 +122,7 @@ void QueueService::ServeFile(Priority p) {
   if (n > count) return RetireFile(p);
   isFollowed_ = true;
   parts_.status.blocksBuilt[p] = n;
+  if (!parts_.status.PendingPacket.empty()) parts_.queue.CountBlock(p, n, count);
   parts_.status.block = BlockOnAir{p, onAir.file, n, count};
   parts_.mainFields.lblSending[p].Set(fmt::format("Sending {}: {} of {}", onAir.file, n, count));
 }

@@ -7,6 +7,7 @@ namespace {
 
 // A full flush at each record: what a power failure takes back would come twice.
 constexpr const char* kSchema =
+    "PRAGMA journal_mode = WAL;"
     "PRAGMA synchronous = FULL;"
     "CREATE TABLE IF NOT EXISTS product ("
     "name TEXT NOT NULL, hash TEXT NOT NULL, at INTEGER NOT NULL, PRIMARY KEY (name, hash)) "
@@ -23,9 +24,9 @@ std::int64_t Number(FeedMemory::Time time) {
 
 }  // namespace
 
-FeedMemory::FeedMemory(const std::string& path) : database_(path, "Memory of the feed") {
-  sqlite3_busy_timeout(database_.Get(), kPatience);
-  database_.UseWriteAheadLog();
+FeedMemory::FeedMemory(const std::string& path)
+    : database_(path, "Memory of the feed", DatabaseUse::kReadAndWrite) {
+  sqlite3_busy_timeout(database_.Handle(), kPatience);
   database_.Execute(kSchema);
 }
 

@@ -87,6 +87,9 @@ void Compression::CompressBlock() {
     const int priority = LeadingInteger(parts_.setup.BlockPriority.Get());
     parts_.queue.Add(Priority(priority), name, JoinPath(BlockFolder(), name));
     Count(SizeOrZero(parts_.queue.PathOf(name)), uncompressed);
+    const auto id = parts_.queue.Entries(Priority(priority)).back().product.id;
+    for (const auto& file : archived)
+      parts_.history.EndAt(JoinPath(BlockFolder(), file), Fate::kArchived, id);
     DeleteArchived(archived);
   });
 }

@@ -25,6 +25,7 @@ class Compression {
     Archives& archives;
     Clock& clock;
     TransmitQueue& queue;
+    ProductHistory& history;
     Reporting& reporting;
     SetupFields& setup;
     TransmitStatus& status;

@@ -44,6 +44,14 @@ std::string EntryRecords::Make(Priority p, const std::string& name, const std::s
   }
 }
 
+std::string EntryRecords::MakeCopy(Priority p, const std::string& file, const std::string& name) {
+  const auto record =
+      FirstFreeName(name, [&](const std::string& n) { return parts_.files.Exists(PathOf(p, n)); });
+  if (!parts_.files.Exists(FolderOf(p))) MakeFolders();
+  parts_.copy.CopyFile(file, PathOf(p, record));
+  return PathOf(p, record);
+}
+
 /// Somebody may have removed the folders.
 void EntryRecords::Keep(const std::string& file, const std::string& kept) {
   const auto link = [&] { parts_.files.Link(file, kept); };

@@ -36,6 +36,9 @@ class EntryRecords {
   /// a log line: the name is empty.
   std::string Make(Priority p, const std::string& name, const std::string& file,
                    const std::string& source);
+  /// Records a copy of `file`, which no queue lists. Returns the path of the record, which the next
+  /// start gives back where nobody has taken it. Throws Failure.
+  std::string MakeCopy(Priority p, const std::string& file, const std::string& name);
   /// Makes the file anew out of its record, which stays. Throws Failure.
   void Restore(Priority p, const std::string& record, const std::string& file) {
     Keep(PathOf(p, record), file);

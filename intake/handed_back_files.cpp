@@ -36,9 +36,10 @@ void HandedBackFiles::HandBack(Priority p) {
     const bool isTooOld = age > milliseconds(0) && parts_.clock.UtcNow() - file.time > age;
     const bool isNewest = products.emplace(StripExtension(file.name)).second;
     if (isTooOld || (IsChecked(parts_.setup.chkOverWrite[p]) && !isNewest)) {
-      Discard(p, file);
+      Discard(p, file, isTooOld ? Fate::kPurged : Fate::kReplaced);
     } else if (!file.isBack) {
-      RunStep(parts_.reporting, kCategory, [&] { MoveBack(p, file.name); });
+      RunStep(parts_.reporting, kCategory,
+              [&] { GiveBack(parts_.records.PathOf(p, file.name), p, file.name); });
     }
   }
 }
@@ -58,16 +59,21 @@ std::vector<HandedBackFiles::Recorded> HandedBackFiles::FilesOf(Priority p) {
   return files;
 }
 
-void HandedBackFiles::MoveBack(Priority p, const std::string& record) {
-  const auto name = FirstFreeName(
-      record, [&](const std::string& n) { return parts_.files.Exists(InHoldingFolder(p, n)); });
-  const auto path = parts_.records.PathOf(p, record);
-  TryStep([&] { parts_.records.Keep(path, JoinPath(FolderOf(p), name)); });
-  parts_.copy.MoveFile(path, InHoldingFolder(p, name));
-  names_[p].insert(name);
+std::string HandedBackFiles::GiveBack(const std::string& path, Priority p,
+                                      const std::string& name) {
+  const auto freeName = FirstFreeName(
+      name, [&](const std::string& n) { return parts_.files.Exists(InHoldingFolder(p, n)); });
+  auto placed = InHoldingFolder(p, freeName);
+  TryStep([&] { parts_.records.Keep(path, JoinPath(FolderOf(p), freeName)); });
+  parts_.copy.MoveFile(path, placed);
+  names_[p].insert(freeName);
+  parts_.history.Move(path, placed);
+  return placed;
 }
 
-void HandedBackFiles::Discard(Priority p, const Recorded& file) {
+void HandedBackFiles::Discard(Priority p, const Recorded& file, Fate fate) {
+  parts_.history.EndAt(
+      file.isBack ? InHoldingFolder(p, file.name) : parts_.records.PathOf(p, file.name), fate);
   if (!file.isBack) return parts_.records.Drop(p, file.name);
   RunStep(parts_.reporting, kCategory, [&] {
     parts_.files.Delete(InHoldingFolder(p, file.name));

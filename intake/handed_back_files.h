@@ -11,6 +11,7 @@
 #include "base/priority.h"
 #include "base/reporting.h"
 #include "intake/entry_records.h"
+#include "intake/product_history.h"
 #include "platform/clock.h"
 #include "state/setup_fields.h"
 
@@ -23,6 +24,7 @@ class HandedBackFiles {
     Clock& clock;
     FileCopy& copy;
     EntryRecords& records;
+    ProductHistory& history;
     Reporting& reporting;
     const SetupFields& setup;
     const ProgramValues& values;
@@ -34,6 +36,11 @@ class HandedBackFiles {
   /// moved is reported and waits for the next start. Throws Failure when the folders of the record
   /// cannot be made.
   void HandBack();
+
+  /// A file that has been through the intake before, and lies at `path`, goes to the holding folder
+  /// of `p` under `name` or the next free one. Returns its path there. Throws Failure, and it stays
+  /// where it is then.
+  std::string GiveBack(const std::string& path, Priority p, const std::string& name);
 
   /// True for a file of the holding folder that came back: it has been through the intake before,
   /// and all that came since is newer.
@@ -51,8 +58,7 @@ class HandedBackFiles {
   void MakeFolders();
   void HandBack(Priority p);
   std::vector<Recorded> FilesOf(Priority p);
-  void MoveBack(Priority p, const std::string& record);
-  void Discard(Priority p, const Recorded& file);
+  void Discard(Priority p, const Recorded& file, Fate fate);
   std::string FolderOf(Priority p) const;
   std::string InHoldingFolder(Priority p, const std::string& name) const;
 

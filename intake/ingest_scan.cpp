@@ -26,7 +26,7 @@ bool IsReceivedArchive(std::string_view name) {
 }
 
 void IngestScan::CheckForNewFiles() {
-  if (!MayBeScanned()) return;
+  if (parts_.status.intakeIsPaused || !MayBeScanned()) return;
   std::string path = parts_.values.ingestPath;
   try {
     const auto name = parts_.files.FirstFile(parts_.values.ingestPath, {});
@@ -59,20 +59,29 @@ void IngestScan::TakeFile(const std::string& listedName) {
   parts_.status.lastArrival = parts_.clock.Monotonic();
 
   const auto name = ToUpper(listedName);
-  if (parts_.values.unZipFiles && IsReceivedArchive(name)) return Unpack(*hold, path);
-  if (parts_.rules.DiscardedBy(name)) {
+  auto arrival = parts_.history.Receive(path, name);
+  if (parts_.values.unZipFiles && IsReceivedArchive(name)) {
+    Unpack(path);
+    parts_.history.End(std::move(arrival), Fate::kUnpacked);
+  } else if (parts_.rules.DiscardedBy(name)) {
     parts_.status.Count(&Counts::discarded);
-    return DeleteTaken(*hold, path);
-  }
-  MakeCopies(path, name);
-  const auto target = parts_.rules.TargetOf(name);
-  if (target) {
-    PlaceInFolder(target->folder(), path, name);
+    parts_.history.End(std::move(arrival), Fate::kDiscarded);
   } else {
-    parts_.status.Count(&Counts::unmatched);
-    parts_.kept.Keep(path, name);
+    Route(std::move(arrival), path, name);
   }
   DeleteTaken(*hold, path);
+}
+
+void IngestScan::Route(ProductHistory::Arrival arrival, const std::string& path,
+                       const std::string& name) {
+  MakeCopies(path, name);
+  if (const auto target = parts_.rules.TargetOf(name)) {
+    const auto placed = PlaceInFolder(target->folder(), path, name);
+    return parts_.history.Place(std::move(arrival), target->folder(), placed);
+  }
+  parts_.status.Count(&Counts::unmatched);
+  if (parts_.kept.Keep(path, name) == KeptFiles::Outcome::kUnwanted)
+    parts_.history.End(std::move(arrival), Fate::kNoRule);
 }
 
 /// What was taken and cannot be deleted counts as in use, and would lie there in silence.
@@ -91,7 +100,7 @@ void IngestScan::DeleteTaken(FileHold& hold, const std::string& path) {
   throw Failure(failure_number::kPermissionDenied, "In use: " + path);
 }
 
-void IngestScan::Unpack(FileHold& hold, const std::string& path) {
+void IngestScan::Unpack(const std::string& path) {
   const auto found = archiveDepths_.find(path);
   const int depth = found != archiveDepths_.end() ? found->second : 1;
   ExtractResult result;
@@ -106,7 +115,6 @@ void IngestScan::Unpack(FileHold& hold, const std::string& path) {
   for (const auto& file : result.files) {
     if (IsReceivedArchive(ToUpper(FileNameOf(file)))) archiveDepths_[file] = depth + 1;
   }
-  DeleteTaken(hold, path);
 }
 
 void IngestScan::MakeCopies(const std::string& path, const std::string& name) {
@@ -123,7 +131,8 @@ void IngestScan::MakeCopies(const std::string& path, const std::string& name) {
   }
 }
 
-void IngestScan::PlaceInFolder(int folder, const std::string& path, const std::string& name) {
+std::string IngestScan::PlaceInFolder(int folder, const std::string& path,
+                                      const std::string& name) {
   const auto destination = parts_.values.HoldingFolder(folder);
   const auto freeName = FirstFreeName(name, [&](const std::string& candidate) {
     return parts_.files.Exists(JoinPath(destination, candidate));
@@ -138,6 +147,7 @@ void IngestScan::PlaceInFolder(int folder, const std::string& path, const std::s
     throw;
   }
   parts_.files.Secure(placed, path);
+  return placed;
 }
 
 void IngestScan::OnFailure(const Failure& failure, const std::string& path) {

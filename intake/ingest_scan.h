@@ -10,6 +10,7 @@
 #include "intake/file_copy.h"
 #include "intake/kept_files.h"
 #include "intake/placed_files.h"
+#include "intake/product_history.h"
 #include "intake/rule_matcher.h"
 #include "platform/archives.h"
 #include "platform/clock.h"
@@ -30,6 +31,7 @@ class IngestScan {
     FileCopy& copy;
     const RuleMatcher& rules;
     KeptFiles& kept;
+    ProductHistory& history;
     Reporting& reporting;
     TransmitStatus& status;
     const ProgramValues& values;
@@ -43,9 +45,10 @@ class IngestScan {
  private:
   bool MayBeScanned();
   void TakeFile(const std::string& listedName);
-  void Unpack(FileHold& hold, const std::string& path);
+  void Unpack(const std::string& path);
+  void Route(ProductHistory::Arrival arrival, const std::string& path, const std::string& name);
   void MakeCopies(const std::string& path, const std::string& name);
-  void PlaceInFolder(int folder, const std::string& path, const std::string& name);
+  std::string PlaceInFolder(int folder, const std::string& path, const std::string& name);
   void DeleteTaken(FileHold& hold, const std::string& path);
   void OnFailure(const Failure& failure, const std::string& path);
 

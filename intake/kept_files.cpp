@@ -17,8 +17,8 @@ constexpr std::size_t kFilesThatGo = 1'000;  // so that the folder is seldom loo
 
 }  // namespace
 
-void KeptFiles::Keep(const std::string& path, const std::string& name) {
-  if (parts_.rules.AllAreKnown()) return;
+KeptFiles::Outcome KeptFiles::Keep(const std::string& path, const std::string& name) {
+  if (parts_.rules.AllAreKnown()) return Outcome::kUnwanted;
   const auto folder = parts_.values.KeptFolder();
   if (!parts_.files.Exists(folder)) parts_.files.CreateFolder(folder);
   MakeRoom();
@@ -27,6 +27,7 @@ void KeptFiles::Keep(const std::string& path, const std::string& name) {
   parts_.copy.CopyFile(path, PathOf(freeName));
   parts_.files.Secure(PathOf(freeName), path);
   ++*count_;
+  return Outcome::kKept;
 }
 
 void KeptFiles::MakeRoom() {
@@ -35,7 +36,7 @@ void KeptFiles::MakeRoom() {
   count_ = names.size();
   if (*count_ < kMostFiles) return;
   names.resize(kFilesThatGo);
-  for (const auto& name : names) parts_.files.Delete(PathOf(name));
+  for (const auto& name : names) Drop(name);
   *count_ -= kFilesThatGo;
   parts_.reporting.WriteLog(
       kCategory, fmt::format("KvData/RtKept was full ({} files): the {} oldest are deleted.",
@@ -73,12 +74,18 @@ void KeptFiles::GiveOneBack() {
 }
 
 void KeptFiles::Return(const std::string& name) {
-  if (IsTooOld(PathOf(name))) return parts_.files.Delete(PathOf(name));
+  if (IsTooOld(PathOf(name))) return Drop(name);
   const auto& ingestPath = parts_.values.ingestPath;
   const auto freeName = FirstFreeName(name, [&](const std::string& candidate) {
     return parts_.files.Exists(ingestPath + candidate);
   });
   parts_.copy.MoveFile(PathOf(name), ingestPath + freeName);
+}
+
+void KeptFiles::Drop(const std::string& name) {
+  auto arrival = parts_.history.Receive(PathOf(name), name);
+  parts_.files.Delete(PathOf(name));
+  parts_.history.End(std::move(arrival), Fate::kPurged);
 }
 
 bool KeptFiles::IsTooOld(const std::string& path) {

@@ -10,6 +10,7 @@
 
 #include "base/reporting.h"
 #include "intake/file_copy.h"
+#include "intake/product_history.h"
 #include "intake/rule_lists.h"
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -24,6 +25,7 @@ class KeptFiles {
     Clock& clock;
     FileCopy& copy;
     const RuleLists& rules;
+    ProductHistory& history;
     Reporting& reporting;
     const ProgramValues& values;
   };
@@ -32,7 +34,8 @@ class KeptFiles {
   /// A file that no known rule names, before its caller deletes it: copied to the folder under a
   /// free name while a list is unknown. Of 10,000 files the 1,000 oldest make room for those that
   /// follow, with a log line. Throws Failure when the copy fails.
-  void Keep(const std::string& path, const std::string& name);
+  enum class Outcome { kKept, kUnwanted };
+  Outcome Keep(const std::string& path, const std::string& name);
 
   /// Once every list is known: what is kept is to go back to the ingest folder, the oldest first.
   /// A failure to list it is reported.
@@ -47,6 +50,7 @@ class KeptFiles {
   std::deque<std::string> OldestFirst();
   void Return(const std::string& name);
   bool IsTooOld(const std::string& path);
+  void Drop(const std::string& name);
   std::string PathOf(const std::string& name) const;
 
   Parts parts_;

@@ -50,6 +50,7 @@ void QueueIntake::TakeOne(Priority p) {
   const auto source = JoinPath(parts_.values.HoldingFolder(p.number()), *file);
   bool isDone = false;
   RunRetried(*file, [&] { isDone = placed_.Contains(source) || IsSuperseded(p, *file); });
+  if (isDone) parts_.history.EndAt(source, Fate::kReplaced);
   if (!isDone && !Queue(p, source)) {
     // It stays for the next call: a full disk passes. Its own trouble must not hold up the others.
     if (!CanBeRead(source)) steppedOver_.StepOver(source);

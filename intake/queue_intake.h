@@ -22,6 +22,7 @@ class QueueIntake {
     Compression& compression;
     TransmitQueue& queue;
     HandedBackFiles& handedBack;
+    ProductHistory& history;
     Reporting& reporting;
     const SetupFields& setup;
     const ProgramValues& values;

@@ -53,7 +53,7 @@ void TransmitQueue::Replace(Priority p, std::size_t position, const std::string&
   auto replaced = std::exchange(entries_[p][position], Recorded(p, name, source));
   parts_.status.Count(&Counts::replaced);
   parts_.mainFields.PriorityList[p].Replace(position, name);
-  End(p, replaced);
+  End(p, replaced, Fate::kReplaced);
 }
 
 TransmitQueue::Entry TransmitQueue::Recorded(Priority p, const std::string& name,
@@ -62,6 +62,8 @@ TransmitQueue::Entry TransmitQueue::Recorded(Priority p, const std::string& name
     Entry entry{.name = name, .record = parts_.records.Make(p, name, PathOf(name), source)};
     TryStep([&] { entry.bytes = parts_.files.Status(PathOf(name)).size; });
     entry.since = parts_.clock.Monotonic();
+    const auto record = entry.record.empty() ? "" : parts_.records.PathOf(p, entry.record);
+    entry.product = parts_.history.Enter(p, source, PathOf(name), record);
     return entry;
   } catch (const Failure&) {
     TryStep([&] { parts_.files.Delete(PathOf(name)); });
@@ -101,12 +103,71 @@ void TransmitQueue::Remove(Priority p, std::vector<std::size_t> positions) {
   for (const auto position : positions) {
     if (position >= queue.size()) continue;
     if (position == 0 && IsOnAir(p)) return;
-    End(p, queue[position]);
+    End(p, queue[position], Fate::kRemoved);
     const auto name = std::move(queue[position].name);
     queue.erase(queue.begin() + static_cast<std::ptrdiff_t>(position));
     parts_.mainFields.PriorityList[p].Remove(position);
     parts_.reporting.WriteLog(fmt::format("Priority {}", p.number()), "Removed " + name);
   }
+}
+
+std::optional<TransmitQueue::Listed> TransmitQueue::Find(std::string_view name) const {
+  for (const Priority p : AllPriorities()) {
+    const auto found = std::ranges::find(entries_[p], name, &Entry::name);
+    if (found != entries_[p].end())
+      return Listed{p, static_cast<std::size_t>(found - entries_[p].begin())};
+  }
+  return std::nullopt;
+}
+
+TransmitQueue::Entry& TransmitQueue::Waiting(const Listed& listed) {
+  auto& entry = entries_[listed.p][listed.position];
+  const auto refuse = [&](const char* why) {
+    throw Failure(failure_number::kInvalidArgument, fmt::format("{} {}.", entry.name, why));
+  };
+  if (entry.state == State::kOnAir) refuse("is on the air");
+  if (entry.state == State::kGivesWay) refuse("gives way to a newer file");
+  if (!entry.hasFile) refuse("has lost its file");
+  return entry;
+}
+
+/// The one that is whole whatever happens to the power.
+std::string TransmitQueue::FileOf(Priority p, const Entry& entry) const {
+  return entry.record.empty() ? PathOf(entry.name) : parts_.records.PathOf(p, entry.record);
+}
+
+void TransmitQueue::Hold(const Listed& listed) {
+  const auto& entry = Waiting(listed);
+  const auto held = parts_.held.Take(FileOf(listed.p, entry), listed.p, entry.name);
+  parts_.history.Leave(entry.product, held, Fate::kHeld);
+  Leave(listed);
+}
+
+void TransmitQueue::Move(const Listed& listed, Priority p) {
+  auto& entry = Waiting(listed);
+  const auto placed = parts_.handedBack.GiveBack(FileOf(listed.p, entry), p, entry.name);
+  entry.product.priority = p.number();
+  parts_.history.Leave(entry.product, placed, Fate::kWaiting);
+  Leave(listed);
+}
+
+/// What became of its record and its history is seen to.
+void TransmitQueue::Leave(const Listed& listed) {
+  auto& queue = entries_[listed.p];
+  DeleteFile(queue[listed.position]);
+  queue.erase(queue.begin() + static_cast<std::ptrdiff_t>(listed.position));
+  parts_.mainFields.PriorityList[listed.p].Remove(listed.position);
+}
+
+void TransmitQueue::PutFirst(const Listed& listed) {
+  auto entry = std::move(Waiting(listed));
+  auto& queue = entries_[listed.p];
+  queue.erase(queue.begin() + static_cast<std::ptrdiff_t>(listed.position));
+  const auto place = IsOnAir(listed.p) ? 1 : 0;
+  auto& list = parts_.mainFields.PriorityList[listed.p];
+  list.Remove(listed.position);
+  list.Insert(place, entry.name);
+  queue.insert(queue.begin() + place, std::move(entry));
 }
 
 void TransmitQueue::Purge(UtcTime limit) {
@@ -117,7 +178,7 @@ void TransmitQueue::Purge(UtcTime limit) {
     if (!entry.hasFile || !deleted.contains(entry.name)) return;
     entry.hasFile = false;
     parts_.status.Count(&Counts::purged);
-    End(p, entry);
+    End(p, entry, Fate::kPurged);
   };
   for (const Priority p : AllPriorities()) {
     for (auto& entry : entries_[p]) endDeleted(p, entry);
@@ -131,13 +192,20 @@ const TransmitQueue::Entry& TransmitQueue::Start(Priority p) {
   return entry;
 }
 
+void TransmitQueue::CountBlock(Priority p, long long n, long long count) {
+  auto& entry = entries_[p].front();
+  entry.blockCount = count;
+  if (entry.blocksSent++ == 0) parts_.history.Begins(entry.product);
+  if (n == count) entry.product.lastBlock = parts_.clock.UtcNow();
+}
+
 void TransmitQueue::Retire(Priority p) {
   sent_.push_back({p, TakeFirst(p)});
 }
 
 void TransmitQueue::SendAgain(Priority p) {
   auto entry = TakeFirst(p);
-  if (entry.record.empty()) return End(p, entry);
+  if (entry.record.empty()) return End(p, entry, Fate::kIncomplete);
   parts_.reporting.WriteLog(
       kCategory,
       fmt::format("{} met a file of its name on the air and is sent again.", entry.name));
@@ -146,13 +214,15 @@ void TransmitQueue::SendAgain(Priority p) {
   // What cannot come back now does so at the next start.
   entry.hasFile = RunStep(parts_.reporting, kCategory,
                           [&] { parts_.records.Restore(p, entry.record, PathOf(entry.name)); });
+  entry.blocksSent = 0;
+  entry.product.sentAs = entry.name;
   if (entry.hasFile) ListAgain(p, std::move(entry));
 }
 
 bool TransmitQueue::HoldBack(Priority p) {
   auto entry = TakeFirst(p);
   if (!entry.hasFile || !parts_.files.Exists(PathOf(entry.name))) {
-    End(p, entry);
+    End(p, entry, Fate::kGone);
     return false;
   }
   entry.wasRefused = true;
@@ -170,14 +240,19 @@ bool TransmitQueue::HoldsBackProduct(std::string_view name) const {
 void TransmitQueue::EndHeldBack(Priority p, std::string_view product) {
   std::erase_if(heldBack_, [&](Unlisted& held) {
     const bool isOlder = held.p == p && StripExtension(held.entry.name) == product;
-    if (isOlder) End(p, held.entry);
+    if (isOlder) End(p, held.entry, Fate::kReplaced);
     return isOlder;
   });
 }
 
 void TransmitQueue::ReleaseSent() {
-  for (auto& sent : sent_) End(sent.p, sent.entry);
+  for (auto& sent : sent_) End(sent.p, sent.entry, FateOfRetired(sent.entry));
   sent_.clear();
+}
+
+Fate TransmitQueue::FateOfRetired(const Entry& entry) {
+  if (entry.blocksSent == 0) return entry.bytes == 0 ? Fate::kEmpty : Fate::kGone;
+  return entry.blocksSent == entry.blockCount ? Fate::kSent : Fate::kIncomplete;
 }
 
 void TransmitQueue::ListHeldBack() {
@@ -190,7 +265,8 @@ void TransmitQueue::ListHeldBack() {
 
 /// What is listed of the product by now is newer.
 void TransmitQueue::ListAgain(Priority p, Entry entry) {
-  if (!entry.hasFile || (IsOverwritten(p) && HoldsProduct(p, entry.name))) return End(p, entry);
+  if (!entry.hasFile || (IsOverwritten(p) && HoldsProduct(p, entry.name)))
+    return End(p, entry, Fate::kReplaced);
   Append(p, std::move(entry));
 }
 
@@ -213,7 +289,8 @@ void TransmitQueue::DeleteFile(Entry& entry) {
     TryStep([&] { parts_.files.Delete(PathOf(entry.name)); });
 }
 
-void TransmitQueue::End(Priority p, Entry& entry) {
+void TransmitQueue::End(Priority p, Entry& entry, Fate fate) {
+  parts_.history.End(entry.product, fate);
   DeleteFile(entry);
   if (!entry.record.empty()) parts_.records.Drop(p, std::exchange(entry.record, {}));
 }

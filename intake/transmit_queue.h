@@ -17,6 +17,8 @@
 #include "base/priority.h"
 #include "intake/entry_records.h"
 #include "intake/handed_back_files.h"
+#include "intake/held_files.h"
+#include "intake/product_history.h"
 #include "state/main_fields.h"
 #include "state/transmit_status.h"
 
@@ -30,6 +32,8 @@ class TransmitQueue {
     FileCopy& copy;
     EntryRecords& records;
     HandedBackFiles& handedBack;
+    HeldFiles& held;
+    ProductHistory& history;
     Reporting& reporting;
     MainFields& mainFields;
     const SetupFields& setup;
@@ -49,6 +53,8 @@ class TransmitQueue {
     bool wasRefused = false;  // the sent folder did not take its file
     std::int64_t bytes = 0;   // of its file, when it came
     milliseconds since{0};    // monotonic: when it came
+    ProductRow product = {};  // of the history
+    long long blocksSent = 0, blockCount = 0;
   };
 
   explicit TransmitQueue(const Parts& parts) : parts_(parts) {}
@@ -84,6 +90,21 @@ class TransmitQueue {
   /// The operator removes these entries, in any order; the log names each. The one that is on the
   /// air stays, positions beyond the end are ignored.
   void Remove(Priority p, std::vector<std::size_t> positions);
+
+  // An operator's wishes. They throw Failure when the entry is on the air, gives way to a newer
+  // file or has lost its own, and when its file cannot be moved; it stays as it was then.
+  struct Listed {
+    Priority p;
+    std::size_t position;
+  };
+  std::optional<Listed> Find(std::string_view name) const;
+  /// Out of the queue, into the folder of what is held.
+  void Hold(const Listed& entry);
+  /// Out of the queue and through the intake again, into that of `p`.
+  void Move(const Listed& entry, Priority p);
+  /// In front of all that wait in its queue.
+  void PutFirst(const Listed& entry);
+
   /// Deletes what was last written before `limit` from RtXmit. The entries stay listed until their
   /// turn, which finds no file. Throws Failure when the folder cannot be listed.
   void Purge(UtcTime limit);
@@ -103,6 +124,8 @@ class TransmitQueue {
   const Entry& Start(Priority p);
   /// Its file has been copied to the sent folder and leaves RtXmit.
   void DropFile(Priority p) { DeleteFile(entries_[p].front()); }
+  /// Block `n` of its `count` was built and goes to the line.
+  void CountBlock(Priority p, long long n, long long count);
   /// It has no further block: it leaves the list and ends with the next ReleaseSent.
   void Retire(Priority p);
   /// Another file of its name took its place in the sent folder: it leaves the list, and its file
@@ -132,13 +155,17 @@ class TransmitQueue {
   Entry Recorded(Priority p, const std::string& name, const std::string& source);
   void Append(Priority p, Entry entry);
   Entry TakeFirst(Priority p);
+  Entry& Waiting(const Listed& listed);
+  std::string FileOf(Priority p, const Entry& entry) const;
+  void Leave(const Listed& listed);
   void ListAgain(Priority p, Entry entry);
   std::optional<std::size_t> FindProduct(Priority p, std::string_view name,
                                          std::size_t first) const;
   void EndHeldBack(Priority p, std::string_view product);
   bool IsOverwritten(Priority p) const { return IsChecked(parts_.setup.chkOverWrite[p]); }
   void DeleteFile(Entry& entry);
-  void End(Priority p, Entry& entry);
+  void End(Priority p, Entry& entry, Fate fate);
+  static Fate FateOfRetired(const Entry& entry);
 
   Parts parts_;
   PerPriority<std::deque<Entry>> entries_;  // as PriorityList shows them

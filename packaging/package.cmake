@@ -2,8 +2,8 @@
 # The station's own files (rule lists, Morse table, fill text, settings, queues) are its operator's:
 # the package carries them as a starting set, and its postinst lays down what is missing.
 # The core runs a station without windows; what needs a window system is a package of its own.
-set(core_programs ostrel-feed ostrel-headless ostrel-monitor ostrel-settings ostrel-simulate ostrel-status
-    ostrel-watch)
+set(core_programs ostrel-feed ostrel-headless ostrel-monitor ostrel-queue ostrel-settings ostrel-simulate
+    ostrel-status ostrel-watch)
 function(ostrel_install_programs component)
   install(TARGETS ${ARGN} DESTINATION opt/ostrel COMPONENT ${component})
   foreach(program ${ARGN})
@@ -59,8 +59,8 @@ function(ostrel_install_pages component)
                           ${component})
   endforeach()
 endfunction()
-ostrel_install_pages(core ostrel-feed.1 ostrel-headless.1 ostrel-monitor.1 ostrel-settings.1 ostrel-simulate.1
-                     ostrel-status.1 ostrel-watch.1 ostrel-rules.5)
+ostrel_install_pages(core ostrel-feed.1 ostrel-headless.1 ostrel-monitor.1 ostrel-queue.1 ostrel-settings.1
+                     ostrel-simulate.1 ostrel-status.1 ostrel-watch.1 ostrel-rules.5)
 ostrel_install_pages(windows ostrel.1)
 
 function(ostrel_install_documents component package)

@@ -21,6 +21,8 @@ class LocalSocket {
   /// Listens at `path`, open to the account and to the folder's group. What an earlier run left
   /// there goes. Throws Failure 57.
   virtual void Open(const std::string& path) = 0;
+  /// The account that asks, as the system tells it.
+  virtual std::string AccountOf(Asker asker) = 0;
   /// Ends all connections and removes the socket.
   virtual void Close() = 0;
   /// Sends a line, its end added, at once as far as the system takes it, and without waiting. An

@@ -10,6 +10,7 @@
 #include "platform/dialogs.h"
 #include "platform/event_loop.h"
 #include "platform/files.h"
+#include "platform/history.h"
 #include "platform/instance_lock.h"
 #include "platform/serial_port.h"
 #include "platform/settings_store.h"
@@ -28,6 +29,7 @@ struct Platform {
   Files& files;
   Archives& archives;
   SettingsStores& stores;
+  History& history;
   Dialogs& dialogs;
   Desktop& desktop;
   InstanceLock& instance;

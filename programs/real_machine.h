@@ -19,6 +19,7 @@
 #include "platform/qt/qt_event_loop.h"
 #include "platform/qt/qt_local_socket.h"
 #include "platform/qt/qt_timer.h"
+#include "platform/qt/sqlite_history.h"
 #include "platform/qt/udp_channel.h"
 #include "profile/station_profile.h"
 #include "seam/seam.h"
@@ -42,6 +43,7 @@ struct RealMachine {
   LinuxFiles files{clock};
   ZipArchives archives{files, clock};
   SqliteSettingsStores stores{JoinPath(folder, "KvRegistry.db")};
+  SqliteHistory history{JoinPath(folder, "KvHistory.db")};
   Windows dialogs{clock};
   OtherPrograms desktop;
   LinuxInstanceLock instance{folder};
@@ -57,6 +59,7 @@ struct RealMachine {
             .files = files,
             .archives = archives,
             .stores = stores,
+            .history = history,
             .dialogs = dialogs,
             .desktop = desktop,
             .instance = instance};

@@ -3,23 +3,17 @@
 #include <array>
 #include <chrono>
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 #include <utility>
+
+#include "seam/requests.h"
 
 namespace ostrel {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 constexpr int kDeepestQuestion = 4;  // braces within braces: a question needs one
 constexpr std::array kStates = {"sending",     "idle",        "paused",       "identifying",
                                 "port closed", "port failed", "port vanished"};
-
-Json Seconds(std::optional<milliseconds> time) {
-  if (!time) return nullptr;
-  return std::chrono::duration<double>(*time).count();
-}
 
 std::string Stamp(UtcTime time) {
   const auto day = std::chrono::floor<std::chrono::days>(time);
@@ -78,11 +72,11 @@ bool IsShallow(int depth, Json::parse_event_t /*event*/, Json& /*parsed*/) {
   return true;
 }
 
-std::string AskedFor(std::string_view line) {
-  const auto question = Json::parse(line, IsShallow);
+Json QuestionIn(std::string_view line) {
+  auto question = Json::parse(line, IsShallow);
   if (!question.is_object() || !question.contains("ask") || !question["ask"].is_string())
     throw std::invalid_argument("A question is an object with \"ask\".");
-  return question["ask"];
+  return question;
 }
 
 }  // namespace
@@ -109,7 +103,8 @@ std::string StatusLine(const Figures& figures) {
                  {"sinceStart", DayOf(figures.sinceStart)},
                  {"compressionRatio", figures.compressionRatio},
                  {"nextIdentification", Seconds(figures.nextIdentification)},
-                 {"freeBytes", figures.freeBytes ? Json(*figures.freeBytes) : Json()}});
+                 {"freeBytes", figures.freeBytes ? Json(*figures.freeBytes) : Json()},
+                 {"intakePaused", figures.intakeIsPaused}});
 }
 
 Seam::Seam(Station& station, LocalSocket& socket) : station_(station), socket_(socket) {
@@ -126,17 +121,27 @@ Seam::Seam(Station& station, LocalSocket& socket) : station_(station), socket_(s
 
 void Seam::Answer(Asker asker, std::string_view line) {
   try {
-    const auto asked = AskedFor(line);
-    if (asked == "status") return socket_.Send(asker, StatusLine(station_.figures()));
-    if (asked != "silence")
-      return socket_.Send(asker,
-                          Refusal("There is no such question. \"status\" and \"silence\" are."));
-    std::erase(wantToKnow_, asker);
-    wantToKnow_.push_back(asker);
-    if (wantToKnow_.size() > kMostAskers) wantToKnow_.erase(wantToKnow_.begin());
+    const auto question = QuestionIn(line);
+    if (question["ask"] == "silence") return AskForSilence(asker);
+    socket_.Send(asker, AnswerTo(asker, question));
   } catch (const std::exception& error) {
     socket_.Send(asker, Refusal(error.what()));
   }
+}
+
+std::string Seam::AnswerTo(Asker asker, const Json& question) {
+  const std::string asked = question["ask"];
+  if (asked == "status") return StatusLine(station_.figures());
+  if (asked == "list") return LineOf(ListOf(station_, question));
+  if (asked == "held") return LineOf(HeldOf(station_, question));
+  const auto done = DoAsAsked(station_, socket_.AccountOf(asker), question);
+  return done.is_null() ? Refusal("There is no such question.") : LineOf(done);
+}
+
+void Seam::AskForSilence(Asker asker) {
+  std::erase(wantToKnow_, asker);
+  wantToKnow_.push_back(asker);
+  if (wantToKnow_.size() > kMostAskers) wantToKnow_.erase(wantToKnow_.begin());
 }
 
 /// An identification blocks the station's one thread: nobody is answered until it is over.

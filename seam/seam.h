@@ -1,8 +1,9 @@
 // What the station answers to programs beside it, over its local socket. docs/socket.md describes
-// the questions and the answers. It reads the state and decides nothing; without it the station is
-// the same station.
+// the questions and the answers. It reads the state, passes on what operators ask for and decides
+// nothing; without it the station is the same station.
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +30,8 @@ class Seam {
 
  private:
   void Answer(Asker asker, std::string_view line);
+  std::string AnswerTo(Asker asker, const nlohmann::ordered_json& question);
+  void AskForSilence(Asker asker);
   void TellOfSilence();
 
   Station& station_;

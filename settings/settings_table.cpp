@@ -65,6 +65,22 @@ SettingRow Row(std::string key, std::string meaning, Section section, Field<Chec
           [&box] { return StateOf(box.Get()); }};
 }
 
+/// A number of days that no window shows. A text that is none counts as 0.
+SettingRow DaysRow(std::string key, std::string meaning, int& days, std::string fallback) {
+  static constexpr int kMostDays = 36'500;
+  return {
+      std::move(key),
+      std::move(meaning),
+      Section::kSettings,
+      std::move(fallback),
+      Reader::kStart,
+      [&days](const std::string& text) { days = std::clamp(LeadingInteger(text), 0, kMostDays); },
+      {},
+      [](const std::string& text) {
+        if (!IsNumber(text)) throw TypeMismatch();
+      }};
+}
+
 }  // namespace
 
 std::string KeyPath(Section section) {
@@ -141,6 +157,10 @@ std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& value
        [&](const std::string& text) { values.udpPort = StrictInteger(text); },
        {},
        [](const std::string& text) { CheckDestinationPort(StrictInteger(text)); }},
+      DaysRow("HistoryDays", "Days for which the history keeps what became of a product.",
+              values.historyDays, "400"),
+      DaysRow("KeepProductDays", "Days for which the history keeps the products themselves.",
+              values.keptDays, "0"),
       Row("PurgeTime", "Hours after which a waiting file is deleted. 0: never.", kOwn,
           setup.txtPurgeTime),
       Row("TxDelay", "Milliseconds from the keying to the first byte.", kOwn, setup.txtTxDelay),

@@ -43,6 +43,11 @@ class ListField {
     entries_.push_back(std::move(entry));
     changed_.Emit({ListChange::Kind::kInserted, entries_.size() - 1});
   }
+  /// In front of the entry at `position`.
+  void Insert(std::size_t position, std::string entry) {
+    entries_.insert(entries_.begin() + static_cast<std::ptrdiff_t>(position), std::move(entry));
+    changed_.Emit({ListChange::Kind::kInserted, position});
+  }
   /// Replace and Remove: `position` must be below size().
   void Replace(std::size_t position, std::string entry) {
     entries_[position] = std::move(entry);

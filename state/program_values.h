@@ -6,6 +6,7 @@
 #include <limits>
 #include <string>
 
+#include "base/priority.h"
 #include "base/time.h"
 
 namespace ostrel {
@@ -23,6 +24,8 @@ struct ProgramValues {
   bool showErrors = false;
   std::string udpAddress;
   std::int32_t udpPort = 0;
+  int historyDays = 0;       // the history is kept so long; 0 keeps none
+  int keptDays = 0;          // and the products themselves
   milliseconds purgeAge{0};  // of this run: an edit counts from the next start
 
   /// Takes a folder without a separator at its end, or nothing.
@@ -36,6 +39,9 @@ struct ProgramValues {
   }
   std::string TransmitFolder() const { return dataRoot + "/RtXmit"; }
   std::string SentFolder() const { return dataRoot + "/RtSent"; }
+  /// What an operator holds back. Made when the first file comes.
+  std::string HeldFolder(Priority p) const { return HeldRoot() + "/" + std::to_string(p.number()); }
+  std::string HeldRoot() const { return dataRoot + "/RtHeld"; }
   /// What no rule names, while not every rule is known. Made when the first file comes.
   std::string KeptFolder() const { return dataRoot + "/RtKept"; }
   /// The path of the file `name` in the one folder or the other.

@@ -56,6 +56,7 @@ struct TransmitStatus {
   PerPriority<int> MaximumCount;  // the longest queue since midnight
   int FillsSent = 0;              // since midnight
   CompressionTotals compression;
+  bool intakeIsPaused = false;          // by an operator
   std::deque<StartedFile> LastStarted;  // newest first, a handful
 
   // What programs beside the station ask for

@@ -137,6 +137,7 @@ Figures FiguresOf(const FigureSources& from) {
   figures.compressionRatio = status.compression.ratio;
   figures.nextIdentification = NextIdentification(from);
   figures.freeBytes = status.freeBytes;
+  figures.intakeIsPaused = status.intakeIsPaused;
   return figures;
 }
 

@@ -55,6 +55,7 @@ struct Figures {
   float compressionRatio = 1;
   std::optional<milliseconds> nextIdentification;
   std::optional<std::int64_t> freeBytes;
+  bool intakeIsPaused = false;
 };
 
 /// How long it takes until all is out that waits at `p` and more urgently, if nothing more comes.

@@ -51,7 +51,9 @@ bool Lifecycle::StartUp() {
     parts_.ingest.StartIngest(parts_.values.ingestEngine);
     ShowStartFigures();
     parts_.status.TxStart = parts_.clock.Now();
+    parts_.history.Begin();
     parts_.queue.GiveBack();
+    parts_.history.Settle();
     StartPurge();
     parts_.outputs.Begin();
     parts_.transmitter.StartCycle();
@@ -99,6 +101,7 @@ void Lifecycle::RemoveTemporaries() {
   };
   const auto& values = parts_.values;
   for (int n = 1; n <= kCompressFolder; ++n) clean(values.HoldingFolder(n));
+  for (const Priority p : AllPriorities()) clean(values.HeldFolder(p));
   for (const auto& folder : {values.programFolder, values.ingestPath, values.TransmitFolder(),
                              values.SentFolder(), values.KeptFolder()})
     clean(folder);
@@ -143,6 +146,7 @@ void Lifecycle::ShutDown() {
       [&] { parts_.ingest.ShowIngest(); },
       [&] { parts_.reporting.WriteLog(kCategory, "Program Stopped"); },
       [&] { SavePlacement(); },
+      [&] { parts_.history.End(); },
       [&] { dialogs.EndProgram(); },
   };
   for (const auto& step : steps) RunStep(parts_.reporting, "Shutdown", step);

@@ -32,6 +32,7 @@ class Lifecycle {
     Transmitter& transmitter;
     Outputs& outputs;
     TransmitQueue& queue;
+    ProductHistory& history;
     FilePurge& purge;
     IngestPrograms& ingest;
     MainFields& mainFields;

@@ -13,8 +13,10 @@
 #include "intake/entry_records.h"
 #include "intake/file_copy.h"
 #include "intake/handed_back_files.h"
+#include "intake/held_files.h"
 #include "intake/ingest_scan.h"
 #include "intake/kept_files.h"
+#include "intake/product_history.h"
 #include "intake/queue_intake.h"
 #include "intake/rule_lists.h"
 #include "intake/rule_matcher.h"
@@ -34,6 +36,7 @@
 #include "station/ingest_programs.h"
 #include "station/lifecycle.h"
 #include "station/program_log.h"
+#include "station/queue_operations.h"
 #include "station/settings_io.h"
 #include "station/standstill.h"
 
@@ -57,7 +60,10 @@ class Station {
   ProgramValues& values() { return values_; }
   TransmitQueue& queue() { return queue_; }
   Actions& actions() { return actions_; }
+  QueueOperations& operations() { return operations_; }
+  const HeldFiles& held() const { return held_; }
   Reporting& reporting() { return log_; }
+  const Clock& clock() const { return clock_; }
   /// How the station stands at this moment, from memory.
   Figures figures() { return FiguresOf(FigureParts()); }
   /// What keeps it off the air until somebody helps; empty while there is nothing.
@@ -83,8 +89,10 @@ class Station {
   Outputs outputs_;
   RuleLists rules_;
   RuleMatcher matcher_;
+  ProductHistory history_;
   EntryRecords records_;
   HandedBackFiles handedBack_;
+  HeldFiles held_;
   TransmitQueue queue_;
   Compression compression_;
   KeptFiles kept_;
@@ -101,6 +109,7 @@ class Station {
   FilePurge purge_;
   Lifecycle lifecycle_;
   Actions actions_;
+  QueueOperations operations_;
   std::vector<Subscription> fieldRules_;
 };
 

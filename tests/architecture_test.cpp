@@ -52,6 +52,7 @@ const std::map<std::string, Names> kArrows = {
     {"programs/feed", {"base", "feed", "platform/linux"}},
     {"programs/ingest", {"base", "feed", "platform/linux"}},
     {"programs/watch", {"client", "platform/linux"}},
+    {"programs/queue", {"base", "client", "intake", "platform/linux"}},
     {"programs/settings",
      {"base", "state", "intake", "settings", "profile", "station", "platform/linux"}},
     {"programs/simulate",

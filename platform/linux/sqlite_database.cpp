@@ -23,45 +23,55 @@ void MakeForGroup(const std::string& path) {
   const Descriptor made(OpenOrMake(path.c_str(), O_RDWR));
 }
 
+/// Once: another thread may be about to open a file.
 void UseOwnOpen() {
-  auto* const system = sqlite3_vfs_find(nullptr);
-  system->xSetSystemCall(system, "open", reinterpret_cast<sqlite3_syscall_ptr>(OpenForLibrary));
+  static const int result = [] {
+    auto* const system = sqlite3_vfs_find(nullptr);
+    return system->xSetSystemCall(system, "open",
+                                  reinterpret_cast<sqlite3_syscall_ptr>(OpenForLibrary));
+  }();
+  static_cast<void>(result);
 }
 
 }  // namespace
+
+SqliteDatabase::SqliteDatabase(const std::string& path, std::string called, DatabaseUse use)
+    : called_(std::move(called)) {
+  UseOwnOpen();
+  int flags = SQLITE_OPEN_READONLY;
+  if (use == DatabaseUse::kReadAndWrite) {
+    flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    MakeForGroup(path);
+  }
+  sqlite3* opened = nullptr;
+  const int result = sqlite3_open_v2(path.c_str(), &opened, flags, nullptr);
+  database_.reset(opened);
+  if (result != SQLITE_OK) Fail();
+}
 
 void SqliteDatabase::Close::operator()(sqlite3* database) const {
   sqlite3_close(database);
 }
 
-SqliteDatabase::SqliteDatabase(const std::string& path, std::string whose)
-    : whose_(std::move(whose)) {
-  UseOwnOpen();
-  MakeForGroup(path);
-  sqlite3* opened = nullptr;
-  const int result = sqlite3_open(path.c_str(), &opened);
-  database_.reset(opened);
-  if (result != SQLITE_OK) Fail();
-}
-
-void SqliteDatabase::Fail() const {
-  throw Failure(failure_number::kDeviceError, whose_ + ": " + sqlite3_errmsg(Get()));
-}
-
 void SqliteDatabase::Execute(const char* command) {
-  if (sqlite3_exec(Get(), command, nullptr, nullptr, nullptr) != SQLITE_OK) Fail();
-}
-
-void SqliteDatabase::UseWriteAheadLog() {
-  sqlite3_exec(Get(), "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
+  if (sqlite3_exec(Handle(), command, nullptr, nullptr, nullptr) != SQLITE_OK) Fail();
 }
 
 void SqliteDatabase::RollBack() {
-  sqlite3_exec(Get(), "ROLLBACK", nullptr, nullptr, nullptr);
+  sqlite3_exec(Handle(), "ROLLBACK", nullptr, nullptr, nullptr);
 }
 
-SqliteStatement::SqliteStatement(SqliteDatabase& database, const char* text) : database_(database) {
-  if (sqlite3_prepare_v2(database.Get(), text, -1, &statement_, nullptr) != SQLITE_OK)
+int SqliteDatabase::Changes() const {
+  return sqlite3_changes(Handle());
+}
+
+void SqliteDatabase::Fail() const {
+  throw Failure(failure_number::kDeviceError, called_ + ": " + sqlite3_errmsg(Handle()));
+}
+
+SqliteStatement::SqliteStatement(const SqliteDatabase& database, const char* text)
+    : database_(database) {
+  if (sqlite3_prepare_v2(database.Handle(), text, -1, &statement_, nullptr) != SQLITE_OK)
     database.Fail();
 }
 
@@ -69,13 +79,29 @@ SqliteStatement::~SqliteStatement() {
   sqlite3_finalize(statement_);
 }
 
-void SqliteStatement::Bind(std::int64_t number) {
+SqliteStatement& SqliteStatement::Bind(std::int64_t number) {
   sqlite3_bind_int64(statement_, ++bound_, number);
+  return *this;
 }
 
-void SqliteStatement::Bind(std::string_view text) {
+SqliteStatement& SqliteStatement::Bind(const std::string& text) {
   sqlite3_bind_text(statement_, ++bound_, text.data(), static_cast<int>(text.size()),
                     SQLITE_TRANSIENT);
+  return *this;
+}
+
+SqliteStatement& SqliteStatement::Bind(std::optional<std::int64_t> number) {
+  return number ? Bind(*number) : BindNothing();
+}
+
+SqliteStatement& SqliteStatement::BindBytes(std::string_view bytes) {
+  sqlite3_bind_blob64(statement_, ++bound_, bytes.data(), bytes.size(), SQLITE_TRANSIENT);
+  return *this;
+}
+
+SqliteStatement& SqliteStatement::BindNothing() {
+  sqlite3_bind_null(statement_, ++bound_);
+  return *this;
 }
 
 bool SqliteStatement::Step() {
@@ -84,14 +110,29 @@ bool SqliteStatement::Step() {
   return result == SQLITE_ROW;
 }
 
+void SqliteStatement::Reset() {
+  sqlite3_reset(statement_);
+  bound_ = 0;
+}
+
+std::int64_t SqliteStatement::Number(int column) const {
+  return sqlite3_column_int64(statement_, column);
+}
+
 std::string SqliteStatement::Text(int column) const {
   const auto* const text = sqlite3_column_text(statement_, column);
   const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement_, column));
   return text == nullptr ? std::string{} : std::string(reinterpret_cast<const char*>(text), size);
 }
 
-std::int64_t SqliteStatement::Number(int column) const {
-  return sqlite3_column_int64(statement_, column);
+std::string SqliteStatement::Bytes(int column) const {
+  const auto* const bytes = static_cast<const char*>(sqlite3_column_blob(statement_, column));
+  const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement_, column));
+  return bytes == nullptr ? std::string{} : std::string(bytes, size);
+}
+
+bool SqliteStatement::IsNothing(int column) const {
+  return sqlite3_column_type(statement_, column) == SQLITE_NULL;
 }
 
 }  // namespace ostrel

@@ -1,9 +1,9 @@
-// A small database file, and one statement of it. Whoever shares the station's folder may share the
-// file.
+// A small database file of the station, shared with its group, and statements over it.
 #pragma once
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,29 +12,30 @@ struct sqlite3_stmt;
 
 namespace ostrel {
 
+enum class DatabaseUse { kReadAndWrite, kReadOnly };
+
+/// One opening. Every call throws Failure 57, which begins with what the database is called.
 class SqliteDatabase {
  public:
-  /// Opens the file at `path`, which is made when missing. `whose` names the store in failures.
-  /// Throws Failure 57, as everything here does.
-  SqliteDatabase(const std::string& path, std::string whose);
+  /// The file is made when missing, unless it is only read; its folder is not.
+  SqliteDatabase(const std::string& path, std::string called, DatabaseUse use);
 
-  sqlite3* Get() const { return database_.get(); }
   void Execute(const char* command);
-  /// Readers do not wait for a writer from now on. When another process is just doing the same, its
-  /// doing suffices.
-  void UseWriteAheadLog();
-  /// Runs `step`; what it did to the store stands whole or not at all.
-  template <typename Step>
-  void InTransaction(Step&& step) {
+  /// Runs `steps` all or none.
+  template <typename Steps>
+  void InTransaction(Steps&& steps) {
     Execute("BEGIN IMMEDIATE");
     try {
-      step();
+      steps();
       Execute("COMMIT");
     } catch (...) {
       RollBack();
       throw;
     }
   }
+  /// Rows that the last statement changed.
+  int Changes() const;
+  sqlite3* Handle() const { return database_.get(); }
   [[noreturn]] void Fail() const;
 
  private:
@@ -43,28 +44,38 @@ class SqliteDatabase {
   struct Close {
     void operator()(sqlite3* database) const;
   };
+  std::string called_;
   std::unique_ptr<sqlite3, Close> database_;
-  std::string whose_;
 };
 
-/// One statement with its values; a query's rows come one by one.
+/// One statement with its values; a query's rows come one by one. Throws Failure 57.
 class SqliteStatement {
  public:
-  SqliteStatement(SqliteDatabase& database, const char* text);
+  SqliteStatement(const SqliteDatabase& database, const char* text);
   ~SqliteStatement();
   SqliteStatement(const SqliteStatement&) = delete;
   SqliteStatement& operator=(const SqliteStatement&) = delete;
 
-  // The values, in the order of their places in the statement.
-  void Bind(std::int64_t number);
-  void Bind(std::string_view text);
-  /// True when there is a row; the columns are those of it.
+  // Values, in the order of the statement's parameters
+  SqliteStatement& Bind(std::int64_t number);
+  SqliteStatement& Bind(const std::string& text);
+  SqliteStatement& Bind(std::optional<std::int64_t> number);
+  SqliteStatement& BindBytes(std::string_view bytes);
+  SqliteStatement& BindNothing();
+
+  /// Runs it, or goes to its next row; false when there is none.
   bool Step();
-  std::string Text(int column) const;
+  /// Ready for its next values.
+  void Reset();
+
+  // Columns of the row, from 0
   std::int64_t Number(int column) const;
+  std::string Text(int column) const;
+  std::string Bytes(int column) const;
+  bool IsNothing(int column) const;
 
  private:
-  SqliteDatabase& database_;
+  const SqliteDatabase& database_;
   sqlite3_stmt* statement_ = nullptr;
   int bound_ = 0;
 };

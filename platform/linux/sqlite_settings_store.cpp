@@ -52,9 +52,11 @@ std::string Cut(std::string value, int longest) {
 
 class SqliteSettingsStore : public SettingsStore {
  public:
-  explicit SqliteSettingsStore(const std::string& path) : database_(path, "Settings store") {
-    sqlite3_busy_handler(database_.Get(), WaitForStore, &waited_);
-    database_.UseWriteAheadLog();
+  explicit SqliteSettingsStore(const std::string& path)
+      : database_(path, "Settings store", DatabaseUse::kReadAndWrite) {
+    sqlite3_busy_handler(database_.Handle(), WaitForStore, &waited_);
+    // When another process is just doing the same, its doing suffices.
+    sqlite3_exec(database_.Handle(), "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
     database_.Execute("PRAGMA synchronous = NORMAL");
     database_.Execute(kSchema);
   }
@@ -64,7 +66,7 @@ class SqliteSettingsStore : public SettingsStore {
   std::string ReadSetting(const std::string& keyPath, const std::string& name,
                           const std::string& fallback, int longest) override {
     SqliteStatement read(database_, kRead);
-    read.Bind(root_);
+    read.Bind(std::int64_t{root_});
     read.Bind(keyPath);
     read.Bind(name);
     return read.Step() ? Cut(read.Text(0), longest) : fallback;
@@ -82,7 +84,7 @@ class SqliteSettingsStore : public SettingsStore {
 
   std::vector<StoredValue> List(const std::string& keyPath) override {
     SqliteStatement list(database_, kList);
-    list.Bind(root_);
+    list.Bind(std::int64_t{root_});
     list.Bind(keyPath);
     std::vector<StoredValue> values;
     while (list.Step()) {
@@ -100,11 +102,11 @@ class SqliteSettingsStore : public SettingsStore {
  private:
   void Put(const StoredValue& value) {
     SqliteStatement write(database_, kWrite);
-    write.Bind(root_);
+    write.Bind(std::int64_t{root_});
     write.Bind(value.keyPath);
     write.Bind(value.name);
     write.Bind(value.value);
-    write.Bind(value.isRaw ? 1 : 0);
+    write.Bind(std::int64_t{value.isRaw});
     write.Step();
   }
 

@@ -1,5 +1,8 @@
 #include "platform/qt/qt_local_socket.h"
 
+#include <array>
+#include <pwd.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 
 #include "base/failure.h"
@@ -31,6 +34,21 @@ void QtLocalSocket::Open(const std::string& path) {
                   path + " cannot be opened: " + server_.errorString().toStdString());
   }
   chmod(path.c_str(), S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP);  // the toolkit adds execution
+}
+
+std::string QtLocalSocket::AccountOf(Asker asker) {
+  const auto found = askers_.find(asker);
+  ucred peer = {};
+  socklen_t size = sizeof peer;
+  if (found == askers_.end() || getsockopt(static_cast<int>(found->second->socketDescriptor()),
+                                           SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0)
+    return "unknown account";
+  passwd entry = {};
+  passwd* account = nullptr;
+  std::array<char, 4096> names;
+  if (getpwuid_r(peer.uid, &entry, names.data(), names.size(), &account) != 0 || !account)
+    return "account " + std::to_string(peer.uid);
+  return account->pw_name;
 }
 
 void QtLocalSocket::Close() {

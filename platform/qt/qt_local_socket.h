@@ -16,6 +16,7 @@ class QtLocalSocket : public LocalSocket {
 
   void OnLine(std::function<void(Asker, std::string_view line)> call) override;
   void Open(const std::string& path) override;
+  std::string AccountOf(Asker asker) override;
   void Close() override;
   void Send(Asker asker, std::string_view line) override;
 

@@ -5,6 +5,7 @@
 #include "platform/platform.h"
 #include "platform/virtual/virtual_clock.h"
 #include "platform/virtual/virtual_desk.h"
+#include "platform/virtual/virtual_history.h"
 #include "platform/virtual/virtual_line.h"
 #include "platform/virtual/virtual_loop.h"
 
@@ -20,6 +21,7 @@ struct VirtualMachine {
   VirtualDialogs dialogs;
   VirtualDesktop desktop;
   VirtualInstanceLock instance;
+  VirtualHistory history;
 
   explicit VirtualMachine(UtcTime start, std::vector<ZoneRule> zone = {{UtcTime{}, seconds(0)}})
       : clock(start, std::move(zone)) {}
@@ -37,6 +39,7 @@ struct VirtualMachine {
             .files = files,
             .archives = archives,
             .stores = stores,
+            .history = history,
             .dialogs = windows != nullptr ? *windows : dialogs,
             .desktop = desktop,
             .instance = instance};

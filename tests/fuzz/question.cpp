@@ -14,6 +14,7 @@ using namespace ostrel;
 struct FuzzedSocket : LocalSocket {
   void OnLine(std::function<void(Asker, std::string_view)> call) override { ask = call; }
   void Open(const std::string& /*path*/) override {}
+  std::string AccountOf(Asker /*asker*/) override { return "alice"; }
   void Close() override {}
   void Send(Asker /*asker*/, std::string_view line) override { answers.emplace_back(line); }
   std::function<void(Asker, std::string_view)> ask;

@@ -17,12 +17,13 @@ struct ToldSocket : LocalSocket {
     if (fails) throw Failure(57, where + " cannot be opened");
     path = where;
   }
+  std::string AccountOf(Asker asker) override { return asker == 1 ? "alice" : "bob"; }
   void Close() override { path.clear(); }
   void Send(Asker asker, std::string_view line) override { sent[asker].emplace_back(line); }
 
-  Json Ask(const std::string& question) {
-    ask(1, question);
-    return Json::parse(sent[1].back());
+  Json Ask(const std::string& question, Asker asker = 1) {
+    ask(asker, question);
+    return Json::parse(sent[asker].back());
   }
   Json Status() { return Ask(R"({"ask":"status"})"); }
 
@@ -83,6 +84,42 @@ TEST(Seam, TellsWhatTheStationDoesAndWhatBecameOfEverything) {
   station.machine.line.SetPresent(false);
   station.Run(1s);
   EXPECT_EQ(socket.Status()["state"], "port vanished");
+}
+
+TEST(Seam, HasTwoOperatorsChangeTheQueuesAtOnceAndTheLineCarriesWhatTheyAskedFor) {
+  VirtualStation station;
+  station.Set({{"CWIDTime", "0"}, {"ComBaud", "9600"}});
+  station.StartBusy();
+  for (const auto* name : {"A.TXT", "B.TXT", "C.TXT", "D.TXT", "E.TXT"})
+    station.Hold(5, name, name);
+  ToldSocket socket;
+  const Seam seam(*station.station, socket);
+  const auto ask = [&](Asker asker, const std::string& what, const std::string& name) {
+    return socket.Ask(fmt::format(R"({{"ask":"{}","name":"{}","priority":2}})", what, name), asker);
+  };
+  EXPECT_EQ(ask(1, "hold", "A.TXT")["done"], "A.TXT of priority 5 is held.");
+  EXPECT_EQ(ask(2, "hold", "A.TXT")["error"], "No queue lists A.TXT.");
+  ask(2, "top", "D.TXT");
+  ask(1, "move", "E.TXT");
+  EXPECT_EQ(ask(2, "delete", "B.TXT")["done"], "B.TXT of priority 5 is deleted.");
+  EXPECT_EQ(ask(1, "top", "B.TXT")["error"], "No queue lists B.TXT.");
+  EXPECT_EQ(ask(2, "move", "BUSY.TXT")["error"], "BUSY.TXT is on the air.");
+  EXPECT_EQ(socket.Ask(R"({"ask":"held"})")["held"][0]["name"], "A.TXT");
+  station.Run(1s);
+  const auto list = socket.Ask(R"({"ask":"list"})");
+  EXPECT_EQ(list["count"], 4);
+  EXPECT_EQ(list["entries"][1]["name"], "E.TXT");
+  EXPECT_GT(list["entries"][1]["outIn"], list["entries"][0]["outIn"]);
+  EXPECT_EQ(socket.Ask(R"({"ask":"list","from":3})")["entries"].size(), 1U);
+  EXPECT_EQ(ask(2, "release", "a.txt")["done"], "A.TXT of priority 5 is released.");
+  ask(1, "pause-intake", "");
+  EXPECT_TRUE(socket.Status()["intakePaused"]);
+  EXPECT_EQ(station.Messages("Operator").back(),
+            "The intake pauses: received files stay in their folder. (alice)");
+  station.Run(2min);
+  auto blocks = station.Blocks();
+  std::erase_if(blocks, [](const std::string& block) { return block.starts_with("BUSY"); });
+  EXPECT_EQ(blocks, (Lines{"E.TXT 1/1", "D.TXT 1/1", "C.TXT 1/1", "A.TXT 1/1"}));
 }
 
 TEST(Seam, SaysBeforehandHowLongItWillAnswerNobody) {

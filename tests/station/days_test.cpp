@@ -43,6 +43,7 @@ class Day : public VirtualStation {
             chr::floor<chr::days>(kNoon) + TimeOf(head[1]) - chr::hours(std::stoi(head[2])),
             {{UtcTime{}, chr::hours(std::stoi(head[2]))}}) {
     files.isSorted = true;
+    machine.history.isKept = true;
     machine.line.onWrite = [this](std::string_view bytes) { TellWritten(bytes); };
     files.onAppend = [this](std::string_view line) {
       Tell("log " + std::string(line.substr(9, 9)) + "|" + std::string(line.substr(18)));
@@ -266,7 +267,24 @@ class Day : public VirtualStation {
     }
   }
 
+  /// What the history has learnt since the last time.
+  void TellHistory() {
+    const auto time = [&](const std::optional<UtcTime>& at) {
+      return at ? FormatLogStamp(machine.clock.ToLocal(*at)).substr(9) : "-";
+    };
+    for (const auto& [id, row] : machine.history.rows) {
+      const auto text =
+          fmt::format("{} {} {} {}, {}x, {} {} {} {} {}{}{}", id, row.name, row.priority,
+                      kFateWords[static_cast<std::size_t>(row.fate)], row.timesSent,
+                      time(row.arrived), time(row.firstBlock), time(row.lastBlock), time(row.ended),
+                      row.place, row.archive != 0 ? fmt::format("in {}", row.archive) : "",
+                      row.resendOf != 0 ? fmt::format(" again {}", row.resendOf) : "");
+      if (std::exchange(written_[id], text) != text) Tell(text);
+    }
+  }
+
   std::string told_, shown_;
+  std::map<std::int64_t, std::string> written_;
   std::map<std::string, std::string> stored_;
   int flickers_ = 0;
   std::vector<Subscription> watched_;
@@ -359,6 +377,8 @@ class Day : public VirtualStation {
          machine.clock.At(at, Later(w));
        }},
       {"store", [this](Words&) { TellStore(); }},
+      {"history", [this](Words&) { TellHistory(); }},
+      {"ask", [this](Words& w) { Tell(Ask(station->operations(), w)); }},
       {"files", [this](Words& w) { TellFiles(w.Next()); }},
       {"placed",
        [this](Words&) {

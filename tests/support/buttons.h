@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "station/actions.h"
+#include "station/queue_operations.h"
 #include "tests/support/words.h"
 
 namespace ostrel {
@@ -53,6 +54,30 @@ inline std::string Press(Actions& a, Words& words) {
   };
   buttons.at(button)();
   return answer;
+}
+
+/// Asks for the operation that the next word names, as alice. Returns what was done, or why not.
+inline std::string Ask(QueueOperations& o, Words& words) {
+  const auto operation = words.Next(), name = words.Next(), number = words.Next();
+  const Priority p(number.empty() ? 1 : std::stoi(number));
+  const std::map<std::string, std::function<std::string()>> operations = {
+      {"hold", [&] { return o.Hold("alice", name); }},
+      {"release", [&] { return o.Release("alice", name); }},
+      {"move", [&] { return o.Move("alice", name, p); }},
+      {"top", [&] { return o.PutFirst("alice", name); }},
+      {"delete", [&] { return o.Delete("alice", name); }},
+      {"resend",
+       [&] {
+         return o.SendAgain("alice", {name, p, false, name, 1});
+       }},
+      {"pause", [&] { return o.PauseIntake("alice"); }},
+      {"resume", [&] { return o.ResumeIntake("alice"); }},
+  };
+  try {
+    return operations.at(operation)();
+  } catch (const Failure& failure) {
+    return "no: " + failure.text();
+  }
 }
 
 }  // namespace ostrel

@@ -4,6 +4,8 @@
 #include <ctime>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <pwd.h>
+#include <unistd.h>
 
 #include "platform/linux/temporary_folder.h"
 #include "platform/qt/qt_local_socket.h"
@@ -21,6 +23,7 @@ class LocalSocketTest : public testing::Test {
   LocalSocketTest() {
     socket_.OnLine([this](Asker asker, std::string_view line) {
       lines_.emplace_back(line);
+      account_ = socket_.AccountOf(asker);
       socket_.Send(asker, answer_);
     });
     socket_.Open(path_);
@@ -38,7 +41,7 @@ class LocalSocketTest : public testing::Test {
   std::string path_ = folder_ / "station.sock";
   QtLocalSocket socket_;
   std::vector<std::string> lines_;
-  std::string answer_ = "answer";
+  std::string answer_ = "answer", account_;
 };
 
 TEST_F(LocalSocketTest, AnswersLineByLineAndIsTheGroupsAlone) {
@@ -49,6 +52,7 @@ TEST_F(LocalSocketTest, AnswersLineByLineAndIsTheGroupsAlone) {
   client->write("ee\n");
   EXPECT_TRUE(QTest::qWaitFor([&] { return client->bytesAvailable() == 3 * 7; }));
   EXPECT_EQ(lines_, (std::vector<std::string>{"one", "two", "three"}));
+  EXPECT_EQ(account_, getpwuid(getuid())->pw_name);
   socket_.Open(path_);  // what an earlier run left is no hindrance
   EXPECT_EQ(FailureOf([&] { socket_.Open(std::string(200, 'x')); }), 57);
 }

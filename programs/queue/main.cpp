@@ -1,0 +1,113 @@
+// What waits, what was sent, and what to do about it: the operator's hand on the queues of a
+// running station.
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdlib>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "platform/linux/program_folder.h"
+#include "platform/linux/sharing.h"
+#include "programs/queue/operations.h"
+#include "programs/queue/reports.h"
+
+namespace {
+
+using namespace ostrel;
+using Json = nlohmann::ordered_json;
+
+struct Options {
+  std::string station = ProgramFolder();
+  std::string name, since, until;
+  std::optional<int> priority;
+  bool json = false, csv = false;
+};
+
+void List(const Options& options) {
+  const auto entries = AskForAll(options.station, "list", "entries");
+  const auto held = AskForAll(options.station, "held", "held");
+  if (!options.json) return fmt::print("{}", QueueTable(entries, held));
+  fmt::print("{}\n", Json({{"entries", entries}, {"held", held}}).dump(2));
+}
+
+void ShowHistory(const Options& options) {
+  const auto now = std::chrono::floor<milliseconds>(std::chrono::system_clock::now());
+  PastFilter filter{.pattern = options.name, .since = {}, .until = {}};
+  if (!options.since.empty()) filter.since = MomentIn(options.since, now);
+  if (!options.until.empty()) filter.until = MomentIn(options.until, now);
+  const auto products = PastProducts(options.station).Find(filter);
+  fmt::print("{}", options.json  ? HistoryJson(products)
+                   : options.csv ? HistoryCsv(products)
+                                 : HistoryTable(products));
+}
+
+void Do(const Options& options, const std::string& operation) {
+  Json question = {{"ask", operation}, {"name", options.name}};
+  if (options.priority) question["priority"] = *options.priority;
+  fmt::print("{}\n", Ask(options.station, question)["done"].get<std::string>());
+}
+
+/// An operation on one name; its subcommand.
+CLI::App* AddOperation(CLI::App& app, Options& options, const std::string& name,
+                       const std::string& does) {
+  auto* const operation = app.add_subcommand(name, does);
+  operation->add_option("NAME", options.name, "As the list has it")->required();
+  operation->callback([&options, name] { Do(options, name); });
+  return operation;
+}
+
+void AddListsTo(CLI::App& app, Options& options) {
+  auto* const list = app.add_subcommand("list", "What waits, and when it will be out");
+  list->add_flag("--json", options.json, "For programs");
+  list->callback([&] { List(options); });
+
+  auto* const history = app.add_subcommand("history", "What became of each product");
+  history->add_option("PATTERN", options.name, "Of names, as in a rule");
+  history->add_option("--since", options.since, "\"2026-11-26 14:30\", \"14:30\" or \"12h\" ago");
+  history->add_option("--until", options.until, "The same");
+  auto* const csv = history->add_flag("--csv", options.csv, "For a spreadsheet");
+  history->add_flag("--json", options.json, "For programs")->excludes(csv);
+  history->callback([&] { ShowHistory(options); });
+}
+
+void AddOperationsTo(CLI::App& app, Options& options) {
+  const auto addPriority = [&](CLI::App* operation) {
+    return operation->add_option("--priority", options.priority, "1 to 10")
+        ->check(CLI::Range(1, 10));
+  };
+  auto* const resend = app.add_subcommand("resend", "Sends a product again");
+  resend->add_option("PRODUCT", options.name, "Its id in the history, or its name")->required();
+  addPriority(resend);
+  resend->callback(
+      [&] { fmt::print("{}\n", Resend(options.station, options.name, options.priority)); });
+  AddOperation(app, options, "hold", "Takes a file out of its queue until it is released");
+  AddOperation(app, options, "release", "Puts a held file back into its queue");
+  addPriority(AddOperation(app, options, "move", "Puts a file into another queue"))->required();
+  AddOperation(app, options, "top", "Puts a file in front of its queue");
+  AddOperation(app, options, "delete", "Deletes a file that waits or is held");
+  for (const auto& [name, does] :
+       {std::pair("pause-intake", "Leaves received files where they are"),
+        {"resume-intake", "Takes received files again"}}) {
+    app.add_subcommand(name, does)->callback([&options, name = name] { Do(options, name); });
+  }
+}
+
+}  // namespace
+
+int main(int count, char* arguments[]) {
+  std::signal(SIGPIPE, SIG_IGN);
+  Options options;
+  CLI::App app("Shows and changes the queues of a station, and tells what it has sent.");
+  app.add_option("--station", options.station, "The station's folder")->capture_default_str();
+  app.require_subcommand(1);
+  app.parse_complete_callback([&] { ShareWithGroupOf(options.station); });
+  AddListsTo(app, options);
+  AddOperationsTo(app, options);
+  try {
+    CLI11_PARSE(app, count, arguments);
+  } catch (const std::exception& error) {
+    fmt::print(stderr, "ostrel-queue: {}\n", error.what());
+    return EXIT_FAILURE;
+  }
+  return EXIT_SUCCESS;
+}

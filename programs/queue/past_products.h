@@ -1,0 +1,48 @@
+// What the station's history knows of products that were, read from its file: the station itself is
+// not asked, and need not run.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/time.h"
+#include "platform/linux/sqlite_database.h"
+
+namespace ostrel {
+
+struct PastProduct {
+  std::int64_t id = 0;
+  std::string name, sentAs;
+  std::optional<std::int64_t> priority, size;
+  std::string hash;
+  UtcTime arrived{};
+  std::optional<UtcTime> firstBlock, lastBlock, ended;
+  std::int64_t timesSent = 0;  // the times that it was sent again included
+  std::string fate;
+  std::optional<std::int64_t> archive, resendOf;
+};
+
+struct PastFilter {
+  std::string pattern;                  // of names, as in a rule; all of them when empty
+  std::optional<UtcTime> since, until;  // it was on its way at some moment between
+};
+
+class PastProducts {
+ public:
+  /// Throws Failure when there is no history in `folder` or it cannot be read.
+  explicit PastProducts(const std::string& folder);
+
+  /// In the order of their arrival.
+  std::vector<PastProduct> Find(const PastFilter& filter) const;
+  /// The one of that number, or the last that was sent or received under that name.
+  std::optional<PastProduct> FindOne(const std::string& numberOrName) const;
+  /// Its bytes as they were received, where they are kept. Throws Failure when they are damaged.
+  std::optional<std::string> ContentOf(std::int64_t id) const;
+
+ private:
+  SqliteDatabase database_;
+};
+
+}  // namespace ostrel

@@ -1,0 +1,168 @@
+#include "programs/queue/reports.h"
+
+#include <array>
+#include <ctime>
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+#include <iomanip>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "base/failure.h"
+
+namespace ostrel {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr std::array kHeadings = {"id",         "name",    "sent_as",     "priority",   "size",
+                                  "sha256",     "arrived", "first_block", "last_block", "ended",
+                                  "times_sent", "fate",    "archive",     "resend_of"};
+
+std::tm LocalParts(UtcTime time) {
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+  std::tm parts{};
+  localtime_r(&seconds, &parts);
+  return parts;
+}
+
+std::string Local(const std::optional<UtcTime>& time) {
+  return time ? fmt::format("{:%Y-%m-%d %H:%M:%S}", LocalParts(*time)) : "";
+}
+
+Json Utc(const std::optional<UtcTime>& time) {
+  if (!time) return nullptr;
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(*time);
+  return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(seconds));
+}
+
+Json OrNull(const std::optional<std::int64_t>& number) {
+  return number ? Json(*number) : Json();
+}
+
+Json ValuesOf(const PastProduct& product) {
+  return {product.id,
+          product.name,
+          product.sentAs,
+          OrNull(product.priority),
+          OrNull(product.size),
+          product.hash,
+          Utc(product.arrived),
+          Utc(product.firstBlock),
+          Utc(product.lastBlock),
+          Utc(product.ended),
+          product.timesSent,
+          product.fate,
+          OrNull(product.archive),
+          OrNull(product.resendOf)};
+}
+
+std::string Quoted(const std::string& text) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  std::string quoted = "\"";
+  for (const char c : text) quoted.append(c == '"' ? 2 : 1, c);
+  return quoted + '"';
+}
+
+std::string Cell(const Json& value) {
+  if (value.is_null()) return "";
+  return value.is_string() ? Quoted(value.get<std::string>()) : value.dump();
+}
+
+std::string Spell(const Json& time) {
+  return time.is_null() ? "" : SpellDuration(std::chrono::duration<double>(time.get<double>()));
+}
+
+/// The time of day at which that will have passed.
+std::string Clock(const Json& wait) {
+  if (wait.is_null()) return "";
+  const auto at =
+      std::chrono::system_clock::now() +
+      std::chrono::round<milliseconds>(std::chrono::duration<double>(wait.get<double>()));
+  return fmt::format("{:%H:%M:%S}", LocalParts(std::chrono::floor<milliseconds>(at)));
+}
+
+std::string Row(const std::vector<std::string>& cells, std::string_view separator) {
+  return fmt::format("{}\n", fmt::join(cells, separator));
+}
+
+std::optional<UtcTime> Before(const std::string& text, UtcTime now) {
+  int count = 0;
+  char unit = 0, rest = 0;
+  if (std::sscanf(text.c_str(), "%6d%c%c", &count, &unit, &rest) != 2 || count < 0)
+    return std::nullopt;
+  if (unit == 'd') return now - std::chrono::days(count);
+  if (unit == 'h') return now - std::chrono::hours(count);
+  if (unit == 'm') return now - std::chrono::minutes(count);
+  return std::nullopt;
+}
+
+}  // namespace
+
+UtcTime MomentIn(const std::string& text, UtcTime now) {
+  if (const auto before = Before(text, now)) return *before;
+  for (const auto* form : {"%Y-%m-%d %H:%M:%S", "%Y-%m-%d %H:%M", "%Y-%m-%d", "%H:%M"}) {
+    auto parts = LocalParts(now);
+    parts.tm_hour = parts.tm_min = parts.tm_sec = 0;
+    std::istringstream from(text);
+    from >> std::get_time(&parts, form);
+    if (from.fail() || from.peek() != std::istringstream::traits_type::eof()) continue;
+    parts.tm_isdst = -1;
+    return std::chrono::floor<milliseconds>(std::chrono::system_clock::from_time_t(mktime(&parts)));
+  }
+  throw Failure(failure_number::kTypeMismatch, fmt::format("\"{}\" is no time.", text));
+}
+
+std::string QueueTable(const Json& entries, const Json& held) {
+  auto table = fmt::format("{:>8}  {:<24} {:>10} {:>12} {:>12}  {:<8} {:>8}\n", "Priority", "Name",
+                           "Bytes", "Waited", "Out in", "At", "Id");
+  for (const auto& entry : entries)
+    table += fmt::format("{:>8}{} {:<24} {:>10} {:>12} {:>12}  {:<8} {:>8}\n",
+                         entry["priority"].get<int>(), entry["onAir"].get<bool>() ? '*' : ' ',
+                         entry["name"].get<std::string>(), entry["bytes"].get<std::int64_t>(),
+                         Spell(entry["waited"]), Spell(entry["outIn"]), Clock(entry["outIn"]),
+                         Cell(entry["id"]));
+  for (const auto& file : held)
+    table += fmt::format("{:>8}  {:<24} held\n", file["priority"].get<int>(),
+                         file["name"].get<std::string>());
+  return table;
+}
+
+std::string HistoryTable(const std::vector<PastProduct>& products) {
+  constexpr auto* kForm = "{:>8}  {:<19}  {:<24} {:>8} {:>9}  {:<12} {:<19}  {:<19} {:>5}\n";
+  auto table = fmt::format(kForm, "Id", "Arrived", "Name", "Priority", "Bytes", "Became",
+                           "First block", "Last block", "Sent");
+  for (const auto& product : products) {
+    auto fate = product.fate;
+    if (product.archive) fate += fmt::format(" in {}", *product.archive);
+    if (product.resendOf) fate += fmt::format(", again {}", *product.resendOf);
+    table += fmt::format(kForm, product.id, Local(product.arrived), product.name,
+                         Cell(OrNull(product.priority)), Cell(OrNull(product.size)), fate,
+                         Local(product.firstBlock), Local(product.lastBlock), product.timesSent);
+  }
+  return table;
+}
+
+std::string HistoryCsv(const std::vector<PastProduct>& products) {
+  auto lines = Row({kHeadings.begin(), kHeadings.end()}, ",");
+  for (const auto& product : products) {
+    std::vector<std::string> cells;
+    for (const auto& value : ValuesOf(product)) cells.push_back(Cell(value));
+    lines += Row(cells, ",");
+  }
+  return lines;
+}
+
+std::string HistoryJson(const std::vector<PastProduct>& products) {
+  auto all = Json::array();
+  for (const auto& product : products) {
+    const auto values = ValuesOf(product);
+    Json row;
+    for (std::size_t i = 0; i < kHeadings.size(); ++i) row[kHeadings[i]] = values[i];
+    all.push_back(std::move(row));
+  }
+  return all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace ostrel
