@@ -24,7 +24,7 @@ void Ledger::Overwritten(const std::string& name) {
     const auto last = std::find_if(unlisted.rbegin(), unlisted.rend(),
                                    [&](const Carried& arrival) { return arrival.name == name; });
     if (last == unlisted.rend()) continue;
-    end_(p, *last, Fate::kReplaced, {});
+    end_(p, *last, Outcome::kReplaced, {});
     unlisted.erase(std::next(last).base());
   }
 }
@@ -35,14 +35,14 @@ void Ledger::Listed(Priority p, const std::string& name) {
 
 void Ledger::Replaced(Priority p, std::size_t position, const std::string& name) {
   const auto before = std::exchange(queues_[p][position], Entry{Take(p, name), {}});
-  Finish(p, before, Fate::kReplaced);
+  Finish(p, before, Outcome::kReplaced);
 }
 
 void Ledger::Removed(Priority p, std::size_t position) {
   auto& queue = queues_[p];
   const auto entry = std::move(queue[position]);
   queue.erase(queue.begin() + static_cast<std::ptrdiff_t>(position));
-  Finish(p, entry, Fate::kPurged);
+  Finish(p, entry, Outcome::kPurged);
 }
 
 /// A queue takes its files in the order of their names' arrival. What nobody waits for is a fill
@@ -61,8 +61,8 @@ std::vector<Carried> Ledger::Take(Priority p, std::string_view name) {
                                              : std::vector<Carried>();
 }
 
-void Ledger::Finish(Priority p, const Entry& entry, Fate unlessSent) {
-  const auto fate = entry.outAt ? Fate::kSent : unlessSent;
+void Ledger::Finish(Priority p, const Entry& entry, Outcome unlessSent) {
+  const auto fate = entry.outAt ? Outcome::kSent : unlessSent;
   for (const auto& arrival : entry.arrivals)
     end_(p, arrival, fate, entry.outAt.value_or(milliseconds(0)));
 }

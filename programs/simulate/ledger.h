@@ -20,12 +20,12 @@ struct Carried {
   long long bytes = 0;
 };
 
-enum class Fate { kSent, kReplaced, kPurged };
+enum class Outcome { kSent, kReplaced, kPurged };
 
 class Ledger {
  public:
   /// `end` gets each arrival that ends: where, how, and when its last block was out, if ever.
-  using End = std::function<void(Priority, const Carried&, Fate, milliseconds)>;
+  using End = std::function<void(Priority, const Carried&, Outcome, milliseconds)>;
   explicit Ledger(End end) : end_(std::move(end)) {}
 
   /// A file that a rule sends.
@@ -51,7 +51,7 @@ class Ledger {
     std::optional<milliseconds> outAt;
   };
   std::vector<Carried> Take(Priority p, std::string_view name);
-  void Finish(Priority p, const Entry& entry, Fate unlessSent);
+  void Finish(Priority p, const Entry& entry, Outcome unlessSent);
 
   End end_;
   PerPriority<std::deque<Carried>> unlisted_;

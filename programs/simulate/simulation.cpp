@@ -107,10 +107,10 @@ class Run {
     return ToUpper(StripExtension(FileNameOf(station_.setup().NameAs.Get())));
   }
 
-  void End(Priority p, const Carried& arrival, Fate fate, milliseconds outAt) {
-    if (fate == Fate::kReplaced) ++measures_.replaced;
-    if (fate == Fate::kPurged) ++measures_.purged;
-    if (fate != Fate::kSent) return;
+  void End(Priority p, const Carried& arrival, Outcome fate, milliseconds outAt) {
+    if (fate == Outcome::kReplaced) ++measures_.replaced;
+    if (fate == Outcome::kPurged) ++measures_.purged;
+    if (fate != Outcome::kSent) return;
     auto& measure = measures_.priorities[p];
     ++measures_.sent;
     ++measure.files;
