@@ -11,7 +11,7 @@ TEST(MatchPattern, FollowsThePatternLanguage) {
   } rows[] = {{"", "", "A"},
               {"*", "", nullptr},
               {"ZFP*", "ZFPSFOCA.TXT", "zfpsfoca.txt"},
-              {"A?B", "AXB", "AB"},
+              {"A?B", "A.B", "AB"},
               {"RR#*", "RR3DMXIA.TXT", "RRSDMXIA.TXT"},
               {"*AB*ABZ", "XABYABZ", "XABYABZQ"},
               {"*.ZI[S,P]*", "A.ZI,X", "A.ZIX"},
@@ -24,9 +24,10 @@ TEST(MatchPattern, FollowsThePatternLanguage) {
               {"[[]", "[", "]"},
               {"[*?#]", "*", "X"},
               {"]", "]", "["},
+              {"[\x80-\xFF]", "\xE9", "E"},
               // malformed
               {"[A", nullptr, "[A"},
-              {"[C-A]", nullptr, "B"},
+              {"[C-AB]", nullptr, "B"},
               {"[]", nullptr, "A"}};
   for (const auto& [pattern, matching, other] : rows) {
     EXPECT_TRUE(!matching || MatchPattern(matching, pattern)) << matching << " by " << pattern;

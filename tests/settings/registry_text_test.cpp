@@ -45,13 +45,17 @@ TEST(RegistryText, TakesTheFamilysTreeAndSaysWhatItLeavesOut) {
 TEST(RegistryText, ATextThatIsNoUtf8ComesBackByteForByte) {
   const std::vector<StoredValue> values = {
       {kOwnPath, "Kept", "\"\\\xC3\xA9\" \xF0\x9F\x98\x80"},
-      {kOwnPath, "FillFile", "/srv/\xE9\xC3\xA9\xF0\x9F\x98\x80\xF0\x9F"},
+      {kOwnPath, "FillFile", "/srv/\xE2\x82\xAC\xE9\xC3\xA9\xF0\x9F\x98\x80\xF0\x9F"},
+      {kOwnPath, "", "default"},
+      {kOwnPath, "Blob", "hex:01,02", true},
       {kOwnPath, "Overlong", "\xC0\x80 \xED\xA0\x80 \xF4\x90\x80\x80"}};
   const auto text = FormatRegistryText(values);
-  EXPECT_NE(text.find("\"FillFile\"=hex(1):2f,00,73,00,72,00,76,00,2f,00,e9,dc,e9,00,3d,d8,00,de,"
-                      "f0,dc,9f,dc,00,00\r\n"),
-            std::string::npos)
+  EXPECT_NE(
+      text.find("\"FillFile\"=hex(1):2f,00,73,00,72,00,76,00,2f,00,ac,20,e9,dc,e9,00,3d,d8,00,de,"
+                "f0,dc,9f,dc,00,00\r\n"),
+      std::string::npos)
       << text;
+  EXPECT_NE(text.find("\r\n@=\"default\"\r\n"), std::string::npos) << text;
   EXPECT_EQ(ParseRegistryText(text).values, values);
 }
 
@@ -68,6 +72,7 @@ TEST(RegistryText, ADamagedFileIsRefusedWholeWithItsLine) {
       {good + "\"More\"=\"1\" x\r\n", 6},
       {good + "\"Kind\"=12\r\n", 6},
       {good + "\"Kind\"=hex:0g\r\n", 6},
+      {good + "\"Kind\"=dword:12\r\n", 6},
       {good + "\"Kind\"=hex(1):4,00,00,00\r\n", 6},
       {good + "\"CutOff\"=hex:01,\\\r\n", 6},
       {good + "\"Nul\"=\"" + '\0' + "\"\r\n", 5},

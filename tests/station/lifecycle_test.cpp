@@ -136,7 +136,8 @@ TEST(ShutDown, DropsTheLinesWithinATickInWhateverMomentItIsAskedFor) {
     station.Run(at + 10s - machine.clock.Monotonic());
     for (const auto& event : machine.line.keying)
       EXPECT_TRUE(!event.on && event.at <= at + kCyclePeriod);
-    EXPECT_FALSE(machine.line.KeyLine1() || machine.line.KeyLine2() || machine.line.IsOpen());
+    EXPECT_FALSE(machine.line.KeyLine1() || machine.line.KeyLine2() || machine.line.IsOpen() ||
+                 machine.datagrams.isActive);
     EXPECT_EQ(station.Messages().front(), "Program Started - 3.0 build 0");
     EXPECT_EQ(station.Messages().back(), "Program Stopped");
     // The channel opens at the end of start-up only.
@@ -156,7 +157,11 @@ TEST(EntryRecords, WhatIsPastThePurgeAgeStaysAway) {
     station.machine.line.Close();
     station.machine.dialogs.hasEnded = true;
     station.machine.clock.Advance(down);
+    for (const auto* place : {"KvData/.pending/5/", "KvData/RtSent/"})
+      station.WriteFile(station.Path(place) + ".ostrel-1-1.part", "half a file");
     station.Restart();
+    for (const auto* place : {"KvData/.pending/5/", "KvData/RtSent/"})
+      EXPECT_FALSE(fs::exists(station.Path(place) + ".ostrel-1-1.part")) << place;
     EXPECT_EQ(station.Names("KvData/RtPri5"), comesBack ? Lines{"A.TXT"} : Lines{}) << hours;
     EXPECT_EQ(station.Names("KvData/.pending/5"), Lines{}) << hours;
   }

@@ -123,8 +123,8 @@ TEST(QueueIntake, AFileThatCannotBeTakenHoldsUpNoOther) {
     };
     station.Hold(3, "BAD.TXT", "bad");
     for (const auto* name : {"A.TXT", "B.TXT"}) station.Hold(3, name, "good");
-    station.Run(69s);  // tried after 10, 30 and 70 seconds
-    EXPECT_EQ(station.LogOf("CheckForNewPriFiles").size(), 3U);
+    station.Run(149s);  // tried after 10, 30, 70 and 150 seconds
+    EXPECT_EQ(station.LogOf("CheckForNewPriFiles").size(), 4U);
     station.files.readFault = station.files.deleteFault = nullptr;
     station.files.copyFault = nullptr;
     station.Run(2s);

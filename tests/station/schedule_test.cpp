@@ -13,7 +13,8 @@ TEST(ScheduledTransmission, GoesOutAtSecondZeroOfItsMinuteAndFailuresOnlyCostThe
   const auto folder = ToLower(station.Path(""));  // entries are kept in lower case
   const auto source = folder + "bulletin.txt", missing = folder + "missing.txt",
              destination = folder + "kvdata/rtpri3/b c.txt";
-  station.WriteFile(station.Path("Bulletin.txt"), SampleText(2000));
+  station.WriteFile(station.Path("Original.txt"), SampleText(2000));
+  std::filesystem::create_symlink("Original.txt", station.Path("Bulletin.txt"));
   station.WriteFile(station.Path("RtSched.txt"), "12:02 " + missing + " " + destination +
                                                      "\r\n12:02 " + source + " " + destination +
                                                      "\r\n12:02 /only\r\nnoon! /a /b\r\n");
