@@ -1,32 +1,24 @@
 #include "profile/profile_text.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 #include <sstream>
 #include <toml++/toml.h>
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "base/utf8.h"
 
 namespace ostrel {
 
 namespace {
 
-constexpr const char* kBytes = "hex";  // the key of a text that nobody can read
+constexpr const char* kBytes = "hex";  // the key of a text that is no UTF-8
 constexpr std::string_view kNul("\0", 1);
 
 [[noreturn]] void Refuse(const toml::node& at, const std::string& why) {
   throw Failure(failure_number::kTypeMismatch,
                 fmt::format("line {}: {}", at.source().begin.line, why));
-}
-
-/// Whether people can read it: UTF-8 without control characters, as a comment has to be.
-bool IsReadable(const std::string& text) {
-  try {
-    [[maybe_unused]] const auto comment = toml::parse("# " + text);
-    return true;
-  } catch (const toml::parse_error&) {
-    return false;
-  }
 }
 
 std::string Quoted(const std::string& text) {
@@ -37,7 +29,7 @@ std::string Quoted(const std::string& text) {
 }
 
 std::string ValueText(const std::string& text) {
-  if (IsReadable(text)) return Quoted(text);
+  if (IsUtf8(text)) return Quoted(text);
   std::string digits;
   for (const unsigned char byte : text) digits += fmt::format("{:02x}", byte);
   return fmt::format("{{ {} = \"{}\" }}", kBytes, digits);
@@ -71,7 +63,18 @@ std::string ValueOf(const toml::node& at, std::string_view unwanted) {
   return text;
 }
 
+/// Names as the station has them, which need no quotes.
+void CheckName(std::string_view name, const toml::node& at) {
+  const auto isPlain = [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+  };
+  if (name.empty() || !std::all_of(name.begin(), name.end(), isPlain))
+    Refuse(at, fmt::format("\"{}\" is no name.", name));
+}
+
 ProfileEntry EntryOf(std::string_view table, std::string_view key, const toml::node& at) {
+  CheckName(table, at);
+  CheckName(key, at);
   ProfileEntry entry{.table = std::string(table),
                      .key = std::string(key),
                      .isList = at.is_array(),

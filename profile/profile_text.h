@@ -8,8 +8,8 @@
 
 namespace ostrel {
 
-/// One key with its value. Values are bytes; what is no UTF-8 or has control characters is written
-/// as the hexadecimal digits of its bytes.
+/// One key with its value. Values are bytes; a text that is no UTF-8 is written as the hexadecimal
+/// digits of its bytes.
 struct ProfileEntry {
   std::string table, key;
   bool isList = false;
