@@ -31,7 +31,7 @@ std::string Quoted(const std::string& text) {
 std::string ValueText(const std::string& text) {
   if (IsUtf8(text)) return Quoted(text);
   std::string digits;
-  for (const unsigned char byte : text) digits += fmt::format("{:02x}", byte);
+  for (const char byte : text) digits += fmt::format("{:02x}", static_cast<unsigned char>(byte));
   return fmt::format("{{ {} = \"{}\" }}", kBytes, digits);
 }
 
