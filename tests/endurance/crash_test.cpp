@@ -1,11 +1,15 @@
 // Kills the real program at random instants, again and again, while products arrive, and looks
-// whether every one of them was received whole.
+// whether every one of them was received whole, and the history says of none that it was sent when
+// it was not.
 //
 //   crash_test [KILLS [SEED]]
 #include <cstdio>
 #include <random>
 #include <signal.h>
 
+#include "base/names.h"
+#include "base/text.h"
+#include "platform/linux/sqlite_database.h"
 #include "tests/endurance/real_station.h"
 
 namespace ostrel {
@@ -27,7 +31,7 @@ class CrashTest {
         kills_, dropped_, delivery.received, fmt::join(delivery.Missing(), ", "),
         fmt::join(delivery.foreign, " "), fmt::join(LeftBehind(station_.Path("KvData")), " "),
         opens ? "opens" : "DAMAGED");
-    return cameOut && delivery.foreign.empty() && opens;
+    return HistoryIsTrue() && cameOut && delivery.foreign.empty() && opens;
   }
 
  private:
@@ -71,6 +75,32 @@ class CrashTest {
     const auto store = station_.OpenSettings();
     return store->ReadSetting(KeyPath(Section::kSettings), "ComBaud", "") == "115200" &&
            store->WriteSetting(KeyPath(Section::kSettings), "ComBaud", "9600");
+  }
+
+  /// What it calls sent was heard whole as often; all that was received has ended.
+  bool HistoryIsTrue() {
+    std::map<std::string, int> heard;
+    StreamDecoder decoder;
+    ProductAssembler assembler;
+    for (const auto& event : decoder.Feed(station_.heard)) {
+      const auto* const packet = std::get_if<ReceivedPacket>(&event);
+      const auto product = packet ? assembler.Accept(*packet).product : std::nullopt;
+      if (product) ++heard[product->name];
+    }
+    SqliteDatabase database(station_.Path("KvHistory.db"), "History", DatabaseUse::kReadOnly);
+    SqliteStatement rows(database, "SELECT sent_as, times_sent, fate FROM product");
+    std::map<std::string, int> fates;
+    int invented = 0;
+    while (rows.Step()) {
+      ++fates[rows.Text(2)];
+      const auto sentAs = rows.Text(0);
+      invented += (heard[ToUpper(StripDupSuffix(sentAs))] -= static_cast<int>(rows.Number(1))) < 0;
+    }
+    fmt::print("history: {} invented;", invented);
+    for (const auto& [fate, count] : fates) fmt::print(" {} {}", count, fate);
+    fmt::print("\n");
+    return invented == 0 && fates["waiting"] == 0 && fates["on the air"] == 0 &&
+           fates["unknown"] <= 2 * kills_;
   }
 
   int Between(int low, int high) { return std::uniform_int_distribution<>(low, high)(random_); }
