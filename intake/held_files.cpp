@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/names.h"
+#include "base/reporting.h"
 
 namespace ostrel {
 
@@ -35,7 +36,8 @@ std::string HeldFiles::Take(const std::string& path, Priority p, const std::stri
 }
 
 void HeldFiles::Release(const Held& held) {
-  parts_.files.SetLastWriteTime(PathOf(held), parts_.clock.UtcNow());  // its age begins anew
+  // Its age begins anew, unless another account laid it there.
+  TryStep([&] { parts_.files.SetLastWriteTime(PathOf(held), parts_.clock.UtcNow()); });
   parts_.handedBack.GiveBack(PathOf(held), held.p, held.name);
 }
 

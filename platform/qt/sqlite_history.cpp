@@ -154,6 +154,8 @@ SqliteHistory::Earlier SqliteHistory::Begin(const HistoryTerms& terms) {
   database_ = std::move(database);
   isEnding_ = false;
   isDone_ = false;
+  isFailing_ = false;
+  expired_.reset();
   writer_ = std::thread([this] { Run(); });
   return earlier;
 }

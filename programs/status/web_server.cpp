@@ -18,27 +18,29 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr auto kFresh = std::chrono::milliseconds(500);
+constexpr auto kPatience = std::chrono::seconds(5);
 constexpr int kNotAnswering = 503;
 constexpr std::size_t kLongestRequest = 4096;  // bytes of a body: nothing is taken
 
 /// One question to the station answers many readers.
 class Latest {
  public:
-  explicit Latest(std::string folder) : folder_(std::move(folder)) {}
+  Latest(std::string folder, std::string question)
+      : folder_(std::move(folder)), question_(std::move(question)) {}
 
   /// Throws std::runtime_error.
   std::string Get() {
     const std::lock_guard lock(mutex_);
     if (answer_.empty() || Clock::now() - taken_ > kFresh) {
       answer_.clear();
-      answer_ = AskForStatus(folder_);
+      answer_ = AskStation(folder_, question_, kPatience);
       taken_ = Clock::now();
     }
     return answer_;
   }
 
  private:
-  std::string folder_;
+  std::string folder_, question_;
   std::mutex mutex_;
   std::string answer_;
   Clock::time_point taken_;
@@ -65,7 +67,7 @@ Place PlaceOf(const std::string& where) {
 
 void Serve(const std::string& folder, const std::string& where, const LastAlarms& alarms) {
   const auto place = PlaceOf(where);
-  Latest latest(folder);
+  Latest latest(folder, R"({"ask":"status"})"), queue(folder, R"({"ask":"list"})");
   httplib::Server server;
   server.set_payload_max_length(kLongestRequest);
   server.set_default_headers(
@@ -82,6 +84,14 @@ void Serve(const std::string& folder, const std::string& where, const LastAlarms
       response.status = kNotAnswering;
       const Status trouble = {{"error", error.what()}, {"alarms", alarms.Get()}};
       response.set_content(trouble.dump(), "application/json");
+    }
+  });
+  server.Get("/queue.json", [&](const httplib::Request&, httplib::Response& response) {
+    try {
+      response.set_content(queue.Get(), "application/json");
+    } catch (const std::exception& error) {
+      response.status = kNotAnswering;
+      response.set_content(Status({{"error", error.what()}}).dump(), "application/json");
     }
   });
   server.Get("/metrics", [&](const httplib::Request&, httplib::Response& response) {

@@ -47,7 +47,10 @@ class Scenario : public VirtualStation {
     try {
       EXPECT_TRUE(station->Start() || trouble.kind == Kind::kRefused);
       changesOfStart = troubledFiles_.changes();
-      for (int i = 0; i < kLongest && !IsDone(); ++i) Run(500ms);
+      for (int i = 0; i < kLongest && !IsDone(); ++i) {
+        Run(500ms);
+        Operate(i);
+      }
     } catch (const PowerFailure&) {
     }
     Hear();
@@ -66,6 +69,32 @@ class Scenario : public VirtualStation {
       Drop(name, content);
       troubledFiles_.Flush(Path("KvData/RxFiles/" + name));
     });
+  }
+  /// Operators hold, move, put first and send again what is there, and let all go in the end.
+  void Operate(int step) {
+    auto& operations = station->operations();
+    const auto last = LastWaiting();
+    const auto held = station->held().List();
+    TryStep([&] {
+      if (step % 4 == 3 && !held.empty()) operations.Release("bob", held.back().name);
+      if (last.empty()) return;
+      if (step == 0) operations.Hold("alice", last);
+      if (step == 1) operations.Move("bob", last, Priority(6));
+      if (step == 2) operations.PutFirst("alice", last);
+      if (step == 4) operations.Hold("alice", last);
+    });
+    TryStep([&] {
+      const auto sent = Names("KvData/RtSent");
+      if (step == 6 && !sent.empty())
+        operations.SendAgain("alice", {sent.front(), Priority(2), false, sent.front(), 1});
+    });
+  }
+  std::string LastWaiting() {
+    std::string name;
+    station->ForEachEntry([&](Priority, const TransmitQueue::Entry& entry, auto) {
+      if (entry.state == TransmitQueue::State::kWaits) name = entry.name;
+    });
+    return name;
   }
   bool IsDone() {
     Hear();
