@@ -147,6 +147,7 @@ std::vector<ProfileChange> StationProfile::ChangesBy(std::string_view text) {
 void StationProfile::Make(const std::vector<ProfileChange>& changes) {
   if (changes.empty()) return;
   std::vector<ProfileEntry> entries;
+  entries.reserve(changes.size());
   for (const auto& change : changes) entries.push_back(change.to);
   Note(entries);
   try {
