@@ -116,7 +116,7 @@ void Feed::Start() {
 std::string Feed::IngestFolder() {
   if (config_.deliverTo) return *config_.deliverTo;
   try {
-    const auto fallback = JoinPath(station_, "KvData/RxFiles");
+    auto fallback = JoinPath(station_, "KvData/RxFiles");
     const auto path = JoinPath(station_, kStore);
     if (!std::filesystem::exists(path)) return fallback;
     SqliteSettingsStores stores(path);
