@@ -8,12 +8,29 @@
 #include <unistd.h>
 
 #include "platform/qt/qt_local_socket.h"
+#include "platform/qt/sqlite_history.h"
 #include "seam/seam.h"
 #include "tests/support/crowd.h"
 #include "tests/support/virtual_station.h"
 
 namespace ostrel {
 namespace {
+
+/// A station whose history is written as a real one's, or, after 0 days, not at all.
+struct WrittenStation : VirtualStation {
+  explicit WrittenStation(std::int64_t days) {
+    Set("HistoryDays", std::to_string(days));
+    Set("TxUpTime", "0");
+    Set("CWIDTime", "0");
+    const auto p = machine.For(folder.path(), files, archives, stores);
+    station = std::make_unique<Station>(Platform{
+        p.programFolder, p.clock, p.events, p.cycleTimer, p.purgeTimer, p.port, p.datagrams,
+        p.files, p.archives, p.stores, history, p.dialogs, p.desktop, p.instance});
+  }
+  ~WrittenStation() override { station.reset(); }
+
+  SqliteHistory history{folder.path() + "/KvHistory.db"};
+};
 
 /// A station whose line is busy, so that a tick does its bookkeeping and builds nothing.
 struct IdleStation : VirtualStation {
@@ -63,9 +80,7 @@ BENCHMARK(FullFolders)
 
 /// Each tick takes one file from the ingest folder and moves it into its queue.
 void TakingFiles(benchmark::State& state) {
-  VirtualStation station;
-  station.Set("TxUpTime", "0");
-  station.Set("CWIDTime", "0");
+  WrittenStation station(state.range(1));
   station.Rule(4, "AFD*");
   station.Start();
   station.machine.line.Write(std::string(9000, '\0'));
@@ -83,13 +98,14 @@ void TakingFiles(benchmark::State& state) {
       station.machine.line.Write(std::string(7000, '\0'));
   }
 }
-BENCHMARK(TakingFiles)->ArgName("files")->Arg(20000)->Arg(100000)->Iterations(10000);
+BENCHMARK(TakingFiles)
+    ->ArgNames({"files", "history"})
+    ->ArgsProduct({{20000, 100000}, {0, 400}})
+    ->Iterations(10000);
 
 /// Each tick builds and sends a packet of a long file: at a rate at which the line is free by then.
 void SendingPackets(benchmark::State& state) {
-  VirtualStation station;
-  station.Set("TxUpTime", "0");
-  station.Set("CWIDTime", "0");
+  WrittenStation station(state.range(0));
   station.Set("ComBaud", "115200");
   station.Rule(4, "AFD*");
   station.Drop("AFDLONG.TXT", SampleText(64 * 1024 * 1024));
@@ -102,7 +118,7 @@ void SendingPackets(benchmark::State& state) {
   state.counters["packets"] =
       benchmark::Counter(static_cast<double>(packets), benchmark::Counter::kAvgIterations);
 }
-BENCHMARK(SendingPackets);
+BENCHMARK(SendingPackets)->ArgName("history")->Arg(0)->Arg(400);
 
 /// Seconds that this thread has worked, whatever else the machine does.
 double Worked() {
