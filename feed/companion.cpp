@@ -14,6 +14,8 @@ void ShowWindowInstead(const std::string& name, char* arguments[]) {
     return value != nullptr && *value != '\0';
   };
   if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY")) return;
+  // The station looks for the window among those of the X server.
+  if (isSet("DISPLAY")) setenv("QT_QPA_PLATFORM", "xcb", 0);
   std::string called = name;
   arguments[0] = called.data();
   execv(JoinPath(ProgramFolder(), "ostrel-ingest").c_str(), arguments);

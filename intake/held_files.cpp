@@ -4,6 +4,7 @@
 
 #include "base/names.h"
 #include "base/reporting.h"
+#include "base/text.h"
 
 namespace ostrel {
 
@@ -18,8 +19,8 @@ std::vector<HeldFiles::Held> HeldFiles::List() const {
 }
 
 std::optional<HeldFiles::Held> HeldFiles::Find(const std::string& name) const {
-  for (const Priority p : AllPriorities()) {
-    if (parts_.files.Exists(PathOf({p, name}))) return Held{p, name};
+  for (auto& held : List()) {
+    if (ToUpper(held.name) == ToUpper(name)) return held;
   }
   return std::nullopt;
 }

@@ -49,11 +49,16 @@ void ProductHistory::Settle() {
     strayed_.push_back(std::move(placed.second));
     return true;
   });
+  if (strayed_.empty()) return;
   std::ranges::sort(strayed_, {}, &ProductRow::id);
-  Adopt(parts_.values.HoldingFolder(kCompressFolder), 0);
+  // A folder that cannot be listed costs its rows their ends, and the station nothing.
+  const auto adopt = [this](const std::string& folder, int priority) {
+    RunStep(parts_.reporting, kCategory, [&] { Adopt(folder, priority); });
+  };
+  adopt(parts_.values.HoldingFolder(kCompressFolder), 0);
   for (const Priority p : AllPriorities()) {
-    Adopt(parts_.values.HoldingFolder(p.number()), p.number());
-    Adopt(parts_.values.HeldFolder(p), p.number());
+    adopt(parts_.values.HoldingFolder(p.number()), p.number());
+    adopt(parts_.values.HeldFolder(p), p.number());
   }
   for (auto& row : strayed_) End(row, Fate::kUnknown);
   strayed_.clear();

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/names.h"
+#include "base/text.h"
 #include "intake/missing_folder.h"
 #include "intake/old_files.h"
 
@@ -112,12 +113,16 @@ void TransmitQueue::Remove(Priority p, std::vector<std::size_t> positions) {
 }
 
 std::optional<TransmitQueue::Listed> TransmitQueue::Find(std::string_view name) const {
+  std::optional<Listed> other;
   for (const Priority p : AllPriorities()) {
-    const auto found = std::ranges::find(entries_[p], name, &Entry::name);
-    if (found != entries_[p].end())
-      return Listed{p, static_cast<std::size_t>(found - entries_[p].begin())};
+    for (std::size_t position = 0; position < entries_[p].size(); ++position) {
+      const auto& entry = entries_[p][position];
+      if (ToUpper(entry.name) != ToUpper(name)) continue;
+      if (entry.state == State::kWaits && entry.hasFile) return Listed{p, position};
+      if (!other) other = Listed{p, position};
+    }
   }
-  return std::nullopt;
+  return other;
 }
 
 TransmitQueue::Entry& TransmitQueue::Waiting(const Listed& listed) {

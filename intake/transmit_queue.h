@@ -97,6 +97,8 @@ class TransmitQueue {
     Priority p;
     std::size_t position;
   };
+  /// The most urgent entry of that name, in any case, that waits; one that the wishes would refuse
+  /// only where none does.
   std::optional<Listed> Find(std::string_view name) const;
   /// Out of the queue, into the folder of what is held.
   void Hold(const Listed& entry);

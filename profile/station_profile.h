@@ -37,6 +37,8 @@ class StationProfile {
   /// Ends what an earlier Make was kept from, if there is such, before anything else is done with
   /// the station.
   void Finish();
+  /// Leaves the station as it is, and the note of that Make aside in ".given-up.toml".
+  void GiveUp() { files_.Rename(JournalPath(), folder_ + "/.given-up.toml"); }
   /// Whether there is.
   bool IsUnfinished() { return files_.Exists(JournalPath()); }
 

@@ -81,13 +81,16 @@ class StopNotifier {
   QSocketNotifier notifier_;
 };
 
-/// A start may come upon a station half made of a text: the power failed while it was applied.
+/// A start may come upon a station half made of a text: the power failed while it was applied. What
+/// cannot be finished is given up, or a later start would write it over what was set since.
 template <typename Machine>
 void FinishApplying(Machine& machine, Station& station) {
-  RunStep(station.reporting(), "Settings", [&] {
-    if (machine.instance.TryLock())
-      StationProfile(machine.files, machine.stores, machine.folder).Finish();
-  });
+  StationProfile profile(machine.files, machine.stores, machine.folder);
+  if (!profile.IsUnfinished()) return;
+  bool isFirst = false;
+  TryStep([&] { isFirst = machine.instance.TryLock(); });
+  if (isFirst && !RunStep(station.reporting(), "Settings", [&] { profile.Finish(); }))
+    RunStep(station.reporting(), "Settings", [&] { profile.GiveUp(); });
 }
 
 /// Runs `station` on `machine` from start to end, open to programs beside it. `loop` is the

@@ -42,7 +42,7 @@ std::string QueueOperations::Run(const std::string& account,
 }
 
 TransmitQueue::Listed QueueOperations::FindQueued(const std::string& name) const {
-  const auto found = parts_.queue.Find(ToUpper(name));
+  const auto found = parts_.queue.Find(name);
   if (!found) Refuse(fmt::format("No queue lists {}.", ToUpper(name)));
   return *found;
 }
@@ -63,7 +63,7 @@ std::string QueueOperations::Hold(const std::string& account, const std::string&
 
 std::string QueueOperations::Release(const std::string& account, const std::string& name) {
   return Run(account, [&] {
-    const auto held = parts_.held.Find(ToUpper(CheckedName(name)));
+    const auto held = parts_.held.Find(CheckedName(name));
     if (!held) Refuse(fmt::format("{} is not held.", ToUpper(name)));
     CheckThatItIsNewest(held->p, held->name);
     parts_.held.Release(*held);
@@ -92,13 +92,13 @@ std::string QueueOperations::PutFirst(const std::string& account, const std::str
 
 std::string QueueOperations::Delete(const std::string& account, const std::string& name) {
   return Run(account, [&] {
-    if (const auto entry = parts_.queue.Find(ToUpper(name))) {
+    if (const auto entry = parts_.queue.Find(name)) {
       if (entry->position == 0 && parts_.queue.IsOnAir(entry->p))
         Refuse(fmt::format("{} is on the air.", ToUpper(name)));
       parts_.queue.Remove(entry->p, {entry->position});
       return fmt::format("{} of priority {} is deleted.", ToUpper(name), entry->p.number());
     }
-    const auto held = parts_.held.Find(ToUpper(CheckedName(name)));
+    const auto held = parts_.held.Find(CheckedName(name));
     if (!held) Refuse(fmt::format("{} is neither queued nor held.", ToUpper(name)));
     parts_.held.Delete(*held);
     return fmt::format("{}, which was held, is deleted.", held->name);
