@@ -139,7 +139,7 @@ std::string IngestScan::PlaceInFolder(int folder, const std::string& path,
   });
   if (!freeName.starts_with(StripDupSuffix(name)))
     parts_.reporting.WriteLog(kCategory, fmt::format("{} is taken, cut to {}", name, freeName));
-  const auto placed = JoinPath(destination, freeName);
+  auto placed = JoinPath(destination, freeName);
   try {
     parts_.copy.CopyFile(path, placed);
   } catch (const Failure&) {
