@@ -168,11 +168,11 @@ void TransmitQueue::PutFirst(const Listed& listed) {
   auto entry = std::move(Waiting(listed));
   auto& queue = entries_[listed.p];
   queue.erase(queue.begin() + static_cast<std::ptrdiff_t>(listed.position));
-  const auto place = IsOnAir(listed.p) ? 1 : 0;
+  const std::size_t place = IsOnAir(listed.p) ? 1 : 0;
   auto& list = parts_.mainFields.PriorityList[listed.p];
   list.Remove(listed.position);
   list.Insert(place, entry.name);
-  queue.insert(queue.begin() + place, std::move(entry));
+  queue.insert(queue.begin() + static_cast<std::ptrdiff_t>(place), std::move(entry));
 }
 
 void TransmitQueue::Purge(UtcTime limit) {
