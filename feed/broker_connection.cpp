@@ -50,7 +50,10 @@ BrokerConnection::BrokerConnection(const BrokerAddress& address, const std::stri
 void BrokerConnection::SetCallbacks() {
   mosquitto_connect_v5_callback_set(
       Get(), [](mosquitto*, void* self, int reason, int, const mosquitto_property*) {
-        if (reason != 0) return Of(self).callbacks_.lost(mosquitto_reason_string(reason));
+        if (reason != 0) {
+          Of(self).refusal_ = mosquitto_reason_string(reason);
+          return;
+        }
         Of(self).isConnected_ = true;
         Of(self).callbacks_.connected();
       });
@@ -91,11 +94,13 @@ void BrokerConnection::KeepUp() {
 std::string BrokerConnection::RunOnce() {
   mosquitto_property* properties = nullptr;
   if (isKept_) mosquitto_property_add_int32(&properties, MQTT_PROP_SESSION_EXPIRY_INTERVAL, kKept);
+  refusal_.clear();
   int result = mosquitto_connect_bind_v5(Get(), address_.host.c_str(), address_.port, kKeepAlive,
                                          nullptr, properties);
   mosquitto_property_free_all(&properties);
   while (result == MOSQ_ERR_SUCCESS && !ends_) result = mosquitto_loop(Get(), kLook, 1);
   if (ends_) mosquitto_disconnect(Get());
+  if (!refusal_.empty()) return refusal_;
   return result == MOSQ_ERR_ERRNO ? "the broker cannot be reached" : mosquitto_strerror(result);
 }
 

@@ -53,6 +53,7 @@ class BrokerConnection {
   bool isKept_;
   Callbacks callbacks_;
   std::unique_ptr<mosquitto, Destroy> client_;
+  std::string refusal_;  // the broker's reason, of the connection's thread
   std::atomic<bool> isConnected_{false};
   std::atomic<bool> ends_{false};
   std::thread thread_;

@@ -7,6 +7,7 @@
 #include <memory>
 #include <mosquitto.h>
 #include <mqtt_protocol.h>
+#include <stdexcept>
 #include <vector>
 
 #include "base/failure.h"
@@ -38,6 +39,12 @@ std::string PropertyOf(const mosquitto_property* properties, const std::string& 
   return found;
 }
 
+/// Of a message with this number; a stranger's may be anything.
+Mark MarkOf(const std::string& id) {
+  if (id.empty() || id.size() > kIdLength) return {};
+  return {.key = "mqtt:" + id, .state = {}};
+}
+
 void Add(mosquitto_property*& properties, const char* name, const std::string& value) {
   mosquitto_property_add_string_pair(&properties, MQTT_PROP_USER_PROPERTY, name, value.c_str());
 }
@@ -52,7 +59,9 @@ BrokerSource::BrokerSource(const BrokerSettings& settings, Delivery& delivery, F
                [this] {
                  SetState("connected", true);
                  const auto topics = connection_.address().topic + "/+";
-                 mosquitto_subscribe(connection_.Get(), nullptr, topics.c_str(), kQualityOfService);
+                 // A message that the broker keeps for newcomers is an old one.
+                 mosquitto_subscribe_v5(connection_.Get(), nullptr, topics.c_str(),
+                                        kQualityOfService, MQTT_SUB_OPT_SEND_RETAIN_NEVER, nullptr);
                },
            .lost = [this](const std::string& why) { SetState(why, false); },
            .message = [this](const auto& message,
@@ -66,7 +75,7 @@ bool BrokerSource::TakeMessage(const mosquitto_message& message,
       .given = topic.substr(std::min(topic.size(), connection_.address().topic.size() + 1)),
       .content = std::string(static_cast<const char*>(message.payload),
                              static_cast<std::size_t>(message.payloadlen)),
-      .mark = {.key = PropertyOf(properties, kId), .state = {}},
+      .mark = MarkOf(PropertyOf(properties, kId)),
       .isPublished = false};
   const auto hash = PropertyOf(properties, kHash);
   if (!hash.empty() && hash != HashOf(product.content)) {
@@ -144,9 +153,19 @@ void BrokerPublisher::PublishMore() {
 }
 
 void BrokerPublisher::Publish(const std::string& path) {
+  try {
+    const auto message = Hand(path);
+    underWay_[message] = path;
+  } catch (const std::exception& error) {  // a file that a hand laid there, or too large a one
+    if (refused_.insert(path).second) book_.Log(fmt::format("{}: {}", path, error.what()));
+  }
+}
+
+/// Gives the file to the library, and returns its number of the message.
+int BrokerPublisher::Hand(const std::string& path) {
   const std::string file(FileNameOf(path));
   const auto content = ReadWhole(path);
-  if (file.size() <= kIdLength + 1) return;
+  if (file.size() <= kIdLength + 1) throw std::runtime_error("this is no product of the feed");
   mosquitto_property* properties = nullptr;
   Add(properties, kId, file.substr(0, kIdLength));
   Add(properties, kHash, HashOf(content));
@@ -156,7 +175,8 @@ void BrokerPublisher::Publish(const std::string& path) {
                                           static_cast<int>(content.size()), content.data(),
                                           kQualityOfService, false, properties);
   mosquitto_property_free_all(&properties);
-  if (result == MOSQ_ERR_SUCCESS) underWay_[message] = path;
+  if (result != MOSQ_ERR_SUCCESS) throw std::runtime_error(mosquitto_strerror(result));
+  return message;
 }
 
 }  // namespace ostrel

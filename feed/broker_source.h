@@ -38,6 +38,7 @@ class BrokerPublisher : public Source {
   void Published(int message, int reason);
   void PublishMore();
   void Publish(const std::string& path);
+  int Hand(const std::string& path);
 
   std::string outbox_;
   std::recursive_mutex mutex_;

@@ -13,6 +13,9 @@ inline constexpr const char* kOtherCompanion = "Tiltor";
 /// What the station gives them on the command line.
 inline constexpr const char* kStartWord = "KvStart";
 
+/// Asks the program with the window whether it can show one.
+inline constexpr const char* kProbe = "--probe";
+
 /// The sources of the program of that name.
 inline SourceKinds KindsOf(std::string_view name) {
   if (name == kSerialCompanion) return SourceKinds::kSerial;

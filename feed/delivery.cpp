@@ -15,6 +15,7 @@ namespace {
 using std::chrono::hours;
 
 constexpr std::size_t kMostUnknown = 10'000, kMostToPublish = 10'000;
+constexpr std::uintmax_t kMostUnknownBytes = 256 << 20, kMostBytesToPublish = 1 << 30;
 constexpr hours kMarksStay{24 * 30};
 
 /// A name in the outbox: a number that no other product has, and the product's own.
@@ -22,10 +23,12 @@ std::string OutboxName(const std::string& name) {
   return QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString() + "_" + name;
 }
 
-/// True for a file that is not there any more, and for what never was a file.
+/// True for a file that is not there any more, and for what never was a file. Where its folder is
+/// not there either, a share may be away.
 bool IsGone(const std::string& key) {
   std::error_code error;
-  return !key.starts_with('/') || !std::filesystem::exists(key, error);
+  return !key.starts_with('/') ||
+         (!std::filesystem::exists(key, error) && std::filesystem::exists(FolderOf(key), error));
 }
 
 }  // namespace
@@ -75,13 +78,17 @@ FeedOutcome Delivery::TakeUnheard(std::size_t source, const FeedProduct& product
   const auto hash = HashOf(product.content);
   const auto now = parts_.now();
   auto outcome = known ? FeedOutcome::kDelivered : FeedOutcome::kUnknown;
-  if (parts_.memory.IsRepeat(name, hash, now, parts_.repeats)) {
+  if (product.content.empty() || parts_.memory.IsRepeat(name, hash, now, parts_.repeats)) {
     parts_.memory.RecordMark(product.mark, now);
     outcome = FeedOutcome::kRepeat;
   } else {
-    auto placements = known ? Lay(product, name)
-                            : std::vector{WriteHidden(parts_.unknownFolder, name, product.content)};
-    parts_.memory.Record(name, hash, product.mark, now, placements);
+    auto placements = known ? Lay(product, name) : LayApart(product, name);
+    try {
+      parts_.memory.Record(name, hash, product.mark, now, placements);
+    } catch (const Failure&) {
+      for (const auto& placement : placements) std::filesystem::remove(placement.hidden);
+      throw;
+    }
     unplaced_ = std::move(placements);
     PlaceAll();
   }
@@ -92,11 +99,28 @@ FeedOutcome Delivery::TakeUnheard(std::size_t source, const FeedProduct& product
 /// The files of a known product, hidden yet: for the station, and for the broker.
 std::vector<Placement> Delivery::Lay(const FeedProduct& product, const std::string& name) const {
   std::vector<Placement> placements;
-  if (const auto folder = parts_.ingestFolder(); !folder.empty())
-    placements.push_back(WriteHidden(folder, name, product.content));
   if (product.isPublished && !parts_.outbox.empty())
     placements.push_back(WriteHidden(parts_.outbox, OutboxName(name), product.content));
+  try {
+    if (const auto folder = parts_.ingestFolder(); !folder.empty())
+      placements.push_back(WriteHidden(folder, name, product.content));
+  } catch (const Failure&) {
+    for (const auto& placement : placements) std::filesystem::remove(placement.hidden);
+    throw;
+  }
   return placements;
+}
+
+/// The file of an unknown product. What cannot be kept is given up: no warning waits for it.
+std::vector<Placement> Delivery::LayApart(const FeedProduct& product,
+                                          const std::string& name) const {
+  try {
+    KeepNewest(parts_.unknownFolder, kMostUnknown, kMostUnknownBytes - product.content.size());
+    return {WriteHidden(parts_.unknownFolder, name, product.content)};
+  } catch (const Failure& failure) {
+    parts_.book.Log(fmt::format("{} cannot be kept: {}", name, failure.text()));
+    return {};
+  }
 }
 
 void Delivery::PlaceAll() {
@@ -115,12 +139,11 @@ void Delivery::KeepBounds() {
   if (std::chrono::abs(now - lastBounds_) < hours(1)) return;
   lastBounds_ = now;
   parts_.memory.Forget(now - parts_.repeats, now - kMarksStay, IsGone);
-  const std::pair<std::string, std::size_t> bounds[] = {{parts_.unknownFolder, kMostUnknown},
-                                                        {parts_.outbox, kMostToPublish}};
-  for (const auto& [folder, most] : bounds) {
-    const auto gone = folder.empty() ? 0 : KeepNewest(folder, most);
-    if (gone > 0) parts_.book.Log(fmt::format("{}: the oldest {} files are gone", folder, gone));
-  }
+  const auto gone =
+      parts_.outbox.empty() ? 0 : KeepNewest(parts_.outbox, kMostToPublish, kMostBytesToPublish);
+  if (gone > 0)
+    parts_.book.Log(
+        fmt::format("The broker never took the oldest {} products; they are gone", gone));
 }
 
 }  // namespace ostrel

@@ -55,6 +55,7 @@ class Delivery {
  private:
   FeedOutcome TakeUnheard(std::size_t source, const FeedProduct& product);
   std::vector<Placement> Lay(const FeedProduct& product, const std::string& name) const;
+  std::vector<Placement> LayApart(const FeedProduct& product, const std::string& name) const;
   void PlaceAll();
   void KeepBounds();
 

@@ -43,7 +43,7 @@ Feed::Feed(const std::string& station, SourceKinds kinds, bool isSpoken)
   lock_.emplace(folder_);
   if (!lock_->TryLock()) throw std::runtime_error("Another feed of this station is at work.");
   book_.emplace(JoinPath(folder_, "FeedLog.txt"), isSpoken);
-  memory_.emplace(JoinPath(folder_, "memory.db"));
+  OpenMemory();
   const auto outbox = config_.publish ? JoinPath(folder_, "outbox") : std::string{};
   delivery_.emplace(Delivery::Parts{.memory = *memory_,
                                     .book = *book_,
@@ -60,6 +60,24 @@ Feed::Feed(const std::string& station, SourceKinds kinds, bool isSpoken)
 }
 
 Feed::~Feed() = default;
+
+/// A memory that is damaged is laid aside. Nobody knows then which of the files that are left in
+/// their trees were taken: those from before are left.
+void Feed::OpenMemory() {
+  const auto path = JoinPath(folder_, "memory.db");
+  try {
+    memory_.emplace(path);
+  } catch (const Failure& failure) {
+    const std::string_view why = failure.text();
+    if (why.find("not a database") == why.npos && why.find("malformed") == why.npos) throw;
+    book_->Log(fmt::format("{}. A new one is begun; files from before are left.", why));
+    std::filesystem::rename(path, path + ".damaged");
+    memory_.emplace(path);
+    for (auto& source : config_.sources) {
+      if (auto* const folder = std::get_if<FolderSettings>(&source)) folder->takesOldFiles = false;
+    }
+  }
+}
 
 /// Those that lie in the station. A tree elsewhere may be a share that is not there yet: nobody
 /// makes folders in its place.
@@ -103,11 +121,16 @@ void Feed::Add(const SourceSettings& settings) {
 void Feed::Start() {
   QObject::connect(&stopNotifier_, &QSocketNotifier::activated, &stopNotifier_, [this] {
     stopNotifier_.setEnabled(false);
-    book_->Log("The feed ends.");
     QCoreApplication::quit();
   });
+  QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &stopNotifier_,
+                   [this] { book_->Log("The feed ends."); });
   book_->Log("The feed begins.");
-  delivery_->Finish();
+  try {
+    delivery_->Finish();
+  } catch (const Failure& failure) {  // each delivery tries again
+    book_->SetTrouble(failure.text());
+  }
   for (const auto& source : sources_) source->Start();
 }
 

@@ -41,6 +41,7 @@ class Feed {
 
  private:
   void MakeOwnFolders() const;
+  void OpenMemory();
   void AddSources(SourceKinds kinds);
   void Add(const SourceSettings& settings);
   std::string IngestFolder();

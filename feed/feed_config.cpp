@@ -15,6 +15,10 @@ constexpr int kDay = 86'400, kYear = 366 * kDay;  // seconds
 constexpr std::size_t kLongestPattern = 200;
 constexpr int kLargestPort = 65'535;
 
+bool IsWithin(const std::string& path, const std::string& folder) {
+  return path == folder || path.starts_with(folder.ends_with('/') ? folder : folder + "/");
+}
+
 class Reader {
  public:
   explicit Reader(const std::string& station) : station_(station) {}
@@ -90,6 +94,10 @@ class Reader {
     folder.afterwards = AfterwardsOf(table);
     if ((folder.afterwards == Afterwards::kMove) == folder.moveTo.empty())
       Refuse(table, R"("move_to" goes with "afterwards" = "move".)");
+    for (const auto& path : folder.paths) {
+      for (const auto& own : {folder.moveTo, station_ + "/KvData/RxFiles", FeedFolder(station_)})
+        if (IsWithin(own, path)) Refuse(table, fmt::format("{} lies within {}.", own, path));
+    }
     return folder;
   }
   static Afterwards AfterwardsOf(const toml::table& table) {

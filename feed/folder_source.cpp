@@ -11,6 +11,7 @@
 
 #include "base/failure.h"
 #include "base/names.h"
+#include "base/scope_guard.h"
 #include "base/text.h"
 #include "feed/placing.h"
 #include "platform/linux/file_io.h"
@@ -27,7 +28,7 @@ using std::chrono::steady_clock;
 using Afterwards = FolderSettings::Afterwards;
 
 constexpr seconds kInterval{10};
-constexpr std::chrono::milliseconds kSoon{100}, kAgain{2000};
+constexpr std::chrono::milliseconds kSoon{100}, kAgain{2000}, kSlice{100};
 // Who has not written for so long, and not closed either, has been forgotten or has crashed.
 constexpr minutes kLongestWriting{10};
 
@@ -70,13 +71,13 @@ FolderSource::FolderSource(const FolderSettings& settings, Archives& archives, s
                   },
               .newFolder = [this] { soon_.start(kSoon); }}) {
   soon_.setSingleShot(true);
-  QObject::connect(&soon_, &QTimer::timeout, &soon_, [this] { Scan(); });
+  QObject::connect(&soon_, &QTimer::timeout, &soon_,
+                   [this] { toLook_.empty() ? Scan() : LookOn(); });
   QObject::connect(&interval_, &QTimer::timeout, &interval_, [this] { Scan(); });
 }
 
 void FolderSource::Start() {
   Scan();
-  isBeginning_ = false;
   interval_.start(kInterval);
 }
 
@@ -88,13 +89,23 @@ void FolderSource::Scan() {
     if (!ScanTree(folder, files)) missing = folder;
   }
   SetState(missing.empty() ? "watched" : missing + " cannot be read", missing.empty());
-  const bool isTaking = std::all_of(files.begin(), files.end(),
-                                    [this](const std::string& path) { return Look(path); });
-  if (!isTaking) soon_.start(kAgain);
-  if (isTaking) std::erase_if(seen_, [&](const auto& entry) { return entry.second.scan != scan_; });
+  toLook_.assign(files.begin(), files.end());
+  LookOn();
   std::erase_if(writing_, [](const auto& entry) {
     return steady_clock::now() - entry.second > kLongestWriting;
   });
+}
+
+/// Looks at what the scan found, a while at a time: what the system tells meanwhile, and other
+/// sources, come in between.
+void FolderSource::LookOn() {
+  const auto end = steady_clock::now() + kSlice;
+  while (!toLook_.empty()) {
+    if (steady_clock::now() > end) return soon_.start(0);
+    if (!Look(toLook_.front())) return soon_.start(kAgain);
+    toLook_.pop_front();
+  }
+  std::erase_if(seen_, [this](const auto& entry) { return entry.second.scan != scan_; });
 }
 
 /// Adds the wanted files, the oldest first: a newer one of its name comes after it.
@@ -128,11 +139,11 @@ bool FolderSource::Look(const std::string& path) {
   if (!IsWanted(path)) return true;
   auto& seen = seen_[path];
   seen.scan = scan_;
-  if (!IsNew(path, seen) || !IsWhole(path, seen)) return true;
   try {
-    TakeFile(path, seen);
+    if (IsNew(path, seen) && IsWhole(path, seen)) TakeFile(path, seen);
     return true;
-  } catch (const Failure&) {
+  } catch (const std::exception& error) {
+    book_.SetTrouble(error.what());
     return false;
   }
 }
@@ -152,11 +163,17 @@ bool FolderSource::IsNew(const std::string& path, Seen& seen) {
   seen.isDone = delivery_.IsTaken(mark);
   if (seen.isDone) {
     PutAway(path, seen);  // the program may have ended between the two
-  } else if (isBeginning_ && !settings_.takesOldFiles) {
+  } else if (!settings_.takesOldFiles && !seen.isClosed && IsFromBefore(path)) {
     delivery_.Leave(mark);
     seen.isDone = true;
   }
   return !seen.isDone;
+}
+
+/// True for a file from before this began: its tree may be a share that was mounted later.
+bool FolderSource::IsFromBefore(const std::string& path) const {
+  std::error_code error;
+  return fs::last_write_time(path, error) < began_;
 }
 
 bool FolderSource::IsWhole(const std::string& path, const Seen& seen) const {
@@ -170,9 +187,14 @@ void FolderSource::TakeFile(const std::string& path, Seen& seen) {
   const auto content = ReadUnchanged(path, seen);
   if (!content) return;
   if (content->size() >= kLargestContent) {
-    book_.Log(path + " is too large and is left");
-  } else if (!settings_.unpacks || !IsArchiveName(path) || !TakeArchive(path, seen)) {
+    if (!std::exchange(seen.isTold, true)) book_.Log(path + " is too large and is left");
+    return;
+  }
+  if (!settings_.unpacks || !IsArchiveName(path)) {
     TakeContent(path, *content, seen);
+  } else if (!TakeArchive(path, seen)) {
+    if (!std::exchange(seen.isTold, true)) book_.Log(path + " is no archive and is left");
+    return;
   }
   seen.isDone = true;
   PutAway(path, seen);
@@ -200,21 +222,26 @@ void FolderSource::TakeContent(const std::string& path, const std::string& conte
 
 /// False for what is no archive. Whether it was taken is remembered when all of it was.
 bool FolderSource::TakeArchive(const std::string& path, const Seen& seen) {
-  fs::remove_all(workshop_);
+  std::error_code ignored;
+  fs::remove_all(workshop_, ignored);
   MakeFolders(workshop_);
+  const ScopeGuard emptied([&] { fs::remove_all(workshop_, ignored); });
   const auto result = archives_.Extract(path, workshop_, {});
   if (!result.opened) return false;
   if (!result.remark.empty()) book_.Log(fmt::format("{}: {}", path, result.remark));
-  for (const auto& file : result.files)
-    Take({.given = std::string(FileNameOf(file)), .content = ReadWhole(file)});
+  for (const auto& file : result.files) {
+    const auto name = FileNameOf(file);  // two members of one name have got numbers
+    Take({.given = std::string(IsNumberedCopy(name) ? StripDupSuffix(name) : name),
+          .content = ReadWhole(file)});
+  }
   delivery_.Leave({.key = path, .state = seen.state});
-  fs::remove_all(workshop_);
   return true;
 }
 
 void FolderSource::PutAway(const std::string& path, Seen& seen) {
   if (settings_.afterwards == Afterwards::kLeave || StateAt(path) != seen.state) return;
   try {
+    if (access(std::string(FolderOf(path)).c_str(), W_OK) != 0) ThrowFileFailure(errno, path);
     if (settings_.afterwards == Afterwards::kMove) {
       MakeFolders(settings_.moveTo);
       Place(WriteHidden(settings_.moveTo, std::string(FileNameOf(path)), ReadWhole(path)));

@@ -3,6 +3,8 @@
 
 #include <QTimer>
 #include <chrono>
+#include <deque>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -40,7 +42,9 @@ class FolderSource : public Source {
   void Scan();
   bool ScanTree(const std::string& folder, std::vector<std::string>& files);
   bool IsWanted(const std::string& path) const;
+  void LookOn();
   bool Look(const std::string& path);
+  bool IsFromBefore(const std::string& path) const;
   bool IsNew(const std::string& path, Seen& seen);
   bool IsWhole(const std::string& path, const Seen& seen) const;
   /// Throws Failure when it could not be taken; does nothing when the file changes meanwhile.
@@ -58,7 +62,8 @@ class FolderSource : public Source {
   std::unordered_map<std::string, Seen> seen_;
   std::unordered_map<std::string, Time> writing_;  // the last that was heard of who writes
   unsigned long long scan_ = 0;
-  bool isBeginning_ = true;
+  std::deque<std::string> toLook_;  // what the last scan found
+  std::filesystem::file_time_type began_ = std::filesystem::file_time_type::clock::now();
 };
 
 }  // namespace ostrel

@@ -100,7 +100,7 @@ void LineSource::ReadAll() {
   for (;;) {
     std::size_t size = 0;
     const auto state = ReadLine(*line_, buffer, size);
-    if (state == LineState::kEnd) return Lose("the device is gone");
+    if (state == LineState::kEnd && EndsWithNothing()) return Lose("the device is gone");
     if (state == LineState::kNothing) return;
     Receive(Decode({buffer.data(), size}));
   }
@@ -157,8 +157,8 @@ void TcpSource::Lose(const std::string& why) {
 void TcpSource::Look() {
   DeliverWaiting();
   Read();
-  const bool isConnecting = !connectTimer_.isActive();
-  if (isConnecting && settings_.silence > seconds(0) &&
+  const bool isListening = !connectTimer_.isActive() && !IsFull();
+  if (isListening && settings_.silence > seconds(0) &&
       steady_clock::now() - lastBytes_ > settings_.silence)
     Lose("silent for too long");
 }

@@ -51,6 +51,8 @@ class LineSource : public PacketSource {
  protected:
   virtual OpenFile Open() const = 0;
   virtual std::vector<StreamEvent> Decode(std::string_view bytes) = 0;
+  /// What a reading of nothing means: the end of a device, an empty datagram.
+  virtual bool EndsWithNothing() const { return true; }
 
  private:
   void Look();
@@ -85,6 +87,7 @@ class UdpSource : public LineSource {
  protected:
   OpenFile Open() const override { return OpenDatagramPort(settings_.port); }
   std::vector<StreamEvent> Decode(std::string_view datagram) override;
+  bool EndsWithNothing() const override { return false; }
 
  private:
   UdpSettings settings_;

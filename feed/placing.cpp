@@ -67,7 +67,8 @@ std::string Place(const Placement& placement) {
     error = RenameToFree(placement.hidden, JoinPath(folder, name));
     return error == EEXIST;
   });
-  if (error == ENOENT && !fs::exists(fs::symlink_status(placement.hidden))) return {};
+  if (error == ENOENT && fs::exists(folder) && !fs::exists(fs::symlink_status(placement.hidden)))
+    return {};
   if (error != 0) ThrowFileFailure(error, placement.path);
   FlushFolder(folder);
   return JoinPath(folder, free);
@@ -94,16 +95,23 @@ std::string ReadWhole(const std::string& path) {
   return content;
 }
 
-std::size_t KeepNewest(const std::string& folder, std::size_t most) {
+std::size_t KeepNewest(const std::string& folder, std::size_t most, std::uintmax_t bytes) {
   std::vector<std::pair<fs::file_time_type, fs::path>> files;
   std::error_code error;
-  for (const auto& entry : fs::directory_iterator(folder, error))
+  std::uintmax_t sum = 0;
+  for (const auto& entry : fs::directory_iterator(folder, error)) {
     files.emplace_back(entry.last_write_time(error), entry.path());
-  if (files.size() <= most) return 0;
+    sum += entry.is_regular_file(error) ? entry.file_size(error) : 0;
+  }
+  if (files.size() <= most && sum <= bytes) return 0;
   std::sort(files.begin(), files.end());
-  files.resize(files.size() - most);
-  for (const auto& [time, path] : files) fs::remove(path, error);
-  return files.size();
+  std::size_t gone = 0;
+  for (; gone < files.size() && (files.size() - gone > most || sum > bytes); ++gone) {
+    const auto& path = files[gone].second;
+    const auto size = fs::file_size(path, error);
+    if (fs::remove(path, error)) sum -= std::min(sum, size);
+  }
+  return gone;
 }
 
 void MakeFolders(const std::string& folder) {

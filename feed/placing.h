@@ -2,6 +2,7 @@
 // looks into the folder sees whole files only.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,8 +29,9 @@ inline constexpr std::size_t kLargestContent = 64 * 1024 * 1024;
 /// The content of a file that is no link. Throws Failure.
 std::string ReadWhole(const std::string& path);
 
-/// Removes the oldest files of `folder` but for `most`. Returns how many went.
-std::size_t KeepNewest(const std::string& folder, std::size_t most);
+/// Removes the oldest files of `folder` until there are `most`, and so many `bytes`, at most.
+/// Returns how many went.
+std::size_t KeepNewest(const std::string& folder, std::size_t most, std::uintmax_t bytes);
 
 /// Makes `folder` and what is above it, below a folder that is there. Throws Failure.
 void MakeFolders(const std::string& folder);

@@ -94,8 +94,6 @@ OpenFile OpenLine(const std::string& path, std::optional<int> baud) {
 
 OpenFile OpenDatagramPort(int port) {
   OpenFile host(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  const int yes = 1;
-  setsockopt(host.Get(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_ANY);

@@ -9,6 +9,8 @@ namespace {
 // Ten priorities can be under way at once; what is beyond this many began in an earlier life of the
 // station and will not be finished.
 constexpr std::size_t kMostUnderWay = 64;
+// No product has 8 MB; who announces more is not listened to.
+constexpr int kMostBlocks = 8192;
 
 // The end of a zip archive by its closing record: 22 bytes and a comment whose length stands in
 // the last two (PKWARE APPNOTE, 4.3.16).
@@ -78,7 +80,7 @@ ProductAssembler::Transmissions::iterator ProductAssembler::Begin(const Received
                    .count = packet.count,
                    .stamp = packet.stamp,
                    .nextBlock = packet.block,
-                   .whole = packet.block == 1,
+                   .whole = packet.block == 1 && packet.count <= kMostBlocks,
                    .data = {}});
   return std::prev(open_.end());
 }

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "base/failure.h"
 #include "base/names.h"
 #include "base/text.h"
 #include "feed/companion.h"
@@ -19,6 +20,8 @@
 namespace {
 
 using namespace ostrel;
+
+constexpr int kNothingToDo = 78;  // EX_CONFIG of sysexits.h: another try would end alike
 
 struct Options {
   std::string station = ProgramFolder();
@@ -69,11 +72,16 @@ int main(int count, char* arguments[]) {
     app.add_option("START", start)->check(CLI::IsMember({kStartWord}));
   CLI11_PARSE(app, count, arguments);
   try {
+    // What came is remembered by its path: one spelling of it.
+    options.station = std::filesystem::canonical(options.station).string();
     if (!options.check) return Run(options, kinds, count, arguments);
     Check(options);
     return EXIT_SUCCESS;
+  } catch (const Failure& failure) {  // it may pass
+    fmt::print(stderr, "{}: {}\n", called, failure.text());
+    return EXIT_FAILURE;
   } catch (const std::exception& error) {
     fmt::print(stderr, "{}: {}\n", called, error.what());
-    return EXIT_FAILURE;
+    return kNothingToDo;
   }
 }

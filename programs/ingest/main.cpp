@@ -2,6 +2,7 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <cstdlib>
+#include <string_view>
 #include <sys/prctl.h>
 
 #include "base/names.h"
@@ -19,6 +20,7 @@ int main(int count, char* arguments[]) {
   if (KindsOf(title) == SourceKinds::kAll) title = kOtherCompanion;
   prctl(PR_SET_NAME, title.c_str());  // the station looks for a process of that name, too
   QApplication application(count, arguments);
+  if (count > 1 && std::string_view(arguments[1]) == kProbe) return EXIT_SUCCESS;
   const auto station = ProgramFolder();
   ShareWithGroupOf(station);
   FeedWindow window(QString::fromStdString(title));

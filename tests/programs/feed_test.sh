@@ -110,7 +110,7 @@ cp "$source/samples/products/TORDMXIA.TXT" \
 until_true 60 cmp "$source/samples/products/TORDMXIA.TXT" "$work/received/TORDMXIA.TXT"
 status=0
 "$station/ostrel-feed" 2>"$work/second.log" || status=$?
-[ "$status" -eq 1 ] && grep -q 'Another feed' "$work/second.log" || fail "a second feed runs"
+[ "$status" -eq 78 ] && grep -q 'Another feed' "$work/second.log" || fail "a second feed runs"
 pkill -TERM -f "$station/" || true
 
 echo "Killed $kills times, it delivers each of $products products once."
