@@ -56,7 +56,7 @@ drop SVRBUSY.TXT 40000
 until_true 10 waits SVRBUSY.TXT
 for name in A B C D; do drop "AFD$name.TXT" 3000 "$name"; done
 drop JUNK.NIX 100
-until_true 10 waits AFDD.TXT
+for name in A B C D; do until_true 10 waits "AFD$name.TXT"; done
 queue hold afda.txt
 queue top AFDD.TXT
 queue move AFDC.TXT --priority 2
