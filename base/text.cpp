@@ -50,4 +50,12 @@ std::string PadOrCut(std::string_view text, std::size_t width) {
   return result;
 }
 
+std::string_view WithoutMark(std::string_view line) {
+  for (;;) {
+    const auto text = line.substr(std::min(line.find_first_not_of(' '), line.size()));
+    if (!text.starts_with(kUtf8Mark)) return line;
+    line = text.substr(kUtf8Mark.size());
+  }
+}
+
 }  // namespace ostrel

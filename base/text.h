@@ -25,14 +25,17 @@ std::string PadOrCut(std::string_view text, std::size_t width);
 /// wrote stays within the line that it is shown in.
 std::string Printable(std::string_view text);
 
+/// `line` without an editor's mark in front, or several, and the blanks before them.
+std::string_view WithoutMark(std::string_view line);
+
 /// The lines of a text file, without their ends. CR LF, LF and CR all end a line; a last line
-/// needs no end. The mark of an editor is not part of the first.
+/// needs no end. The mark of an editor is part of none: files joined by hand have it in their
+/// midst.
 template <typename Visit>
 void ForEachLine(std::string_view content, Visit&& visit) {
-  if (content.starts_with(kUtf8Mark)) content.remove_prefix(kUtf8Mark.size());
   while (!content.empty()) {
     const auto end = content.find_first_of("\r\n");
-    visit(content.substr(0, end));
+    visit(WithoutMark(content.substr(0, end)));
     if (end == std::string_view::npos) return;
     const bool pair = content[end] == '\r' && end + 1 < content.size() && content[end + 1] == '\n';
     content.remove_prefix(end + (pair ? 2 : 1));

@@ -116,9 +116,6 @@ bool RuleLists::AllAreKnown() const {
 void RuleLists::TakeLines(std::size_t index, std::string_view content) {
   std::vector<std::string> entries;
   ForEachLine(content, [&](std::string_view text) {
-    // Files joined by hand leave the mark of an editor in their midst.
-    while (TrimBlanks(text).starts_with(kUtf8Mark))
-      text = TrimBlanks(text).substr(kUtf8Mark.size());
     auto line = ToUpper(TrimBlanks(text));
     const bool taken = index == kCopiesList ? IsCopiesEntry(line) : !line.empty();
     if (taken) entries.push_back(std::move(line));
