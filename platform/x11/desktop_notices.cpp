@@ -7,7 +7,7 @@ namespace ostrel {
 
 namespace {
 
-// Desktop Notifications Specification 1.2
+// Desktop Notifications 1.2
 constexpr const char* kService = "org.freedesktop.Notifications";
 constexpr const char* kPath = "/org/freedesktop/Notifications";
 constexpr int kAsTheDesktopLikes = -1;  // how long it is shown
