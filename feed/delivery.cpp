@@ -61,6 +61,11 @@ FeedOutcome Delivery::Take(std::size_t source, const FeedProduct& product) {
   const std::lock_guard lock(mutex_);
   try {
     PlaceAll();
+    if (product.content.empty()) {
+      parts_.book.Log(fmt::format("{} is empty and is dropped", product.given));
+      parts_.memory.RecordMark(product.mark, parts_.now());
+      return FeedOutcome::kRepeat;
+    }
     const auto outcome = TakeUnheard(source, product);
     parts_.book.SetTrouble("");
     KeepBounds();
@@ -78,7 +83,7 @@ FeedOutcome Delivery::TakeUnheard(std::size_t source, const FeedProduct& product
   const auto hash = HashOf(product.content);
   const auto now = parts_.now();
   auto outcome = known ? FeedOutcome::kDelivered : FeedOutcome::kUnknown;
-  if (product.content.empty() || parts_.memory.IsRepeat(name, hash, now, parts_.repeats)) {
+  if (parts_.memory.IsRepeat(name, hash, now, parts_.repeats)) {
     parts_.memory.RecordMark(product.mark, now);
     outcome = FeedOutcome::kRepeat;
   } else {

@@ -7,41 +7,15 @@ PATH=$PATH:/usr/sbin
 bin=$(realpath "$1")
 source=$(realpath "$2")
 stops=${3:-3}
-work=$(mktemp -d)
+# shellcheck source=tests/programs/trial.sh
+source "$(dirname "${BASH_SOURCE[0]}")/trial.sh"
 station=$work/station
-pids=()
 session='' # of the browser, which outlives its driver
 end_browser() {
   [ -z "$session" ] || curl -s -m 10 -X DELETE "http://127.0.0.1:$driver_port/session/$session"
   session=''
 } >/dev/null
-finish() {
-  trap - EXIT
-  end_browser || true
-  kill -KILL "${pids[@]}" 2>/dev/null || true
-  wait 2>/dev/null || true
-  pkill -KILL -f "$station/" || true
-  rm -rf "$work"
-}
-trap finish EXIT
-fail() {
-  echo "FAILED: $*" >&2
-  tail -n 15 "$work"/*.log "$station/RtLog.txt" >&2 || true
-  exit 1
-}
-# until_true SECONDS COMMAND...
-until_true() {
-  local end=$((SECONDS + $1))
-  shift
-  until "$@" 2>/dev/null; do
-    [ "$SECONDS" -lt "$end" ] || fail "$* did not come true"
-    sleep 0.2
-  done
-}
-start() {
-  "$@" >>"$work/$(basename "$1").log" 2>&1 &
-  pids+=($!)
-}
+end_more() { end_browser; }
 
 mkdir -p "$station/ports" "$station/KvData/RxFiles"
 cp "$source"/packaging/station/* "$bin"/ostrel-{headless,status,watch,settings,monitor} "$station"

@@ -8,33 +8,8 @@ bin=$(realpath "$1")
 source=$(realpath "$2")
 products=${3:-60}
 kills=${4:-8}
-work=$(mktemp -d)
-pids=()
-finish() {
-  trap - EXIT
-  kill -KILL "${pids[@]}" 2>/dev/null || true
-  wait 2>/dev/null || true
-  pkill -KILL -f "$work/" || true
-  rm -rf "$work"
-}
-trap finish EXIT
-fail() {
-  echo "FAILED: $*" >&2
-  tail -n 8 "$work"/*.log "$work"/*/KvData/Feed/FeedLog.txt >&2 || true
-  exit 1
-}
-until_true() {
-  local end=$((SECONDS + $1))
-  shift
-  until "$@" 2>/dev/null; do
-    [ "$SECONDS" -lt "$end" ] || fail "$* did not come true"
-    sleep 0.2
-  done
-}
-start() {
-  "$@" >>"$work/$(basename "$1").log" 2>&1 &
-  pids+=($!)
-}
+# shellcheck source=tests/programs/trial.sh
+source "$(dirname "${BASH_SOURCE[0]}")/trial.sh"
 nap() { sleep "0.$((RANDOM % 60 + 10))"; }
 # long_name SERIAL SHORT
 long_name() { printf 'A_WFUS53KDMX161430_C_KWIN_20260516143012_%06d-%d-%s' "$1" $(($1 % 4 + 1)) "$2"; }

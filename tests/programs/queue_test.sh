@@ -5,34 +5,9 @@
 set -euo pipefail
 bin=$(realpath "$1")
 source=$(realpath "$2")
-work=$(mktemp -d)
+# shellcheck source=tests/programs/trial.sh
+source "$(dirname "${BASH_SOURCE[0]}")/trial.sh"
 station=$work/station
-pids=()
-finish() {
-  trap - EXIT
-  kill -KILL "${pids[@]}" 2>/dev/null || true
-  wait 2>/dev/null || true
-  rm -rf "$work"
-}
-trap finish EXIT
-fail() {
-  echo "FAILED: $*" >&2
-  tail -n 20 "$work"/*.log "$station/RtLog.txt" >&2 || true
-  exit 1
-}
-# until_true SECONDS COMMAND...
-until_true() {
-  local end=$((SECONDS + $1))
-  shift
-  until "$@" 2>/dev/null; do
-    [ "$SECONDS" -lt "$end" ] || fail "$* did not come true"
-    sleep 0.2
-  done
-}
-start() {
-  "$@" >>"$work/$(basename "$1").log" 2>&1 &
-  pids+=($!)
-}
 
 mkdir -p "$station/ports" "$station/KvData/RxFiles"
 cp "$source"/packaging/station/* "$bin"/ostrel-{headless,queue,settings,monitor} "$station"
