@@ -280,10 +280,10 @@ void SqliteHistory::Expire() {
 /// What has come since is newer; what was read of a product is not read again.
 void SqliteHistory::PutBack(Changes changes) {
   const std::lock_guard lock(mutex_);
-  for (auto& [id, change] : changes) {
-    const auto [place, isNew] = waiting_.try_emplace(id);
-    if (isNew) place->second.row = std::move(change.row);
-    if (!place->second.digest) place->second.digest = std::move(change.digest);
+  waiting_.merge(changes);
+  for (auto& [id, older] : changes) {
+    auto& newer = waiting_.at(id);
+    if (!newer.digest) newer.digest = std::move(older.digest);
   }
 }
 
