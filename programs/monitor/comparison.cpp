@@ -9,11 +9,18 @@ namespace {
 constexpr double kHour = 3600;
 /// What was not heard by then is lost: far more than a packet takes at 300 bits a second.
 constexpr double kPatience = 120;
+/// A datagram that crosses a busy network may come later than its packet over the air.
+constexpr double kDatagramsWay = 10;
 constexpr std::size_t kMostOpen = 64;
 
 bool IsSame(const ReceivedPacket& one, const ReceivedPacket& other) {
   return std::tie(one.name, one.block, one.count, one.stamp, one.data) ==
          std::tie(other.name, other.block, other.count, other.stamp, other.data);
+}
+
+auto Find(auto& packets, const ReceivedPacket& packet) {
+  return std::find_if(packets.begin(), packets.end(),
+                      [&](const auto& noted) { return IsSame(noted.packet, packet); });
 }
 
 }  // namespace
@@ -26,21 +33,28 @@ double Reception::LossPercent() const {
 void Comparison::Sent(const ReceivedPacket& packet, double now) {
   waiting_.push_back({packet, now});
   if (!unheardSince_) unheardSince_ = now;
+  const auto early = Find(early_, packet);
+  if (early == early_.end()) return;
+  Match(waiting_.end() - 1, early->since);
+  early_.erase(early);
 }
 
 void Comparison::Heard(const ReceivedPacket& packet, double now) {
-  const auto found = std::find_if(waiting_.begin(), waiting_.end(),
-                                  [&](const Waiting& w) { return IsSame(w.packet, packet); });
-  if (found == waiting_.end()) {
-    ++strangers_;
+  const auto sent = Find(waiting_, packet);
+  if (sent == waiting_.end()) {
+    early_.push_back({packet, now});
     return;
   }
+  Match(sent, now);
+}
+
+void Comparison::Match(Packets::iterator sent, double heard) {
   // What was sent before this one would have come before it.
-  for (auto lost = found - waiting_.begin(); lost > 0; --lost) Decide(now, false);
-  lastDelay_ = now - waiting_.front().since;
+  for (auto lost = sent - waiting_.begin(); lost > 0; --lost) Decide(heard, false);
+  lastDelay_ = std::max(0.0, heard - waiting_.front().since);
   delays_ += *lastDelay_;
-  lastHeard_ = now;
-  Decide(now, true);
+  lastHeard_ = heard;
+  Decide(heard, true);
   unheardSince_.reset();
   if (!waiting_.empty()) unheardSince_ = waiting_.front().since;
 }
@@ -51,6 +65,8 @@ void Comparison::Ended() {
 }
 
 void Comparison::Look(double now) {
+  for (; !early_.empty() && now - early_.front().since > kDatagramsWay; early_.pop_front())
+    ++strangers_;
   while (!waiting_.empty() && now - waiting_.front().since > kPatience) Decide(now, false);
 }
 

@@ -1,6 +1,6 @@
 // What a receiver heard, against what the station says that it sent. Both come in the order of
-// sending, what was heard later by its way over the line and the air. Times are seconds of one
-// steady clock.
+// sending, each after its own way: the one over the line and the air, the other over a network.
+// Times are seconds of one steady clock.
 #pragma once
 
 #include <deque>
@@ -29,7 +29,7 @@ class Comparison {
   explicit Comparison(Broken broken) : broken_(std::move(broken)) {}
 
   void Sent(const ReceivedPacket& packet, double now);
-  /// A good packet. One that nobody said was sent is somebody else's, or from before.
+  /// A good packet. One that nobody says was sent is somebody else's, or from before.
   void Heard(const ReceivedPacket& packet, double now);
   /// The station has ended its stream; what was still on its way is nobody's fault.
   void Ended();
@@ -50,10 +50,11 @@ class Comparison {
   std::optional<double> unheardSince() const { return unheardSince_; }
 
  private:
-  struct Waiting {
+  struct Noted {
     ReceivedPacket packet;
     double since;
   };
+  using Packets = std::deque<Noted>;
   /// One sending of one product: its name, its blocks, and the moment it began.
   using Product = std::tuple<std::string, int, std::string>;
   struct Progress {
@@ -61,12 +62,14 @@ class Comparison {
     double lastSign = 0;
   };
 
+  void Match(Packets::iterator sent, double heard);
   void Decide(double now, bool isHeard);
   void NoteBlock(const ReceivedPacket& packet, bool isHeard, double now);
   void ForgetOldest();
 
   Broken broken_;
-  std::deque<Waiting> waiting_;
+  Packets waiting_;                               // sent, and not heard yet
+  Packets early_;                                 // heard, and not said to be sent yet
   std::deque<std::pair<double, bool>> lastHour_;  // when, and whether it was heard
   Reception all_;
   int strangers_ = 0, products_ = 0, brokenProducts_ = 0;

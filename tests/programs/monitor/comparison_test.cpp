@@ -48,7 +48,9 @@ struct Channel {
       }
       station.Run(125ms);
       for (auto& datagrams = station.machine.datagrams.sent; told < datagrams.size(); ++told)
-        comparison.Sent(std::get<ReceivedPacket>(*ReadDatagram(datagrams[told])), Now());
+        onTheNet.emplace_back(Now() + netDelay, datagrams[told]);
+      for (; !onTheNet.empty() && onTheNet.front().first <= Now(); onTheNet.pop_front())
+        comparison.Sent(std::get<ReceivedPacket>(*ReadDatagram(onTheNet.front().second)), Now());
       for (; !onTheWay.empty() && onTheWay.front().first <= Now(); onTheWay.pop_front())
         comparison.Heard(onTheWay.front().second, Now());
       comparison.Look(Now());
@@ -61,18 +63,20 @@ struct Channel {
   StreamDecoder decoder;
   std::mt19937 random{7};
   std::deque<std::pair<double, ReceivedPacket>> onTheWay;
+  std::deque<std::pair<double, std::string>> onTheNet;
   std::size_t told = 0;
   int number = 0, sent = 0, dropped = 0;
-  double drops = 0, longestUnheard = 0;
+  double drops = 0, netDelay = 0, longestUnheard = 0;
   std::set<std::string> hit, broken;  // products that a drop hit, and that were told
   Comparison comparison{[this](const std::string& name) { broken.insert(name); }};
 };
 
 TEST(Comparison, SaysTheShareThatTheChannelDrops) {
-  for (const double share : {0.0, 0.02, 0.3}) {
-    SCOPED_TRACE(share);
+  for (const auto& [share, netDelay] : {std::pair{0.0, 0.0}, {0.02, 3.0}, {0.3, 0.0}}) {
+    SCOPED_TRACE(fmt::format("{} dropped, datagrams {} s late", share, netDelay));
     Channel channel;
     channel.drops = share;
+    channel.netDelay = netDelay;
     channel.Run(30min);
     const auto& comparison = channel.comparison;
     EXPECT_GT(channel.sent, 500);
@@ -109,6 +113,7 @@ TEST(Comparison, TellsASilenceUntilSomethingIsHeardAgainOrTheStationEnds) {
   comparison.Ended();
   EXPECT_FALSE(comparison.unheardSince());
   comparison.Heard({"OTHER.TXT", 1, 1, "", ""}, channel.Now());
+  comparison.Look(channel.Now() + 11);
   EXPECT_EQ(comparison.strangers(), 1);
 }
 
