@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <sys/socket.h>
 
+#include "broker/broker_client.h"
 #include "feed/source.h"
 
 namespace ostrel {
@@ -17,10 +18,6 @@ using std::chrono::seconds;
 constexpr int kKeepAlive = 30;          // seconds
 constexpr int kLook = 200;              // milliseconds until the end of the program is seen
 constexpr unsigned kKept = 7 * 86'400;  // seconds that the broker keeps what comes meanwhile
-
-void Check(int result) {
-  if (result != MOSQ_ERR_SUCCESS) throw std::runtime_error(mosquitto_strerror(result));
-}
 
 BrokerConnection& Of(void* self) {
   return *static_cast<BrokerConnection*>(self);
@@ -38,12 +35,11 @@ BrokerConnection::BrokerConnection(const BrokerAddress& address, const std::stri
   mosquitto_lib_init();
   client_.reset(mosquitto_new(isKept_ ? session.c_str() : nullptr, !isKept_, this));
   if (!client_) throw std::runtime_error("no session of that name can be had");
-  Check(mosquitto_int_option(Get(), MOSQ_OPT_PROTOCOL_VERSION, MQTT_PROTOCOL_V5));
+  CheckBroker(mosquitto_int_option(Get(), MOSQ_OPT_PROTOCOL_VERSION, MQTT_PROTOCOL_V5));
   // The library writes an acknowledgement when it has one, unless it is told that a thread does it:
   // then the message's callback comes first.
-  Check(mosquitto_threaded_set(Get(), true));
-  if (!address_.user.empty())
-    Check(mosquitto_username_pw_set(Get(), address_.user.c_str(), address_.password.c_str()));
+  CheckBroker(mosquitto_threaded_set(Get(), true));
+  Introduce(Get(), address_);
   SetCallbacks();
 }
 

@@ -144,7 +144,8 @@ class Reader {
 };
 
 std::string Spell(const BrokerAddress& address) {
-  return fmt::format("{}:{}, topic {}", address.host, address.port, address.topic);
+  return fmt::format("{}:{}, {}topic {}", address.host, address.port,
+                     address.isEncrypted ? "encrypted, " : "", address.topic);
 }
 
 struct SourceNames {

@@ -60,7 +60,7 @@ int main(int count, char* arguments[]) {
           ->type_name("CONFIG");
   auto* const publish =
       app.add_option("--publish", options.broker, "Keeps the status as a message on an MQTT broker")
-          ->type_name("mqtt://[USER:PASSWORD@]HOST[:PORT]/TOPIC");
+          ->type_name("mqtt[s]://[USER:PASSWORD@]HOST[:PORT]/TOPIC");
   CLI::Option* const ways[] = {json, metrics, serve, watch, publish};
   for (auto* const one : ways) {
     for (auto* const other : ways) {

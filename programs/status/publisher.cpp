@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "broker/broker_address.h"
+#include "broker/broker_client.h"
 #include "client/station_client.h"
 #include "programs/status/reports.h"
 
@@ -21,15 +21,24 @@ constexpr int kQualityOfService = 1;
 constexpr unsigned kShortestWait = 1, kLongestWait = 60;  // seconds between two tries
 constexpr const char* kGone = R"({"state":"gone"})";
 
-void Check(int result) {
-  if (result != MOSQ_ERR_SUCCESS) throw std::runtime_error(mosquitto_strerror(result));
-}
-
 using Client = std::unique_ptr<mosquitto, decltype(&mosquitto_destroy)>;
 
 void Send(const Client& client, const std::string& topic, const std::string& text) {
   mosquitto_publish(client.get(), nullptr, topic.c_str(), static_cast<int>(text.size()),
                     text.data(), kQualityOfService, true);
+}
+
+/// Tries until the broker answers, and says once why it does not.
+void Connect(const Client& client, const BrokerAddress& address) {
+  for (bool isTold = false;; isTold = true) {
+    const int result =
+        mosquitto_connect(client.get(), address.host.c_str(), address.port, kKeepAlive);
+    if (result == MOSQ_ERR_SUCCESS) return;
+    if (!isTold)
+      fmt::print(stderr, "The broker {} does not answer: {} It is tried again.\n", address.host,
+                 mosquitto_strerror(result));
+    std::this_thread::sleep_for(kInterval);
+  }
 }
 
 }  // namespace
@@ -39,14 +48,12 @@ void Publish(const std::string& folder, const std::string& text) {
   mosquitto_lib_init();
   const Client client(mosquitto_new(nullptr, true, nullptr), mosquitto_destroy);
   const std::string gone = kGone;
-  Check(mosquitto_will_set(client.get(), address.topic.c_str(), static_cast<int>(gone.size()),
-                           gone.data(), kQualityOfService, true));
-  if (!address.user.empty())
-    Check(mosquitto_username_pw_set(client.get(), address.user.c_str(), address.password.c_str()));
-  Check(mosquitto_reconnect_delay_set(client.get(), kShortestWait, kLongestWait, true));
-  Check(mosquitto_loop_start(client.get()));
-  while (mosquitto_connect(client.get(), address.host.c_str(), address.port, kKeepAlive) != 0)
-    std::this_thread::sleep_for(kInterval);
+  CheckBroker(mosquitto_will_set(client.get(), address.topic.c_str(), static_cast<int>(gone.size()),
+                                 gone.data(), kQualityOfService, true));
+  Introduce(client.get(), address);
+  CheckBroker(mosquitto_reconnect_delay_set(client.get(), kShortestWait, kLongestWait, true));
+  CheckBroker(mosquitto_loop_start(client.get()));
+  Connect(client, address);
   for (;;) {
     try {
       Send(client, address.topic, AskForStatus(folder));

@@ -6,7 +6,7 @@
 
 namespace ostrel {
 
-/// Publishes the station in `folder` to "mqtt://[USER:PASSWORD@]HOST[:PORT]/TOPIC" until the
+/// Publishes the station in `folder` to "mqtt[s]://[USER:PASSWORD@]HOST[:PORT]/TOPIC" until the
 /// program ends, every ten seconds. A broker that is not there is waited for. Throws
 /// std::runtime_error for an address that is none.
 void Publish(const std::string& folder, const std::string& address);
