@@ -46,7 +46,12 @@ void FileCopy::MoveFile(const std::string& source, const std::string& destinatio
   CopyFile(source, destination);
   files_.SetLastWriteTime(destination, written);
   files_.Secure(destination, source);
-  files_.Delete(source);
+  try {
+    files_.Delete(source);
+  } catch (const std::exception&) {
+    TryStep([&] { files_.Delete(destination); });
+    throw;
+  }
 }
 
 }  // namespace ostrel

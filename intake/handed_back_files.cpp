@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 
 #include "base/names.h"
+#include "base/text.h"
+#include "intake/missing_folder.h"
 
 namespace ostrel {
 
@@ -64,8 +66,15 @@ std::string HandedBackFiles::GiveBack(const std::string& path, Priority p,
   const auto freeName = FirstFreeName(
       name, [&](const std::string& n) { return parts_.files.Exists(InHoldingFolder(p, n)); });
   auto placed = InHoldingFolder(p, freeName);
-  TryStep([&] { parts_.records.Keep(path, JoinPath(FolderOf(p), freeName)); });
-  parts_.copy.MoveFile(path, placed);
+  const auto mark = JoinPath(FolderOf(p), freeName);
+  RestoreFolder(parts_.files, parts_.reporting, parts_.values.HoldingFolder(p.number()));
+  TryStep([&] { parts_.records.Keep(path, mark); });
+  try {
+    parts_.copy.MoveFile(path, placed);
+  } catch (const std::exception&) {
+    parts_.records.Delete(mark);
+    throw;
+  }
   names_[p].insert(freeName);
   parts_.history.Move(path, placed);
   return placed;
@@ -78,6 +87,13 @@ void HandedBackFiles::Discard(Priority p, const Recorded& file, Fate fate) {
   RunStep(parts_.reporting, kCategory, [&] {
     parts_.files.Delete(InHoldingFolder(p, file.name));
     Taken(p, file.name);
+  });
+}
+
+bool HandedBackFiles::HoldsProduct(Priority p, const std::string& name) const {
+  return std::any_of(names_[p].begin(), names_[p].end(), [&](const std::string& other) {
+    return StripExtension(ToUpper(other)) == StripExtension(ToUpper(name)) &&
+           parts_.files.Exists(InHoldingFolder(p, other));
   });
 }
 

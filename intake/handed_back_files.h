@@ -45,6 +45,8 @@ class HandedBackFiles {
   /// True for a file of the holding folder that came back: it has been through the intake before,
   /// and all that came since is newer.
   bool Contains(Priority p, const std::string& name) const { return names_[p].contains(name); }
+  /// True when one of these is another file of the product of that name.
+  bool HoldsProduct(Priority p, const std::string& name) const;
   /// The intake has taken this file out of the holding folder.
   void Taken(Priority p, const std::string& name);
 

@@ -9,7 +9,7 @@
 namespace ostrel {
 
 /// Makes `folder` anew when there is nothing of that name, and says so in the log. For those who
-/// just failed to put a file there. Returns true when another try finds it.
+/// are about to put a file there, or just failed to. Returns true when it did.
 bool RestoreFolder(Files& files, Reporting& reporting, const std::string& folder);
 
 }  // namespace ostrel

@@ -141,11 +141,12 @@ std::string TransmitQueue::FileOf(Priority p, const Entry& entry) const {
   return entry.record.empty() ? PathOf(entry.name) : parts_.records.PathOf(p, entry.record);
 }
 
-void TransmitQueue::Hold(const Listed& listed) {
+std::string TransmitQueue::Hold(const Listed& listed) {
   const auto& entry = Waiting(listed);
   const auto held = parts_.held.Take(FileOf(listed.p, entry), listed.p, entry.name);
   parts_.history.Leave(entry.product, held, Fate::kHeld);
   Leave(listed);
+  return std::string(FileNameOf(held));
 }
 
 void TransmitQueue::Move(const Listed& listed, Priority p) {

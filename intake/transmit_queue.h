@@ -100,8 +100,8 @@ class TransmitQueue {
   /// The most urgent entry of that name, in any case, that waits; one that the wishes would refuse
   /// only where none does.
   std::optional<Listed> Find(std::string_view name) const;
-  /// Out of the queue, into the folder of what is held.
-  void Hold(const Listed& entry);
+  /// Out of the queue, into the folder of what is held. Returns its name there.
+  std::string Hold(const Listed& entry);
   /// Out of the queue and through the intake again, into that of `p`.
   void Move(const Listed& entry, Priority p);
   /// In front of all that wait in its queue.

@@ -47,17 +47,19 @@ TransmitQueue::Listed QueueOperations::FindQueued(const std::string& name) const
   return *found;
 }
 
-/// The intake would drop it for the newer one.
-void QueueOperations::CheckThatItIsNewest(Priority p, const std::string& name) const {
-  if (IsChecked(parts_.setup.chkOverWrite[p]) && parts_.queue.HoldsProduct(p, name))
-    Refuse(fmt::format("Priority {} has a newer file of the product of {}.", p.number(), name));
+/// Of two files of a product the intake would keep the one that is queued first, be it the older.
+void QueueOperations::CheckThatItIsAlone(Priority p, const std::string& name) const {
+  if (!IsChecked(parts_.setup.chkOverWrite[p])) return;
+  if (parts_.queue.HoldsProduct(p, ToUpper(name)) || parts_.handedBack.HoldsProduct(p, name))
+    Refuse(fmt::format("Priority {} has another file of the product of {}.", p.number(), name));
 }
 
 std::string QueueOperations::Hold(const std::string& account, const std::string& name) {
   return Run(account, [&] {
     const auto entry = FindQueued(name);
-    parts_.queue.Hold(entry);
-    return fmt::format("{} of priority {} is held.", ToUpper(name), entry.p.number());
+    const auto held = parts_.queue.Hold(entry);
+    const auto as = ToUpper(held) == ToUpper(name) ? "" : " as " + held;
+    return fmt::format("{} of priority {} is held{}.", ToUpper(name), entry.p.number(), as);
   });
 }
 
@@ -65,7 +67,7 @@ std::string QueueOperations::Release(const std::string& account, const std::stri
   return Run(account, [&] {
     const auto held = parts_.held.Find(CheckedName(name));
     if (!held) Refuse(fmt::format("{} is not held.", ToUpper(name)));
-    CheckThatItIsNewest(held->p, held->name);
+    CheckThatItIsAlone(held->p, held->name);
     parts_.held.Release(*held);
     return fmt::format("{} of priority {} is released.", held->name, held->p.number());
   });
@@ -75,7 +77,7 @@ std::string QueueOperations::Move(const std::string& account, const std::string&
   return Run(account, [&] {
     const auto entry = FindQueued(name);
     if (entry.p == p) Refuse(fmt::format("{} has priority {}.", ToUpper(name), p.number()));
-    CheckThatItIsNewest(p, ToUpper(name));
+    CheckThatItIsAlone(p, ToUpper(name));
     parts_.queue.Move(entry, p);
     return fmt::format("{} moves from priority {} to {}.", ToUpper(name), entry.p.number(),
                        p.number());
@@ -111,13 +113,23 @@ std::string QueueOperations::SendAgain(const std::string& account, const Resend&
     const auto source = resend.isHeld ? JoinPath(parts_.values.HeldFolder(resend.p), file)
                                       : parts_.values.InSentFolder(file);
     if (!parts_.files.Exists(source)) Refuse(fmt::format("{} is gone.", file));
-    CheckThatItIsNewest(resend.p, file);
-    auto given = source;
-    if (!resend.isHeld) given = parts_.records.MakeCopy(resend.p, source, file);
-    const auto placed = parts_.handedBack.GiveBack(given, resend.p, file);
+    CheckThatItIsAlone(resend.p, file);
+    const auto placed = resend.isHeld ? parts_.handedBack.GiveBack(source, resend.p, file)
+                                      : GiveCopy(source, resend.p, file);
     parts_.history.Repeat(resend.p, resend.name, resend.id, placed);
     return fmt::format("{} is sent again with priority {}.", file, resend.p.number());
   });
+}
+
+std::string QueueOperations::GiveCopy(const std::string& source, Priority p,
+                                      const std::string& file) {
+  const auto copy = parts_.records.MakeCopy(p, source, file);
+  try {
+    return parts_.handedBack.GiveBack(copy, p, file);
+  } catch (const std::exception&) {
+    parts_.records.Delete(copy);  // the next start would send it
+    throw;
+  }
 }
 
 std::string QueueOperations::PauseIntake(const std::string& account) {

@@ -63,7 +63,8 @@ class QueueOperations {
  private:
   std::string Run(const std::string& account, const std::function<std::string()>& operation);
   TransmitQueue::Listed FindQueued(const std::string& name) const;
-  void CheckThatItIsNewest(Priority p, const std::string& name) const;
+  void CheckThatItIsAlone(Priority p, const std::string& name) const;
+  std::string GiveCopy(const std::string& source, Priority p, const std::string& file);
 
   Parts parts_;
 };
