@@ -69,8 +69,8 @@ std::optional<Outlook> OutlookOf(const FigureSources& from) {
   if (from.status.onTheAir.Get() != OnTheAir::kPackets) {
     const auto left = std::max(from.status.endsAt - from.clock.Monotonic(), milliseconds(1));
     outlook.blockedFor = left;
-    if (from.status.onTheAir.Get() == OnTheAir::kPause)
-      outlook.txStart = outlook.now + left - from.transmitter.KeyUpDelay();
+    outlook.isPausing = from.status.onTheAir.Get() == OnTheAir::kPause;
+    if (outlook.isPausing) outlook.txStart = outlook.now + left - from.transmitter.KeyUpDelay();
   }
   const auto wholeMinutes = [](const Field<std::string>& field) {
     return static_cast<int>(std::ceil(std::clamp(LeadingNumber(field.Get()), 0.0, 1e6)));
@@ -159,8 +159,8 @@ void ForEachEntry(const FigureSources& sources, const EntryCall& call) {
       std::optional<milliseconds> outIn;
       if (forecast) {
         const auto out = forecast->Send(BlocksLeft(sources, p, entry));
-        if (entry.hasFile || entry.state == TransmitQueue::State::kOnAir)
-          outIn = std::chrono::round<milliseconds>(std::max(out, nanoseconds(0)));
+        if (out && (entry.hasFile || entry.state == TransmitQueue::State::kOnAir))
+          outIn = std::chrono::round<milliseconds>(std::max(*out, nanoseconds(0)));
       }
       call(p, entry, outIn);
     }

@@ -19,9 +19,12 @@ nanoseconds InSteps(nanoseconds span, nanoseconds step) {
   return span <= nanoseconds(0) ? nanoseconds(0) : (span + step - nanoseconds(1)) / step * step;
 }
 
-/// The boundaries that must be crossed until there are more than `limit` of them.
+constexpr nanoseconds kHorizon = std::chrono::days(7);
+
+/// The boundaries that must be crossed until there are more than `limit` of them; at most so many
+/// that even minutes lead beyond the horizon, and their nanoseconds can be counted.
 long long BoundariesBeyond(double limit) {
-  return limit < 0 ? 0 : static_cast<long long>(std::min(limit, 1e9)) + 1;
+  return limit < 0 ? 0 : static_cast<long long>(std::min(limit, 1e6)) + 1;
 }
 
 }  // namespace
@@ -37,12 +40,13 @@ Forecast::Forecast(const Outlook& outlook)
     countsAt_ = SpanTo(second + (second <= outlook.now ? minutes(1) : minutes(0)));
     if (countdown_ == 0) countsAt_ = nanoseconds(0);
   }
-  if (outlook.upMinutes > 0) pauseAt_ = PauseAfter(outlook.txStart);
   if (outlook.blockedFor > nanoseconds(0)) Block(outlook.blockedFor);
+  if (outlook.upMinutes > 0) pauseAt_ = PauseAfter(outlook.txStart);
+  if (outlook.isPausing) HaveTurnFirst();
 }
 
-nanoseconds Forecast::Send(std::int64_t blocks) {
-  for (std::int64_t i = 0; i < blocks; ++i) {
+std::optional<nanoseconds> Forecast::Send(std::int64_t blocks) {
+  for (std::int64_t i = 0; i < blocks && turn_ <= kHorizon; ++i) {
     ReachTurn();
     lineFree_ = std::max(lineFree_, turn_) + outlook_.packet;
     turn_ += nanoseconds(1);
@@ -50,13 +54,14 @@ nanoseconds Forecast::Send(std::int64_t blocks) {
   const auto out = lineFree_;
   ReachTurn();  // the one that retires the file sends nothing
   turn_ += nanoseconds(1);
+  if (turn_ > kHorizon) return std::nullopt;
   return out;
 }
 
 void Forecast::ReachTurn() {
   do {
     turn_ = TickFrom(std::max(turn_, lineFree_ - outlook_.nearlyDrained));
-  } while (MeetEvent());
+  } while (turn_ <= kHorizon && MeetEvent());
 }
 
 /// A tick that was blocked is made up for at once, and the others keep their grid.
@@ -98,6 +103,12 @@ void Forecast::Pause(nanoseconds tick) {
   const auto end = drained + InSteps(SpanTo(boundary) - drained, kPauseStep);
   pauseAt_ = PauseAfter(WallAt(end));
   Block(end + outlook_.keyUp);
+  HaveTurnFirst();
+}
+
+/// The tick that paused has its turn before another one can pause.
+void Forecast::HaveTurnFirst() {
+  if (pauseAt_) pauseAt_ = std::max(*pauseAt_, outlook_.blockedFor + nanoseconds(1));
 }
 
 /// Nothing happens until then; a countdown whose whole second falls into it is missed.

@@ -19,6 +19,7 @@ struct Outlook {
   nanoseconds packet{0}, nearlyDrained{0}, pauseText{0};
   nanoseconds waiting{0};     // what the port holds
   nanoseconds blockedFor{0};  // a pause or an identification that is under way
+  bool isPausing = false;     // which of them it is
   LocalTime txStart{};
   double upMinutes = 0, downSeconds = 0;  // no pauses without the former
   nanoseconds keyUp{0};
@@ -31,8 +32,9 @@ class Forecast {
   explicit Forecast(const Outlook& outlook);
 
   /// The next file has its turns, with `blocks` still to be sent. Returns when the last of them
-  /// will be out.
-  nanoseconds Send(std::int64_t blocks);
+  /// will be out, if that is within a week: a station that is set to pause or identify itself all
+  /// the time never comes to it.
+  std::optional<nanoseconds> Send(std::int64_t blocks);
 
  private:
   void ReachTurn();
@@ -41,6 +43,7 @@ class Forecast {
   void CountDown(nanoseconds tick);
   void Pause(nanoseconds tick);
   void Block(nanoseconds until);
+  void HaveTurnFirst();
   nanoseconds PauseAfter(LocalTime txStart) const;
   LocalTime WallAt(nanoseconds moment) const;
   nanoseconds SpanTo(LocalTime time) const { return time - outlook_.now; }

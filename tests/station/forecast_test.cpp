@@ -1,4 +1,6 @@
 // What the station says of the future, against what the line carries then.
+#include "station/forecast.h"
+
 #include <gtest/gtest.h>
 #include <random>
 
@@ -8,21 +10,21 @@
 namespace ostrel {
 namespace {
 
-constexpr int kProducts = 200;
-
 /// Each product by its name, and when it is out.
 using Times = std::map<std::string, milliseconds>;
 
 struct WatchedStation : VirtualStation {
-  WatchedStation(const std::string& baud, const std::string& upTime, const std::string& interval) {
+  WatchedStation(const std::string& baud, const std::string& upTime, const std::string& interval,
+                 const std::string& keyUp, int count)
+      : products(count) {
     Set({{"ComBaud", baud},
-         {"TxUpTime", upTime},
+         {"TxUpTime", "0"},
          {"CWIDTime", interval},
          {"CWIDText", "DE N0CALL"},
          {"PurgeTime", "0"}});
     Start();
     std::mt19937 random(7);
-    for (int i = 0; i < kProducts; ++i) {
+    for (int i = 0; i < products; ++i) {
       const auto path = fmt::format("KvData/RtPri{}/P{}.TXT", random() % 10 + 1, i);
       WriteFile(Path(path), SampleText(random() % (baud == "1200" ? 3000 : 9000) + 1, i));
     }
@@ -35,6 +37,8 @@ struct WatchedStation : VirtualStation {
         out[packet.name] = machine.clock.Monotonic() + std::chrono::ceil<milliseconds>(waiting);
     };
     Run(10s);
+    setup().totdown.Set(upTime);
+    setup().txtTxDelay.Set(keyUp);
   }
   Times Foretell() {
     Times times;
@@ -45,13 +49,14 @@ struct WatchedStation : VirtualStation {
     return times;
   }
   void Compare(const Times& told, milliseconds packet) {
-    EXPECT_GE(told.size(), 90U);
+    EXPECT_GE(static_cast<int>(told.size()), products / 4);
     for (const auto& [name, time] : told) {
       if (name == "FILLFILE.TXT") continue;
       ASSERT_TRUE(out.contains(name)) << name;
       EXPECT_LE(std::chrono::abs(time - out[name]), packet) << name;
     }
   }
+  int products;
   Times out;
 };
 
@@ -59,14 +64,17 @@ TEST(Forecast, IsRightWithinOnePacketThroughPausesAndIdentifications) {
   const struct {
     const char *baud, *upTime, *interval;
     milliseconds packet;
+    const char* keyUp = "300";
+    int products = 200;
   } cases[] = {{"1200", "9", "15", 10230ms},
                {"9600", "1", "4", 1279ms},
                {"38400", "1", "2", 320ms},
                {"9600", "0.5", "1", 1279ms},
+               {"38400", "0.5", "0", 320ms, "62000", 60},  // a pause before each packet
                {"1200", "0", "0", 10230ms}};
-  for (const auto& [baud, upTime, interval, packet] : cases) {
+  for (const auto& [baud, upTime, interval, packet, keyUp, products] : cases) {
     SCOPED_TRACE(fmt::format("{} bits a second, {} and {} minutes", baud, upTime, interval));
-    WatchedStation station(baud, upTime, interval);
+    WatchedStation station(baud, upTime, interval, keyUp, products);
     Times inPause;
     const auto hear = station.station->status().onTheAir.OnChange([&](OnTheAir use) {
       if (use == OnTheAir::kPause && station.out.size() > 20 && inPause.empty())
@@ -81,6 +89,23 @@ TEST(Forecast, IsRightWithinOnePacketThroughPausesAndIdentifications) {
     station.Compare(atFirst, packet);
     station.Compare(later, packet);
     if (!inPause.empty()) station.Compare(inPause, packet);
+  }
+}
+
+TEST(Forecast, EndsWhateverIsSet) {
+  Outlook outlook{.packet = 1s};
+  for (const double upMinutes : {0.0, 1e-9, 0.5, 2e8, 1e300}) {
+    for (const double downSeconds : {-5.0, 1e300}) {
+      for (const milliseconds length : {0ms, 60'000ms, 2'147'483'647ms}) {
+        outlook.upMinutes = upMinutes;
+        outlook.downSeconds = downSeconds;
+        outlook.keyUp = outlook.identification = length;
+        outlook.interval = length > 0ms;
+        const auto out = Forecast(outlook).Send(3);
+        EXPECT_TRUE(!out || *out >= 3s);
+        EXPECT_TRUE(out || upMinutes > 0 || length > 0ms);
+      }
+    }
   }
 }
 
