@@ -1,4 +1,5 @@
-// What keeps a station off the air until somebody helps, for who tells the operator at a desktop.
+// What keeps a station, or what it receives, off the air until somebody helps, for who tells the
+// operator at a desktop.
 #pragma once
 
 #include <string>

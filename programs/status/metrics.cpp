@@ -48,6 +48,8 @@ class Collection {
   void AddPlain() {
     families_.push_back(
         Gauge("keyed", "1 while the transmitter is keyed", status_["keyed"] == true));
+    families_.push_back(Gauge("intake_paused", "1 while an operator pauses the intake",
+                              status_["intakePaused"] == true));
     families_.push_back(
         Gauge("line_rate_baud", "The rate that is set for the line", status_["rate"]));
     families_.push_back(

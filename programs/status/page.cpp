@@ -60,7 +60,9 @@ std::string PageOf(const Status& status) {
                           status["rate"].get<int>()));
   add("On the air", OnAirLine(status["onAir"]));
   add("Last packet", Ago(status["sincePacket"]));
-  add("Last arrival", Ago(status["sinceArrival"]));
+  const bool isPaused = status["intakePaused"].get<bool>();
+  add("Last arrival",
+      Ago(status["sinceArrival"]) + (isPaused ? ", intake paused by an operator" : ""));
   add("Next identification", next.is_null() ? "never" : "in " + Spell(next));
   add("Compression", fmt::format("{:.2f}:1", status["compressionRatio"].get<double>()));
   if (!free.is_null()) add("Free on the disk", fmt::format("{:.1f} GB", free.get<double>() / 1e9));
