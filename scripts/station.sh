@@ -2,6 +2,7 @@
 # shellcheck shell=bash disable=SC2034
 
 readonly bin=build/release/bin
+readonly programs=(ostrel ostrel-{feed,ingest,monitor,queue,settings,status})
 readonly baud=38400
 readonly main_title='EMWIN ReTransmission Engine - By Corvain'
 
@@ -32,7 +33,7 @@ make_station() {
 # really is.
 place_programs() {
   local program
-  for program in ostrel ostrel-feed ostrel-ingest ostrel-monitor ostrel-settings ostrel-status; do
+  for program in "${programs[@]}"; do
     ln -f "$bin/$program" "$1/$program" 2>/dev/null || cp -f "$bin/$program" "$1/$program"
   done
   for program in Brask Tiltor; do ln -sf ostrel-feed "$1/$program"; done
