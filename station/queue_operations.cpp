@@ -42,7 +42,7 @@ std::string QueueOperations::Run(const std::string& account,
 }
 
 TransmitQueue::Listed QueueOperations::FindQueued(const std::string& name) const {
-  const auto found = parts_.queue.Find(name);
+  const auto found = parts_.queue.Find(CheckedName(name));
   if (!found) Refuse(fmt::format("No queue lists {}.", ToUpper(name)));
   return *found;
 }
@@ -94,16 +94,21 @@ std::string QueueOperations::PutFirst(const std::string& account, const std::str
 
 std::string QueueOperations::Delete(const std::string& account, const std::string& name) {
   return Run(account, [&] {
-    if (const auto entry = parts_.queue.Find(name)) {
-      if (entry->position == 0 && parts_.queue.IsOnAir(entry->p))
-        Refuse(fmt::format("{} is on the air.", ToUpper(name)));
-      parts_.queue.Remove(entry->p, {entry->position});
-      return fmt::format("{} of priority {} is deleted.", ToUpper(name), entry->p.number());
+    const auto entry = parts_.queue.Find(CheckedName(name));
+    const bool isOnAir = entry && entry->position == 0 && parts_.queue.IsOnAir(entry->p);
+    if (const auto held = parts_.held.Find(name)) {
+      if (entry)
+        Refuse(fmt::format("{} {}, and another one is held. {}", ToUpper(name),
+                           isOnAir ? "is on the air" : "waits",
+                           isOnAir ? "Wait until it is out."
+                                   : "Hold this one too: then each has a name of its own."));
+      parts_.held.Delete(*held);
+      return fmt::format("{}, which was held, is deleted.", held->name);
     }
-    const auto held = parts_.held.Find(CheckedName(name));
-    if (!held) Refuse(fmt::format("{} is neither queued nor held.", ToUpper(name)));
-    parts_.held.Delete(*held);
-    return fmt::format("{}, which was held, is deleted.", held->name);
+    if (!entry) Refuse(fmt::format("{} is neither queued nor held.", ToUpper(name)));
+    if (isOnAir) Refuse(fmt::format("{} is on the air.", ToUpper(name)));
+    parts_.queue.Remove(entry->p, {entry->position});
+    return fmt::format("{} of priority {} is deleted.", ToUpper(name), entry->p.number());
   });
 }
 
