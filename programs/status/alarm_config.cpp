@@ -12,6 +12,7 @@ namespace {
 const std::map<std::string, AlarmKind> kKinds = {{"no arrivals", AlarmKind::kNoArrivals},
                                                  {"silent", AlarmKind::kSilent},
                                                  {"port", AlarmKind::kPort},
+                                                 {"intake paused", AlarmKind::kIntake},
                                                  {"waiting", AlarmKind::kWaiting},
                                                  {"purged", AlarmKind::kPurged},
                                                  {"disk", AlarmKind::kDisk},

@@ -64,6 +64,11 @@ void AlarmWatch::Look(const Status& status, double now) {
   }
 }
 
+bool AlarmWatch::Lasts(const Alarm& alarm, bool isTrouble, double now) {
+  if (!isTrouble) since_.erase(&alarm);
+  return isTrouble && now - since_.try_emplace(&alarm, now).first->second >= alarm.seconds;
+}
+
 void AlarmWatch::NotePurges(const Status& status, double now) {
   const int purged = status["sinceStart"]["purged"];
   if (purged_ && purged > *purged_) lastPurge_ = now;
@@ -78,15 +83,12 @@ std::optional<std::string> AlarmWatch::Trouble(const Alarm& alarm, const Status&
     case AlarmKind::kSilent:
       if (status["state"] != "idle" || status["keyed"] != true) return std::nullopt;
       return OlderThan(status["sincePacket"], alarm.seconds, "keyed, and nothing was sent");
-    case AlarmKind::kPort: {
-      if (!IsOffTheAir(status)) {
-        since_.erase(&alarm);
-        return std::nullopt;
-      }
-      const double lasts = now - since_.try_emplace(&alarm, now).first->second;
-      if (lasts < alarm.seconds) return std::nullopt;
+    case AlarmKind::kPort:
+      if (!Lasts(alarm, IsOffTheAir(status), now)) return std::nullopt;
       return status["port"].get<std::string>();
-    }
+    case AlarmKind::kIntake:
+      if (!Lasts(alarm, status["intakePaused"] == true, now)) return std::nullopt;
+      return "an operator has paused the intake, and received files wait in their folder";
     case AlarmKind::kWaiting:
       return Waiting(alarm, status);
     case AlarmKind::kPurged:

@@ -20,6 +20,7 @@ enum class AlarmKind {
   kNoArrivals,  // no file came for `seconds`
   kSilent,      // keyed, and no packet for `seconds`
   kPort,        // no port, failed or vanished for `seconds`
+  kIntake,      // an operator has paused the intake for `seconds`
   kWaiting,     // a file of `priority` or a more urgent one waits longer than `seconds`
   kPurged,      // products were purged in the last `seconds`
   kDisk,        // less than `megabytes` are free
@@ -54,6 +55,7 @@ class AlarmWatch {
  private:
   /// What is wrong, in words; nothing when nothing is.
   std::optional<std::string> Trouble(const Alarm& alarm, const Status& status, double now);
+  bool Lasts(const Alarm& alarm, bool isTrouble, double now);
   void NotePurges(const Status& status, double now);
 
   AlarmConfig config_;

@@ -14,7 +14,8 @@ Status Healthy() {
   return Status::parse(
       R"({"state":"sending","keyed":true,"port":"Com Port # 1 opened for transmit.",
     "sincePacket":1.0,"sinceArrival":1.0,"queues":[{"priority":1,"files":1,"oldest":5.0},
-    {"priority":2,"files":1,"oldest":900.0}],"sinceStart":{"purged":4},"freeBytes":9e9})");
+    {"priority":2,"files":1,"oldest":900.0}],"sinceStart":{"purged":4},"freeBytes":9e9,
+    "intakePaused":false})");
 }
 
 TEST(Alarms, BeginOnceAndEndOnceAsTheirTroubleDoes) {
@@ -36,6 +37,10 @@ TEST(Alarms, BeginOnceAndEndOnceAsTheirTroubleDoes) {
        R"({"state":"port vanished","port":"gone"})",
        20,
        "gone"},
+      {{.kind = AlarmKind::kIntake, .seconds = 20},
+       R"({"intakePaused":true})",
+       20,
+       "an operator has paused the intake, and received files wait in their folder"},
       {{.kind = AlarmKind::kWaiting, .seconds = 120},
        R"({"queues":[{"priority":1,"oldest":121}]})",
        0,
@@ -96,7 +101,7 @@ TEST(Alarms, AreReadFromAFileThatSaysWhatIsWrongInIt) {
   EXPECT_EQ(read("command = x").find(": line 1: "), 0U);
   EXPECT_EQ(
       std::to_string(ReadAlarms(OSTREL_SOURCE_DIR "/packaging/station/Alarms.toml").alarms.size()),
-      "7");
+      "8");
 }
 
 }  // namespace
