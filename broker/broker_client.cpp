@@ -1,5 +1,6 @@
 #include "broker/broker_client.h"
 
+#include <cstdlib>
 #include <mosquitto.h>
 #include <stdexcept>
 
@@ -12,7 +13,11 @@ void CheckBroker(int result) {
 void Introduce(mosquitto* client, const BrokerAddress& address) {
   if (!address.user.empty())
     CheckBroker(mosquitto_username_pw_set(client, address.user.c_str(), address.password.c_str()));
-  if (address.isEncrypted) CheckBroker(mosquitto_int_option(client, MOSQ_OPT_TLS_USE_OS_CERTS, 1));
+  if (!address.isEncrypted) return;
+  // The library's own way to the system's certificates works for its first connection only.
+  const char* const told = std::getenv("SSL_CERT_DIR");
+  CheckBroker(mosquitto_tls_set(client, nullptr, told ? told : "/etc/ssl/certs", nullptr, nullptr,
+                                nullptr));
 }
 
 }  // namespace ostrel

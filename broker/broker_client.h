@@ -13,7 +13,8 @@ namespace ostrel {
 void CheckBroker(int result);
 
 /// Gives the client the account of the address, and for an encrypted one the certificates that this
-/// system trusts, against which the broker's is held. Throws std::runtime_error.
+/// system trusts (in SSL_CERT_DIR where that is set), against which the broker's is held. Throws
+/// std::runtime_error.
 void Introduce(mosquitto* client, const BrokerAddress& address);
 
 }  // namespace ostrel

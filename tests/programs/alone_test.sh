@@ -77,14 +77,16 @@ until_true 90 shows "$(cell 0) == '0'"
 
 # The port vanishes: the page, an alarm that begins and ends once, and a broker.
 broker_port=$((port + 2))
+mkdir "$work/trusted"
 openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=broker -addext subjectAltName=IP:127.0.0.1 \
-  -keyout "$work/key.pem" -out "$work/certificate.pem" 2>"$work/openssl.log"
+  -keyout "$work/key.pem" -out "$work/trusted/broker.pem" 2>"$work/openssl.log"
+openssl rehash "$work/trusted"
 cat >"$work/mosquitto.conf" <<END
 user $(id -un)
 allow_anonymous true
 listener $broker_port 127.0.0.1
 listener $((port + 3)) 127.0.0.1
-certfile $work/certificate.pem
+certfile $work/trusted/broker.pem
 keyfile $work/key.pem
 END
 start mosquitto -c "$work/mosquitto.conf"
@@ -92,7 +94,7 @@ publish() { start "$@" "$station/ostrel-status" --publish "mqtts://127.0.0.1:$((
 publish env
 until_true 30 grep -q 'does not answer: A TLS error' "$work/env.log"
 kill -KILL "${pids[-1]}"
-publish env SSL_CERT_FILE="$work/certificate.pem"
+publish env SSL_CERT_DIR="$work/trusted"
 publisher=${pids[-1]}
 heard() { mosquitto_sub -p "$broker_port" -t 'stations/+' -C 1 -W 5 | grep -q "$1"; }
 until_true 30 heard '"version"'
