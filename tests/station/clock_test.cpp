@@ -37,13 +37,13 @@ struct Expectation {
 // clang-format off
 const Expectation kExpectations[] = {
     {"spring: 02:00 becomes 03:00, what lies between is skipped",
-     At(3, 8, 7, 58), kSpring, 0s, 0s, 66min, "0", {"01:59", "02:30", "03:00", "03:30"},
-     "at01:59 01:59:00 at03:00 03:00:00 at03:30 03:30:00"},
+     At(3, 8, 7, 58), kSpring, 0s, 0s, 8min, "0", {"01:59", "02:03", "03:00", "03:05"},
+     "at01:59 01:59:00 at03:00 03:00:00 at03:05 03:05:00"},
     {"autumn: 02:00 becomes 01:00, what lies between comes twice",
-     At(11, 1, 6, 29), kAutumn, 0s, 0s, 95min, "0", {"01:30", "02:00"},
-     "at01:30 01:30:00 at01:30 01:30:00 at02:00 02:00:00"},
+     At(11, 1, 6, 57), kAutumn, 0s, 0s, 64min, "0", {"01:58", "02:00"},
+     "at01:58 01:58:00 at01:58 01:58:00 at02:00 02:00:00"},
     {"a change over midnight leaves that day without its closing figures",
-     At(9, 6, 3, 59), Zone(-4, At(9, 6, 4, 0), -3), 0s, 0s, 62min, "0", {"00:00", "01:00"},
+     At(9, 6, 3, 59), Zone(-4, At(9, 6, 4, 0), -3), 0s, 0s, 3min, "0", {"00:00", "01:00"},
      "at01:00 01:00:00"},
     {"spring: identification and transmit period go on as if nothing had happened",
      At(3, 8, 7, 55), kSpring, 0s, 0s, 12min, "9", {}, "ident 03:03:30 pause 03:05:00"},
