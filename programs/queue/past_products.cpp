@@ -16,8 +16,7 @@ namespace {
 
 constexpr const char* kSelect =
     "SELECT id, name, sent_as, priority, size, hash, arrived, first_block, last_block, ended, "
-    "times_sent + (SELECT coalesce(sum(again.times_sent), 0) FROM product again WHERE "
-    "again.resend_of = product.id), fate, archive, resend_of FROM product ";
+    "times_sent, fate, archive, resend_of FROM product ";
 
 std::string ExistingFile(const std::string& folder) {
   auto path = folder + "/KvHistory.db";

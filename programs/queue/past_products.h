@@ -19,7 +19,7 @@ struct PastProduct {
   std::string hash;
   UtcTime arrived{};
   std::optional<UtcTime> firstBlock, lastBlock, ended;
-  std::int64_t timesSent = 0;  // the times that it was sent again included
+  std::int64_t timesSent = 0;  // of this row alone: a resend has its own
   std::string fate;
   std::optional<std::int64_t> archive, resendOf;
 };

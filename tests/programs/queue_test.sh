@@ -57,7 +57,9 @@ for kept in sent kept; do
 done
 
 said() { queue history --csv "$1" | grep -q "$2"; }
-until_true 10 said AFDD.TXT ',3,sent,'
+# Each sending has its own row.
+sent_thrice() { [ "$(queue history --csv AFDD.TXT | grep -c ',1,sent,,')" -eq 3 ]; }
+until_true 10 sent_thrice
 until_true 10 said AFDA.TXT ',1,sent,'
 said AFDB.TXT ',0,removed,' || fail "AFDB.TXT was not removed"
 said JUNK.NIX ',0,no rule,' || fail "JUNK.NIX has a rule"
