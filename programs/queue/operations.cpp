@@ -1,15 +1,21 @@
 #include "programs/queue/operations.h"
 
+#include <fcntl.h>
+#include <filesystem>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <unistd.h>
 
 #include "base/failure.h"
 #include "base/names.h"
 #include "base/text.h"
 #include "client/station_client.h"
+#include "platform/linux/descriptor.h"
+#include "platform/linux/file_io.h"
 #include "platform/linux/linux_clock.h"
 #include "platform/linux/linux_files.h"
+#include "platform/linux/system_error.h"
 #include "programs/queue/past_products.h"
 
 namespace ostrel {
@@ -28,7 +34,7 @@ class Resending {
   explicit Resending(const std::string& folder) : folder_(folder), data_(folder + "/KvData") {}
 
   std::string Send(const std::string& numberOrName, std::optional<int> priority) {
-    auto product = FindProduct(numberOrName);
+    const auto [product, isInSentFolder] = Find(numberOrName);
     if (!priority && product.priority) priority = static_cast<int>(*product.priority);
     if (!priority) throw std::runtime_error("Which priority? Say --priority.");
     Json question = {{"ask", "resend"},
@@ -36,57 +42,81 @@ class Resending {
                      {"priority", *priority},
                      {"name", product.name},
                      {"id", product.resendOf.value_or(product.id)}};
-    if (IsInSentFolder(product)) return Ask(folder_, question)["done"];
+    if (isInSentFolder) return Ask(folder_, question)["done"];
     return SendKept(product, std::move(question), *priority);
   }
 
  private:
-  /// Without a history there is the sent folder.
-  PastProduct FindProduct(const std::string& numberOrName) {
+  struct Found {
+    PastProduct product;
+    bool isInSentFolder = false;
+  };
+  Found Find(const std::string& numberOrName) {
+    auto why = fmt::format("The history does not know {}.", numberOrName);
     try {
       history_.emplace(folder_);
-    } catch (const Failure&) {
-      PastProduct product;
-      product.name = product.sentAs = ToUpper(numberOrName);
-      return product;
+      if (auto found = FindInHistory(numberOrName)) return *found;
+    } catch (const Failure& failure) {
+      why = failure.text();
     }
-    if (auto product = history_->FindOne(numberOrName)) return *product;
-    throw std::runtime_error(fmt::format("The history does not know {}.", numberOrName));
+    // Without what it knows there is the sent folder.
+    PastProduct product;
+    product.name = product.sentAs = ToUpper(numberOrName);
+    if (!StartInSentFolder(product.sentAs)) throw std::runtime_error(why);
+    return {product, true};
   }
 
-  /// A later product may have come under its name.
-  bool IsInSentFolder(const PastProduct& product) {
-    const auto path = data_ + "/RtSent/" + product.sentAs;
-    if (product.sentAs.empty() || !files_.Exists(path)) return false;
-    if (!history_) return true;
-    const auto started = files_.Status(path).written;
-    return product.firstBlock && started < *product.firstBlock + kSameStart &&
-           *product.firstBlock < started + kSameStart;
+  /// Nothing as well when the last file of that name was sent after the history's last.
+  std::optional<Found> FindInHistory(const std::string& numberOrName) {
+    const auto product = history_->FindOne(numberOrName);
+    if (!product) return std::nullopt;
+    const auto started = StartInSentFolder(product->sentAs);
+    if (started && history_->HasBegun(*product, *started - kSameStart, *started + kSameStart))
+      return Found{*product, true};
+    const bool isLater = started && (!product->firstBlock || *started > *product->firstBlock);
+    if (isLater && !IsNumber(numberOrName)) return std::nullopt;
+    return Found{*product, false};
+  }
+
+  /// When the file of that name began that lies in the sent folder.
+  std::optional<UtcTime> StartInSentFolder(const std::string& name) {
+    const auto path = data_ + "/RtSent/" + name;
+    if (name.empty() || !files_.Exists(path)) return std::nullopt;
+    return files_.Status(path).written;
   }
 
   /// As a file that is held, which the station then takes.
   std::string SendKept(const PastProduct& product, Json question, int priority) {
-    const auto content = history_ ? history_->ContentOf(product.id) : std::nullopt;
+    const auto content = history_->ContentOf(product.id);
     if (!content)
       throw std::runtime_error(
           fmt::format("The bytes of {} are gone: KvData/RtSent holds them for the purge time, and "
                       "KeepProductDays says how long the history does.",
                       product.name));
-    const auto name = FirstFreeName(
-        product.name, [this](const std::string& candidate) { return IsHeld(candidate); });
-    const auto path = HeldPath(priority, name);
-    for (const auto& folder : {data_ + "/RtHeld", std::string(FolderOf(path))}) {
-      if (!files_.Exists(folder)) files_.CreateFolder(folder);
-    }
-    files_.WriteAll(path, *content);
+    std::filesystem::create_directories(FolderOf(HeldPath(priority, product.name)));
+    const auto name = FirstFreeName(product.name, [&](const std::string& candidate) {
+      return IsHeld(candidate) || !MakeNew(HeldPath(priority, candidate), *content);
+    });
     question["file"] = name;
     question["held"] = true;
     try {
       return Ask(folder_, question)["done"];
     } catch (const std::exception&) {
-      files_.Delete(path);
+      unlink(HeldPath(priority, name).c_str());
       throw;
     }
+  }
+
+  /// False when there is a file of that name: another operator may just have put one there.
+  static bool MakeNew(const std::string& path, const std::string& content) {
+    const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!file && errno == EEXIST) return false;
+    if (!file) ThrowFileFailure(errno, path);
+    int error = WriteFully(file.Get(), content);
+    if (error == 0 && fdatasync(file.Get()) != 0) error = errno;
+    if (error == 0) return true;
+    unlink(path.c_str());
+    ThrowFileFailure(error, path);
   }
 
   bool IsHeld(const std::string& name) {

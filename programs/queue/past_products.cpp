@@ -54,12 +54,12 @@ PastProduct ProductIn(const SqliteStatement& row) {
   return product;
 }
 
+}  // namespace
+
 bool IsNumber(const std::string& text) {
   return !text.empty() && text.size() < 18 &&
          text.find_first_not_of("0123456789") == std::string::npos;
 }
-
-}  // namespace
 
 PastProducts::PastProducts(const std::string& folder)
     : database_(ExistingFile(folder), "History", DatabaseUse::kReadOnly) {
@@ -97,6 +97,15 @@ std::optional<PastProduct> PastProducts::FindOne(const std::string& numberOrName
   select.Bind(ToUpper(numberOrName));
   if (!select.Step()) return std::nullopt;
   return ProductIn(select);
+}
+
+bool PastProducts::HasBegun(const PastProduct& product, UtcTime from, UtcTime to) const {
+  SqliteStatement select(database_,
+                         "SELECT 1 FROM product WHERE (id = ?1 OR resend_of = ?1) AND "
+                         "sent_as = ?2 AND first_block BETWEEN ?3 AND ?4");
+  select.Bind(product.resendOf.value_or(product.id)).Bind(product.sentAs);
+  select.Bind(from.time_since_epoch().count()).Bind(to.time_since_epoch().count());
+  return select.Step();
 }
 
 std::optional<std::string> PastProducts::ContentOf(std::int64_t id) const {

@@ -24,6 +24,9 @@ struct PastProduct {
   std::optional<std::int64_t> archive, resendOf;
 };
 
+/// Whether that names a product by its number.
+bool IsNumber(const std::string& text);
+
 struct PastFilter {
   std::string pattern;                  // of names, as in a rule; all of them when empty
   std::optional<UtcTime> since, until;  // it was on its way at some moment between
@@ -38,6 +41,9 @@ class PastProducts {
   std::vector<PastProduct> Find(const PastFilter& filter) const;
   /// The one of that number, or the last that was sent or received under that name.
   std::optional<PastProduct> FindOne(const std::string& numberOrName) const;
+  /// Whether it, or another sending of it, began between the two under the name that it was sent
+  /// as.
+  bool HasBegun(const PastProduct& product, UtcTime from, UtcTime to) const;
   /// Its bytes as they were received, where they are kept. Throws Failure when they are damaged.
   std::optional<std::string> ContentOf(std::int64_t id) const;
 

@@ -11,7 +11,7 @@ station=$work/station
 
 mkdir -p "$station/ports" "$station/KvData/RxFiles"
 cp "$source"/packaging/station/* "$bin"/ostrel-{headless,queue,settings,monitor} "$station"
-for setting in 'ComBaud 19200' 'CWIDTime 0' 'TxUpTime 0' 'KeepProductDays 2'; do
+for setting in 'ComBaud 19200' 'CWIDTime 0' 'TxUpTime 0'; do
   # shellcheck disable=SC2086
   "$station/ostrel-settings" set $setting
 done
@@ -39,6 +39,7 @@ queue delete AFDB.TXT
 ! queue top SVRBUSY.TXT 2>"$work/refused" || fail "the one on the air was touched"
 grep -q 'is on the air' "$work/refused"
 kill -KILL "${pids[1]}"
+"$station/ostrel-settings" set KeepProductDays 2
 start "$station/ostrel-headless"
 until_true 20 queue list
 queue list | grep -q 'AFDA.TXT .*held' || fail "a crash has released it"
@@ -47,14 +48,20 @@ queue release AFDA.TXT
 until_true 30 test -s "$work/received/AFDA.TXT"
 [ ! -e "$work/received/AFDB.TXT" ] || fail "it was deleted"
 
-# Again: from the sent folder, and, once that is empty, from what is kept.
-for kept in sent kept; do
-  rm -f "$work/received/AFDD.TXT"
-  [ "$kept" = sent ] || until_true 20 rm "$station/KvData/RtSent/AFDD.TXT"
-  queue resend AFDD.TXT
-  until_true 30 test -s "$work/received/AFDD.TXT"
-  tr -d D <"$work/received/AFDD.TXT" | cmp - /dev/null || fail "$kept: other bytes came back"
-done
+# Again: as often as one likes from the sent folder, and from what is kept.
+again() {
+  rm -f "$work/received/$1"
+  queue resend "$2"
+  until_true 30 test -s "$work/received/$1"
+  tr -d "${1:3:1}" <"$work/received/$1" | cmp - /dev/null || fail "other bytes came back of $1"
+}
+drop AFDE.TXT 3000 E
+id=$(queue history --csv AFDD.TXT | sed -n '2s/,.*//p')
+again AFDD.TXT "$id"
+again AFDD.TXT "$id"
+until_true 30 test -s "$work/received/AFDE.TXT"
+until_true 20 rm "$station/KvData/RtSent/AFDE.TXT"
+again AFDE.TXT AFDE.TXT
 
 said() { queue history --csv "$1" | grep -q "$2"; }
 # Each sending has its own row.
@@ -65,9 +72,16 @@ said AFDB.TXT ',0,removed,' || fail "AFDB.TXT was not removed"
 said JUNK.NIX ',0,no rule,' || fail "JUNK.NIX has a rule"
 queue history --json --since 1h | grep -q '"sha256": "[0-9a-f]\{64\}"' || fail "no hash"
 [ "$(queue history --since 2099-01-01 --csv | wc -l)" -eq 1 ] || fail "a history of the future"
+until_true 20 rm "$station/KvData/RtSent/AFDE.TXT"
+queue resend AFDE.TXT &
+queue resend AFDE.TXT
+wait $! || fail "two operators were in each other's way"
 grep -q "Operator     AFDA.TXT of priority [0-9]* is held. ($(id -un))" "$station/RtLog.txt" ||
   fail "the log does not tell who"
 kill -TERM "${pids[-1]}"
 wait "${pids[-1]}" || fail "the station ended badly"
 ! queue list 2>/dev/null || fail "an answer from nobody"
 queue history AFDA.TXT | grep -q sent || fail "no history without the station"
+echo damaged >"$station/KvHistory.db"
+! queue resend AFDD.TXT 2>"$work/refused" || fail "an answer from nobody"
+grep -q 'Which priority' "$work/refused" || fail "a damaged history hides the sent folder"
