@@ -8,6 +8,7 @@
 
 #include "platform/linux/program_folder.h"
 #include "platform/linux/sharing.h"
+#include "programs/queue/moment.h"
 #include "programs/queue/operations.h"
 #include "programs/queue/reports.h"
 
@@ -33,8 +34,10 @@ void List(const Options& options) {
 void ShowHistory(const Options& options) {
   const auto now = std::chrono::floor<milliseconds>(std::chrono::system_clock::now());
   PastFilter filter{.pattern = options.name, .since = {}, .until = {}};
-  if (!options.since.empty()) filter.since = MomentIn(options.since, now);
-  if (!options.until.empty()) filter.until = MomentIn(options.until, now);
+  if (!options.since.empty()) filter.since = MomentIn(options.since, now, Which::kFirst);
+  if (!options.until.empty()) filter.until = MomentIn(options.until, now, Which::kLast);
+  if (filter.since && filter.until && *filter.until < *filter.since)
+    throw std::runtime_error("--until is before --since. A time of day is the last that was.");
   const auto products = PastProducts(options.station).Find(filter);
   fmt::print("{}", options.json  ? HistoryJson(products)
                    : options.csv ? HistoryCsv(products)

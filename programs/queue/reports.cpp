@@ -4,11 +4,7 @@
 #include <ctime>
 #include <fmt/chrono.h>
 #include <fmt/format.h>
-#include <iomanip>
 #include <nlohmann/json.hpp>
-#include <sstream>
-
-#include "base/failure.h"
 
 namespace ostrel {
 
@@ -87,32 +83,7 @@ std::string Row(const std::vector<std::string>& cells, std::string_view separato
   return fmt::format("{}\n", fmt::join(cells, separator));
 }
 
-std::optional<UtcTime> Before(const std::string& text, UtcTime now) {
-  int count = 0;
-  char unit = 0, rest = 0;
-  if (std::sscanf(text.c_str(), "%6d%c%c", &count, &unit, &rest) != 2 || count < 0)
-    return std::nullopt;
-  if (unit == 'd') return now - std::chrono::days(count);
-  if (unit == 'h') return now - std::chrono::hours(count);
-  if (unit == 'm') return now - std::chrono::minutes(count);
-  return std::nullopt;
-}
-
 }  // namespace
-
-UtcTime MomentIn(const std::string& text, UtcTime now) {
-  if (const auto before = Before(text, now)) return *before;
-  for (const auto* form : {"%Y-%m-%d %H:%M:%S", "%Y-%m-%d %H:%M", "%Y-%m-%d", "%H:%M"}) {
-    auto parts = LocalParts(now);
-    parts.tm_hour = parts.tm_min = parts.tm_sec = 0;
-    std::istringstream from(text);
-    from >> std::get_time(&parts, form);
-    if (from.fail() || from.peek() != std::istringstream::traits_type::eof()) continue;
-    parts.tm_isdst = -1;
-    return std::chrono::floor<milliseconds>(std::chrono::system_clock::from_time_t(mktime(&parts)));
-  }
-  throw Failure(failure_number::kTypeMismatch, fmt::format("\"{}\" is no time.", text));
-}
 
 std::string QueueTable(const Json& entries, const Json& held) {
   auto table = fmt::format("{:>8}  {:<24} {:>10} {:>12} {:>12}  {:<8} {:>8}\n", "Priority", "Name",

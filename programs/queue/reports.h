@@ -17,8 +17,4 @@ std::string HistoryTable(const std::vector<PastProduct>& products);
 std::string HistoryCsv(const std::vector<PastProduct>& products);
 std::string HistoryJson(const std::vector<PastProduct>& products);
 
-/// "2026-11-26", "2026-11-26 14:30", "14:30" of today, or "3d", "12h", "30m" before `now`, in local
-/// time. Throws Failure for any other text.
-UtcTime MomentIn(const std::string& text, UtcTime now);
-
 }  // namespace ostrel
