@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/text.h"
 #include "platform/linux/program_folder.h"
 #include "platform/linux/sharing.h"
 #include "programs/queue/moment.h"
@@ -23,6 +24,10 @@ struct Options {
   std::optional<int> priority;
   bool json = false, csv = false;
 };
+
+void Say(const std::string& message) {
+  fmt::print("{}\n", Printable(message));
+}
 
 void List(const Options& options) {
   const auto entries = AskForAll(options.station, "list", "entries");
@@ -47,7 +52,7 @@ void ShowHistory(const Options& options) {
 void Do(const Options& options, const std::string& operation) {
   Json question = {{"ask", operation}, {"name", options.name}};
   if (options.priority) question["priority"] = *options.priority;
-  fmt::print("{}\n", Ask(options.station, question)["done"].get<std::string>());
+  Say(Ask(options.station, question)["done"]);
 }
 
 /// An operation on one name; its subcommand.
@@ -81,8 +86,7 @@ void AddOperationsTo(CLI::App& app, Options& options) {
   auto* const resend = app.add_subcommand("resend", "Sends a product again");
   resend->add_option("PRODUCT", options.name, "Its id in the history, or its name")->required();
   addPriority(resend);
-  resend->callback(
-      [&] { fmt::print("{}\n", Resend(options.station, options.name, options.priority)); });
+  resend->callback([&] { Say(Resend(options.station, options.name, options.priority)); });
   AddOperation(app, options, "hold", "Takes a file out of its queue until it is released");
   AddOperation(app, options, "release", "Puts a held file back into its queue");
   addPriority(AddOperation(app, options, "move", "Puts a file into another queue"))->required();
@@ -109,7 +113,7 @@ int main(int count, char* arguments[]) {
   try {
     CLI11_PARSE(app, count, arguments);
   } catch (const std::exception& error) {
-    fmt::print(stderr, "ostrel-queue: {}\n", error.what());
+    fmt::print(stderr, "ostrel-queue: {}\n", Printable(error.what()));
     return EXIT_FAILURE;
   }
   return EXIT_SUCCESS;

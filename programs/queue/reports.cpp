@@ -6,6 +6,8 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/text.h"
+
 namespace ostrel {
 
 namespace {
@@ -91,12 +93,12 @@ std::string QueueTable(const Json& entries, const Json& held) {
   for (const auto& entry : entries)
     table += fmt::format("{:>8}{} {:<24} {:>10} {:>12} {:>12}  {:<8} {:>8}\n",
                          entry["priority"].get<int>(), entry["onAir"].get<bool>() ? '*' : ' ',
-                         entry["name"].get<std::string>(), entry["bytes"].get<std::int64_t>(),
-                         Spell(entry["waited"]), Spell(entry["outIn"]), Clock(entry["outIn"]),
-                         Cell(entry["id"]));
+                         Printable(entry["name"].get<std::string>()),
+                         entry["bytes"].get<std::int64_t>(), Spell(entry["waited"]),
+                         Spell(entry["outIn"]), Clock(entry["outIn"]), Cell(entry["id"]));
   for (const auto& file : held)
     table += fmt::format("{:>8}  {:<24} held\n", file["priority"].get<int>(),
-                         file["name"].get<std::string>());
+                         Printable(file["name"].get<std::string>()));
   return table;
 }
 
@@ -108,7 +110,7 @@ std::string HistoryTable(const std::vector<PastProduct>& products) {
     auto fate = product.fate;
     if (product.archive) fate += fmt::format(" in {}", *product.archive);
     if (product.resendOf) fate += fmt::format(", again {}", *product.resendOf);
-    table += fmt::format(kForm, product.id, Local(product.arrived), product.name,
+    table += fmt::format(kForm, product.id, Local(product.arrived), Printable(product.name),
                          Cell(OrNull(product.priority)), Cell(OrNull(product.size)), fate,
                          Local(product.firstBlock), Local(product.lastBlock), product.timesSent);
   }

@@ -31,6 +31,7 @@ drop SVRBUSY.TXT 40000
 until_true 10 waits SVRBUSY.TXT
 for name in A B C D; do drop "AFD$name.TXT" 3000 "$name"; done
 drop JUNK.NIX 100
+drop $'TOR\e[31m\nX.TXT' 100
 for name in A B C D; do until_true 10 waits "AFD$name.TXT"; done
 queue hold afda.txt
 queue top AFDD.TXT
@@ -70,6 +71,7 @@ until_true 10 sent_thrice
 until_true 10 said AFDA.TXT ',1,sent,'
 said AFDB.TXT ',0,removed,' || fail "AFDB.TXT was not removed"
 said JUNK.NIX ',0,no rule,' || fail "JUNK.NIX has a rule"
+queue history 'TOR*' | grep -q 'TOR\\x1B\[31M\\x0AX.TXT .* sent' || fail "a name colours the terminal"
 queue history --json --since 1h | grep -q '"sha256": "[0-9a-f]\{64\}"' || fail "no hash"
 [ "$(queue history --since 2099-01-01 --csv | wc -l)" -eq 1 ] || fail "a history of the future"
 until_true 20 rm "$station/KvData/RtSent/AFDE.TXT"
