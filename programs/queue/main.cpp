@@ -30,10 +30,10 @@ void Say(const std::string& message) {
 }
 
 void List(const Options& options) {
-  const auto entries = AskForAll(options.station, "list", "entries");
-  const auto held = AskForAll(options.station, "held", "held");
-  if (!options.json) return fmt::print("{}", QueueTable(entries, held));
-  fmt::print("{}\n", Json({{"entries", entries}, {"held", held}}).dump(2));
+  const Json lists = {{"entries", AskForAll(options.station, "list", "entries")},
+                      {"held", AskForAll(options.station, "held", "held")},
+                      {"intakePaused", Ask(options.station, {{"ask", "status"}})["intakePaused"]}};
+  fmt::print("{}", options.json ? lists.dump(2) + "\n" : QueueTable(lists));
 }
 
 void ShowHistory(const Options& options) {

@@ -87,18 +87,20 @@ std::string Row(const std::vector<std::string>& cells, std::string_view separato
 
 }  // namespace
 
-std::string QueueTable(const Json& entries, const Json& held) {
+std::string QueueTable(const Json& lists) {
   auto table = fmt::format("{:>8}  {:<24} {:>10} {:>12} {:>12}  {:<8} {:>8}\n", "Priority", "Name",
                            "Bytes", "Waited", "Out in", "At", "Id");
-  for (const auto& entry : entries)
+  for (const auto& entry : lists["entries"])
     table += fmt::format("{:>8}{} {:<24} {:>10} {:>12} {:>12}  {:<8} {:>8}\n",
                          entry["priority"].get<int>(), entry["onAir"].get<bool>() ? '*' : ' ',
                          Printable(entry["name"].get<std::string>()),
                          entry["bytes"].get<std::int64_t>(), Spell(entry["waited"]),
                          Spell(entry["outIn"]), Clock(entry["outIn"]), Cell(entry["id"]));
-  for (const auto& file : held)
+  for (const auto& file : lists["held"])
     table += fmt::format("{:>8}  {:<24} held\n", file["priority"].get<int>(),
                          Printable(file["name"].get<std::string>()));
+  if (lists["intakePaused"].get<bool>())
+    table += "The intake is paused: received files stay in their folder.\n";
   return table;
 }
 

@@ -9,8 +9,8 @@
 
 namespace ostrel {
 
-/// The station's entries and what it holds, as its answers have them.
-std::string QueueTable(const nlohmann::ordered_json& entries, const nlohmann::ordered_json& held);
+/// The station's "entries" and what it has "held", as its answers have them, and "intakePaused".
+std::string QueueTable(const nlohmann::ordered_json& lists);
 
 std::string HistoryTable(const std::vector<PastProduct>& products);
 /// With a line of headings; times in UTC.

@@ -45,6 +45,9 @@ start "$station/ostrel-headless"
 until_true 20 queue list
 queue list | grep -q 'AFDA.TXT .*held' || fail "a crash has released it"
 until_true 60 test -s "$work/received/AFDC.TXT" -a -s "$work/received/AFDD.TXT"
+queue pause-intake
+queue list | tail -1 | grep -q 'The intake is paused' || fail "the list hides that the intake is paused"
+queue resume-intake
 queue release AFDA.TXT
 until_true 30 test -s "$work/received/AFDA.TXT"
 [ ! -e "$work/received/AFDB.TXT" ] || fail "it was deleted"
