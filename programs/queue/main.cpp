@@ -52,14 +52,30 @@ void ShowHistory(const Options& options) {
 void Do(const Options& options, const std::string& operation) {
   Json question = {{"ask", operation}, {"name", options.name}};
   if (options.priority) question["priority"] = *options.priority;
-  Say(Ask(options.station, question)["done"]);
+  try {
+    Say(Ask(options.station, question)["done"]);
+  } catch (const std::exception& error) {
+    if (options.name.find_first_of("*?") == std::string::npos) throw;
+    throw std::runtime_error(fmt::format("{} Patterns are not taken here.", error.what()));
+  }
+}
+
+/// What must be named.
+CLI::Option* AddName(CLI::App* operation, Options& options, const std::string& called,
+                     const std::string& what) {
+  return operation->add_option(called, options.name, what)
+      ->required()
+      ->check([](const std::string& name) { return name.empty() ? "Name a file." : ""; }, "");
+}
+CLI::Option* AddPriority(CLI::App* operation, Options& options, const std::string& what) {
+  return operation->add_option("--priority", options.priority, what)->check(CLI::Range(1, 10));
 }
 
 /// An operation on one name; its subcommand.
 CLI::App* AddOperation(CLI::App& app, Options& options, const std::string& name,
                        const std::string& does) {
   auto* const operation = app.add_subcommand(name, does);
-  operation->add_option("NAME", options.name, "As the list has it")->required();
+  AddName(operation, options, "NAME", "As the list has it; patterns are not taken");
   operation->callback([&options, name] { Do(options, name); });
   return operation;
 }
@@ -79,17 +95,14 @@ void AddListsTo(CLI::App& app, Options& options) {
 }
 
 void AddOperationsTo(CLI::App& app, Options& options) {
-  const auto addPriority = [&](CLI::App* operation) {
-    return operation->add_option("--priority", options.priority, "1 to 10")
-        ->check(CLI::Range(1, 10));
-  };
   auto* const resend = app.add_subcommand("resend", "Sends a product again");
-  resend->add_option("PRODUCT", options.name, "Its id in the history, or its name")->required();
-  addPriority(resend);
+  AddName(resend, options, "PRODUCT", "Its id in the history, or its name");
+  AddPriority(resend, options, "The queue it goes into, unless that of last time; 1 is sent first");
   resend->callback([&] { Say(Resend(options.station, options.name, options.priority)); });
   AddOperation(app, options, "hold", "Takes a file out of its queue until it is released");
   AddOperation(app, options, "release", "Puts a held file back into its queue");
-  addPriority(AddOperation(app, options, "move", "Puts a file into another queue"))->required();
+  auto* const move = AddOperation(app, options, "move", "Puts a file into another queue");
+  AddPriority(move, options, "The queue it goes into; 1 is sent first")->required();
   AddOperation(app, options, "top", "Puts a file in front of its queue");
   AddOperation(app, options, "delete", "Deletes a file that waits or is held");
   for (const auto& [name, does] :

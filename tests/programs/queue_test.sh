@@ -39,6 +39,8 @@ queue move AFDC.TXT --priority 2
 queue delete AFDB.TXT
 ! queue top SVRBUSY.TXT 2>"$work/refused" || fail "the one on the air was touched"
 grep -q 'is on the air' "$work/refused"
+! queue hold 'AFD*' 2>"$work/refused" || fail "a pattern was taken"
+grep -q 'Patterns are not taken' "$work/refused"
 kill -KILL "${pids[1]}"
 "$station/ostrel-settings" set KeepProductDays 2
 start "$station/ostrel-headless"
