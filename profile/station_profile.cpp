@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 
 #include "base/failure.h"
+#include "base/names.h"
+#include "base/reporting.h"
 #include "base/text.h"
 #include "profile/port_links.h"
 
@@ -12,9 +14,14 @@ namespace ostrel {
 namespace {
 
 constexpr std::string_view kFolder = "FOLDER";
+constexpr const char* kRules = "rules";
 constexpr const char* kHeading =
     "# An Ostrel station. \"ostrel-settings apply\" makes it of this text; what the text does not\n"
     "# name stays as it is. FOLDER stands for the station's folder.\n";
+
+[[noreturn]] void Refuse(const std::string& why) {
+  throw Failure(failure_number::kTypeMismatch, why);
+}
 
 std::string RuleKey(std::size_t list) {
   if (list == kCompressList) return "compress";
@@ -54,21 +61,13 @@ void StationProfile::AddSettings() {
             [](const Place& a, const Place& b) { return a.entry.key < b.entry.key; });
 }
 
-/// A new station has no list; where there are some, one that is missing was lost.
 void StationProfile::AddRules() {
-  const auto path = [this](std::size_t list) {
-    return fmt::format("{}/RtList{}.txt", folder_, list);
-  };
-  bool isNew = true;
-  for (std::size_t list = 0; list < kRuleListCount; ++list)
-    isNew = isNew && !files_.Exists(path(list));
-  for (std::size_t list = 0; list < kRuleListCount; ++list)
-    places_.push_back({.entry = {.table = "rules",
-                                 .key = RuleKey(list),
-                                 .isList = true,
-                                 .comment = fmt::format("RtList{}.txt", list)},
-                       .path = path(list),
-                       .isEmptyIfMissing = isNew});
+  for (std::size_t list = 0; list < kRuleListCount; ++list) {
+    const auto name = fmt::format("RtList{}.txt", list);
+    places_.push_back(
+        {.entry = {.table = kRules, .key = RuleKey(list), .isList = true, .comment = name},
+         .path = JoinPath(folder_, name)});
+  }
 }
 
 void StationProfile::AddPorts() {
@@ -94,38 +93,50 @@ std::optional<ProfileEntry> StationProfile::Read(const Place& place, SettingsSto
     const auto& row = *place.row;
     const auto value = store.ReadSetting(KeyPath(row.section), row.key, row.fallback);
     entry.values = {WithoutFolder(value)};
-  } else if (entry.isList) {
-    const auto lines = LinesOf(place);
-    if (!lines) return std::nullopt;
-    entry.values = *lines;
-  } else {
-    entry.values = {LinkedDevice(place.path)};
+    return entry;
   }
+  auto values = ValuesIn(place);
+  if (!values) return std::nullopt;
+  entry.values = std::move(*values);
   return entry;
 }
 
-std::optional<std::vector<std::string>> StationProfile::LinesOf(const Place& place) {
+std::optional<std::vector<std::string>> StationProfile::ValuesIn(const Place& place) {
+  if (!place.entry.isList) return std::vector{LinkedDevice(place.path)};
   std::vector<std::string> lines;
   if (files_.Exists(place.path)) {
     ForEachLine(files_.ReadAll(place.path),
                 [&](std::string_view line) { lines.emplace_back(line); });
-  } else if (!place.isEmptyIfMissing) {
+  } else if (!MayBeMissing(place)) {
     return std::nullopt;
   }
   return lines;
 }
 
+/// A new station has no list of rules; where there are some, one that is missing was lost.
+bool StationProfile::MayBeMissing(const Place& place) {
+  if (place.entry.table != kRules) return place.isEmptyIfMissing;
+  return std::none_of(places_.begin(), places_.end(), [this](const Place& other) {
+    return other.entry.table == kRules && files_.Exists(other.path);
+  });
+}
+
 const StationProfile::Place& StationProfile::PlaceOf(const ProfileEntry& entry) const {
+  std::string hint;
   for (const auto& place : places_) {
-    if (place.entry.Name() == entry.Name() && place.entry.isList == entry.isList) return place;
+    if (place.entry.Name() == entry.Name()) return place;
+    if (place.entry.key == entry.key)
+      hint = fmt::format(" {} belongs under [{}].", entry.key, place.entry.table);
   }
-  throw Failure(failure_number::kTypeMismatch,
-                fmt::format("There is no {} {}.", entry.isList ? "list" : "text", entry.Name()));
+  Refuse(fmt::format("There is no {}.{}", entry.Name(), hint));
 }
 
 void StationProfile::Check(const ProfileEntry& entry) const {
   try {
     const auto& place = PlaceOf(entry);
+    if (place.entry.isList != entry.isList)
+      Refuse(fmt::format("{} must be {}.", entry.Name(),
+                         place.entry.isList ? "a list, in [ ]" : "one text, in quotes"));
     if (place.row != nullptr) CheckSetting(*place.row, WithFolder(entry.values.front()));
   } catch (const Failure& failure) {
     throw Failure(failure.number(), fmt::format("line {}: {}", entry.line, failure.text()));
@@ -146,62 +157,101 @@ std::vector<ProfileChange> StationProfile::ChangesBy(std::string_view text) {
 
 void StationProfile::Make(const std::vector<ProfileChange>& changes) {
   if (changes.empty()) return;
-  std::vector<ProfileEntry> entries;
-  entries.reserve(changes.size());
-  for (const auto& change : changes) entries.push_back(change.to);
-  Note(entries);
+  std::vector<ProfileEntry> before, after;
+  for (const auto& change : changes) {
+    before.push_back(Before(change));
+    after.push_back(change.to);
+  }
+  files_.WriteAll(NotePath(), FormatProfile(before));
   try {
-    Write(entries);
-    files_.Delete(JournalPath());
+    Keep(after);
+    for (const auto& entry : after) Put(entry);
+    Store(after);  // the last step: a failure of it changes no setting
   } catch (const std::exception&) {
-    TakeBack(changes);
+    for (const auto& entry : before) Restore(entry);
+    EndNote();
     throw;
+  }
+  EndNote();
+}
+
+/// A list whose file was missing stands in the note as an empty text.
+ProfileEntry StationProfile::Before(const ProfileChange& change) {
+  auto before = change.from.value_or(change.to);
+  if (before.isList && !files_.Exists(PlaceOf(before).path)) {
+    before.isList = false;
+    before.values = {""};
+  }
+  return before;
+}
+
+/// Gives what is about to be replaced a second name: a full disk has no room to write it again.
+/// Where there are no such names, it is written again.
+void StationProfile::Keep(const std::vector<ProfileEntry>& entries) {
+  for (const auto& entry : entries) {
+    const auto& path = PlaceOf(entry).path;
+    if (!path.empty() && files_.Exists(path)) TryStep([&] { files_.Link(path, KeptPath(path)); });
   }
 }
 
-/// From here on a start that finds the note makes its station.
-void StationProfile::Note(const std::vector<ProfileEntry>& entries) {
-  files_.WriteAll(JournalPath(), FormatProfile(entries));
+void StationProfile::Put(const ProfileEntry& entry) {
+  const auto& place = PlaceOf(entry);
+  if (place.row != nullptr) return;
+  if (!entry.isList) return LinkDevice(place.path, entry.values.front());
+  std::string content;
+  for (const auto& line : entry.values) content.append(line).append(kLineEnd);
+  files_.WriteAll(place.path, content);
 }
 
-void StationProfile::Write(const std::vector<ProfileEntry>& entries) {
+/// All of them together, but for those that are so already: for them a full disk need have no room.
+void StationProfile::Store(const std::vector<ProfileEntry>& entries) {
+  const auto store = OpenAtRoot(stores_);
   std::vector<StoredValue> stored;
   for (const auto& entry : entries) {
     const auto& place = PlaceOf(entry);
-    if (place.row != nullptr) {
+    if (place.row != nullptr && Read(place, *store)->values != entry.values)
       stored.push_back({.keyPath = KeyPath(place.row->section),
                         .name = place.row->key,
                         .value = WithFolder(entry.values.front())});
-    } else if (entry.isList) {
-      std::string content;
-      for (const auto& line : entry.values) content.append(line).append(kLineEnd);
-      files_.WriteAll(place.path, content);
-    } else {
-      LinkDevice(place.path, entry.values.front());
-    }
   }
-  if (!stored.empty()) OpenAtRoot(stores_)->WriteAll(stored);
+  if (!stored.empty()) store->WriteAll(stored);
 }
 
-/// What was missing is missing again.
-void StationProfile::TakeBack(const std::vector<ProfileChange>& changes) {
-  std::vector<ProfileEntry> entries;
-  for (const auto& change : changes) {
-    if (change.from) entries.push_back(*change.from);
+/// What was kept counts only if it is what the note says: it may have been written over in place,
+/// or be left of another time.
+void StationProfile::Restore(const ProfileEntry& entry) {
+  const auto& place = PlaceOf(entry);
+  if (place.row != nullptr) return;
+  if (place.entry.isList && !entry.isList) {
+    if (files_.Exists(place.path)) files_.Delete(place.path);
+    return;
   }
-  Note(entries);
-  for (const auto& change : changes) {
-    const auto& path = PlaceOf(change.to).path;
-    if (!change.from && files_.Exists(path)) files_.Delete(path);
+  if (ValuesIn(place) == entry.values) return;
+  auto kept = place;
+  kept.path = KeptPath(place.path);
+  const bool isKept = files_.Exists(kept.path) && ValuesIn(kept) == entry.values;
+  isKept ? files_.Rename(kept.path, place.path) : Put(entry);
+}
+
+void StationProfile::EndNote() {
+  files_.Delete(NotePath());
+  for (const auto& place : places_) {
+    const auto kept = KeptPath(place.path);
+    if (!place.path.empty() && files_.Exists(kept)) TryStep([&] { files_.Delete(kept); });
   }
-  Write(entries);
-  files_.Delete(JournalPath());
 }
 
 void StationProfile::Finish() {
   if (!IsUnfinished()) return;
-  Write(ParseProfile(files_.ReadAll(JournalPath())));
-  files_.Delete(JournalPath());
+  const auto before = ParseProfile(files_.ReadAll(NotePath()));
+  for (const auto& entry : before) Restore(entry);
+  Store(before);
+  EndNote();
+}
+
+/// Beside it, so that a rename brings it back.
+std::string StationProfile::KeptPath(const std::string& path) {
+  return JoinPath(std::string(FolderOf(path)), fmt::format(".before-{}", FileNameOf(path)));
 }
 
 std::string StationProfile::WithoutFolder(const std::string& value) const {

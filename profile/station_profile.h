@@ -31,16 +31,15 @@ class StationProfile {
   /// What `text` would change. What it does not name stays. Throws Failure, with the line, for a
   /// text that the station could not use.
   std::vector<ProfileChange> ChangesBy(std::string_view text);
-  /// Makes these changes, all or none: after a failure the station is the one before, and where the
-  /// power failed in the midst it is the one behind them once Finish has run.
+  /// Makes these changes, all or none. After a failure the station is the one before, unless it
+  /// IsUnfinished: it is once Finish has run. So it is after a power failure in the midst.
   void Make(const std::vector<ProfileChange>& changes);
-  /// Ends what an earlier Make was kept from, if there is such, before anything else is done with
-  /// the station.
+  /// Takes back what a Make began and did not end, if there is such, before anything else is done
+  /// with the station.
   void Finish();
-  /// Leaves the station as it is, and the note of that Make aside in ".given-up.toml".
-  void GiveUp() { files_.Rename(JournalPath(), folder_ + "/.given-up.toml"); }
-  /// Whether there is.
-  bool IsUnfinished() { return files_.Exists(JournalPath()); }
+  /// Leaves the station as it is, and the note of what it was aside in ".given-up.toml".
+  void GiveUp() { files_.Rename(NotePath(), folder_ + "/.given-up.toml"); }
+  bool IsUnfinished() { return files_.Exists(NotePath()); }
 
  private:
   /// Where a key's value lives: a row of the settings, else lines of a file, else a link.
@@ -56,14 +55,21 @@ class StationProfile {
   void AddPorts();
   const Place& PlaceOf(const ProfileEntry& entry) const;
   std::optional<ProfileEntry> Read(const Place& place, SettingsStore& store);
-  std::optional<std::vector<std::string>> LinesOf(const Place& place);
+  /// Of a list or a link; nothing for a file that was lost.
+  std::optional<std::vector<std::string>> ValuesIn(const Place& place);
+  bool MayBeMissing(const Place& place);
   void Check(const ProfileEntry& entry) const;
-  void Note(const std::vector<ProfileEntry>& entries);
-  void Write(const std::vector<ProfileEntry>& entries);
-  void TakeBack(const std::vector<ProfileChange>& changes);
+  ProfileEntry Before(const ProfileChange& change);
+  void Keep(const std::vector<ProfileEntry>& entries);
+  void Put(const ProfileEntry& entry);
+  void Store(const std::vector<ProfileEntry>& entries);
+  void Restore(const ProfileEntry& entry);
+  void EndNote();
   std::string WithoutFolder(const std::string& value) const;
   std::string WithFolder(const std::string& value) const;
-  std::string JournalPath() const { return folder_ + "/.applying.toml"; }
+  /// The station as it was before the changes that are being made.
+  std::string NotePath() const { return folder_ + "/.applying.toml"; }
+  static std::string KeptPath(const std::string& path);
 
   Files& files_;
   SettingsStores& stores_;

@@ -81,8 +81,9 @@ class StopNotifier {
   QSocketNotifier notifier_;
 };
 
-/// A start may come upon a station half made of a text: the power failed while it was applied. What
-/// cannot be finished is given up, or a later start would write it over what was set since.
+/// A start may come upon a station half made of a text: the power failed while it was applied. That
+/// is taken back; what cannot be is given up, or a later start would write it over what was set
+/// since.
 template <typename Machine>
 void FinishApplying(Machine& machine, Station& station) {
   StationProfile profile(machine.files, machine.stores, machine.folder);

@@ -54,19 +54,21 @@ void DumpStation(StationFolder& station) {
 }
 
 void ApplyToStation(StationFolder& station, const std::string& file, ApplyHow how) {
+  StationProfile profile(station.files(), station.stores(), station.path());
   std::vector<ProfileChange> changes;
   const auto apply = [&] {
     const StationAlone alone(station);
-    StationProfile profile(station.files(), station.stores(), station.path());
     profile.Finish();
     changes = profile.ChangesBy(station.files().ReadAll(file));
     if (how == ApplyHow::kDo) profile.Make(changes);
   };
-  if (how == ApplyHow::kCheck) {
-    apply();
-  } else {
-    station.RunLogged(fmt::format("{} was not applied, nothing was changed", file), apply);
-  }
+  const auto refusal = [&] {
+    return fmt::format("{} was not applied, {}", file,
+                       profile.IsUnfinished() ? "what was changed is taken back at the next start "
+                                                "of the station, dump or apply"
+                                              : "nothing was changed");
+  };
+  how == ApplyHow::kCheck ? apply() : station.RunLogged(refusal, apply);
   for (const auto& change : changes) Print(change);
   fmt::print("{} {}\n", changes.size(), how == ApplyHow::kDo ? "changed" : "would change");
   if (how == ApplyHow::kDo && !changes.empty())

@@ -25,14 +25,14 @@ class StationFolder {
   SettingsStores& stores() { return stores_; }
   /// One line in the station's log. What was done is done, whether or not the log can be written.
   void Log(const std::string& text);
-  /// Runs `step`. Its failure is logged, and thrown on, behind `refusal`.
-  template <typename Step>
-  void RunLogged(const std::string& refusal, Step&& step) {
+  /// Runs `step`. Its failure is logged, and thrown on, behind what `refusal` says then.
+  template <typename Refusal, typename Step>
+  void RunLogged(Refusal&& refusal, Step&& step) {
     try {
       step();
     } catch (const std::exception& error) {
       const auto failure = AsFailure(error);
-      const auto text = fmt::format("{}: {}", refusal, failure.text());
+      const auto text = fmt::format("{}: {}", refusal(), failure.text());
       Log(text);
       throw Failure(failure.number(), text);
     }

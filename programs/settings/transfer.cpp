@@ -57,17 +57,19 @@ RegistryImport TakeFile(StationFolder& station, const std::string& file) {
 
 void ExportSettings(StationFolder& station, const std::string& file) {
   std::vector<StoredValue> values;
-  station.RunLogged(fmt::format("Export to {} failed", file), [&] {
-    values = station.OpenStore()->List(kFamilyTree);
-    station.files().WriteAll(
-        file, std::string(kUtf16Mark) + Convert(FormatRegistryText(values), "UTF-8", "UTF-16LE"));
-  });
+  station.RunLogged([&] { return fmt::format("Export to {} failed", file); },
+                    [&] {
+                      values = station.OpenStore()->List(kFamilyTree);
+                      station.files().WriteAll(
+                          file, std::string(kUtf16Mark) +
+                                    Convert(FormatRegistryText(values), "UTF-8", "UTF-16LE"));
+                    });
   fmt::print("{} values saved to {}\n", values.size(), file);
 }
 
 void ImportSettings(StationFolder& station, const std::string& file) {
   RegistryImport import;
-  station.RunLogged(fmt::format("Import of {} refused, nothing was changed", file),
+  station.RunLogged([&] { return fmt::format("Import of {} refused, nothing was changed", file); },
                     [&] { import = TakeFile(station, file); });
   for (const auto& leftOut : import.leftOut) {
     fmt::print(stderr, "Import left out {}\n", Printable(leftOut));

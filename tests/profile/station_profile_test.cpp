@@ -11,6 +11,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
+struct FaultyStores : SettingsStores {
+  SqliteSettingsStores real;
+  std::function<void()> onOpen = [] {};
+
+  explicit FaultyStores(const std::string& path) : real(path) {}
+  std::unique_ptr<SettingsStore> Open() override {
+    onOpen();
+    return real.Open();
+  }
+};
+
 /// The folder of a station that does not run.
 struct StationOnDisk {
   TemporaryFolder folder;
@@ -18,7 +29,7 @@ struct StationOnDisk {
   VirtualClock clock{kNoon};
   LinuxFiles realFiles{clock};
   FaultyFiles files{realFiles};
-  SqliteSettingsStores stores{path + "/KvRegistry.db"};
+  FaultyStores stores{path + "/KvRegistry.db"};
 
   StationOnDisk() { fs::create_directory(path); }
   std::string Dump() { return StationProfile(files, stores, path).Dump(); }
@@ -65,8 +76,11 @@ TEST(StationProfile, WhatIsNotNamedStaysAndWhatIsWrongIsRefusedWithItsLine) {
   for (const auto& [text, why] : {
            std::pair{"[settings]\nUdpPort = \"0\"", "line 2: UdpPort cannot be \"0\""},
            {"[settings]\nUdpPort = 9510", "line 2: a value is a text"},
-           {"[settings]\n\nColour = \"red\"", "line 3: There is no text settings.Colour"},
-           {"[rules]\ndiscard = \"A*\"", "line 2: There is no text rules.discard"},
+           {"[settings]\n\nColour = \"red\"", "line 3: There is no settings.Colour."},
+           {"[rules]\ndiscard = \"A*\"", "line 2: rules.discard must be a list"},
+           {"[settings]\nCWIDText = []", "line 2: settings.CWIDText must be one text"},
+           {"[rules]\nComBaud = \"1\"",
+            "line 2: There is no rules.ComBaud. ComBaud belongs under [settings]."},
            {"[rules]\ndiscard = [\"A*\\nB*\"]", "line 2: the text has a character"},
            {"[settings]\nCWIDText = { hex = \"0\" }", "line 2: two hexadecimal digits"},
            {"[settings]\nCWIDText = \"A\"\nCWIDText = \"B\"", "line 3: "},
@@ -84,35 +98,46 @@ TEST(StationProfile, WhatIsNotNamedStaysAndWhatIsWrongIsRefusedWithItsLine) {
   EXPECT_EQ(station.files.ReadAll(station.path + "/RtList0.txt"), "TOR*\r\n");
 }
 
-/// Every change of the file system but the one of the settings, which are stored together.
+enum class Fault { kOnce, kDiskFull, kPower };
+
 TEST(StationProfile, AFailureOrThePowerInTheMidstLeavesTheOldOrTheNewStationWhole) {
   const std::string text =
       "[settings]\nCWIDText = \"NEW\"\n[rules]\npriority1 = [\"NEW*\"]\npriority3 = [\"ALSO*\"]\n"
       "[schedule]\nentries = [\"08:00 /a /b\"]\n[ports]\nCOM1 = \"/dev/new\"\n";
-  for (const bool isPower : {false, true}) {
-    int outcomes[2] = {};
-    for (int last = 0;; ++last) {
+  for (const auto fault : {Fault::kOnce, Fault::kDiskFull, Fault::kPower}) {
+    for (int last = 0, failures = 0;; ++last) {
       StationOnDisk station;
       station.Lay("RtList0.txt", "OLD*\r\n");
       station.Store("CWIDText", "OLD");
       const auto before = station.Dump();
-      int changes = 0;
-      station.files.writeFault = station.files.deleteFault = [&](const std::string&) {
-        ++changes;
-        if (isPower ? changes > last : changes == last + 1) throw Failure(61, "Disk full");
+      int steps = 0;
+      const auto fails = [&](bool needsRoom) {
+        ++steps;
+        const bool isHit = fault == Fault::kOnce ? steps == last + 1 : steps > last;
+        if (isHit && (needsRoom || fault != Fault::kDiskFull)) throw Failure(61, "Disk full");
       };
+      station.files.writeFault = station.files.linkFault = [&](auto&) { fails(true); };
+      station.files.deleteFault = station.files.renameFault = [&](auto&) { fails(false); };
+      station.stores.onOpen = [&] { fails(true); };
       const bool isDone = TryStep([&] { station.Apply(text); });
-      station.files.writeFault = station.files.deleteFault = {};
-      StationProfile(station.files, station.stores, station.path).Finish();
+      station.files.writeFault = station.files.linkFault = {};
+      station.files.deleteFault = station.files.renameFault = {};
+      station.stores.onOpen = [] {};
+      StationProfile profile(station.files, station.stores, station.path);
+      const bool isTakenBack = !isDone && !profile.IsUnfinished();
+      EXPECT_TRUE(isDone || isTakenBack || fault != Fault::kDiskFull) << last;
+      EXPECT_TRUE(!isTakenBack || station.Dump() == before) << last;
+      profile.Finish();
       const auto after = station.Dump();
-      ++outcomes[after == before ? 0 : 1];
       station.Apply(text);
-      EXPECT_TRUE(after == before || after == station.Dump()) << last << after;
-      EXPECT_FALSE(fs::exists(station.path + "/.applying.toml"));
-      if (isDone) break;
+      EXPECT_EQ(after, isDone ? station.Dump() : before) << last;
+      EXPECT_FALSE(profile.IsUnfinished());
+      failures += isDone ? 0 : 1;
+      if (steps <= last) {
+        EXPECT_GE(failures, 7);
+        break;
+      }
     }
-    EXPECT_GE(outcomes[0], 1);
-    EXPECT_EQ(outcomes[1], isPower ? 5 : 1);
   }
 }
 
