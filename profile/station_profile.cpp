@@ -1,6 +1,7 @@
 #include "profile/station_profile.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fmt/format.h>
 
 #include "base/failure.h"
@@ -15,12 +16,25 @@ namespace {
 
 constexpr std::string_view kFolder = "FOLDER";
 constexpr const char* kRules = "rules";
+constexpr const char* kSchedule = "schedule";
 constexpr const char* kHeading =
     "# An Ostrel station. \"ostrel-settings apply\" makes it of this text; what the text does not\n"
     "# name stays as it is. FOLDER stands for the station's folder.\n";
 
 [[noreturn]] void Refuse(const std::string& why) {
   throw Failure(failure_number::kTypeMismatch, why);
+}
+
+/// A line of the schedule, `map` done to both of its paths.
+template <typename Map>
+std::string WithPaths(std::string line, const Map& map) {
+  constexpr std::size_t kPathsColumn = 6;
+  const auto source = std::min(line.find_first_not_of(' '), line.size()) + kPathsColumn;
+  if (source >= line.size()) return line;
+  const auto blank = std::min(line.find(' ', source), line.size());
+  const auto destination = std::min(line.find_first_not_of(' ', blank), line.size());
+  return line.substr(0, source) + map(line.substr(source, blank - source)) +
+         line.substr(blank, destination - blank) + map(line.substr(destination));
 }
 
 std::string RuleKey(std::size_t list) {
@@ -36,7 +50,7 @@ StationProfile::StationProfile(Files& files, SettingsStores& stores, std::string
     : files_(files), stores_(stores), folder_(std::move(folder)), settings_(folder_) {
   AddSettings();
   AddRules();
-  places_.push_back({.entry = {.table = "schedule",
+  places_.push_back({.entry = {.table = kSchedule,
                                .key = "entries",
                                .isList = true,
                                .comment = "RtSched.txt: hh:mm, source, destination."},
@@ -102,11 +116,14 @@ std::optional<ProfileEntry> StationProfile::Read(const Place& place, SettingsSto
 }
 
 std::optional<std::vector<std::string>> StationProfile::ValuesIn(const Place& place) {
-  if (!place.entry.isList) return std::vector{LinkedDevice(place.path)};
+  if (!place.entry.isList) return std::vector{DeviceOf(LinkedDevice(place.path))};
   std::vector<std::string> lines;
+  const auto withoutFolder = [this](const std::string& path) { return WithoutAnyFolder(path); };
   if (files_.Exists(place.path)) {
-    ForEachLine(files_.ReadAll(place.path),
-                [&](std::string_view line) { lines.emplace_back(line); });
+    ForEachLine(files_.ReadAll(place.path), [&](std::string_view text) {
+      const std::string line(text);
+      lines.push_back(place.entry.table == kSchedule ? WithPaths(line, withoutFolder) : line);
+    });
   } else if (!MayBeMissing(place)) {
     return std::nullopt;
   }
@@ -144,12 +161,14 @@ void StationProfile::Check(const ProfileEntry& entry) const {
 }
 
 std::vector<ProfileChange> StationProfile::ChangesBy(std::string_view text) {
-  const auto entries = ParseProfile(text);
+  auto entries = ParseProfile(text);
   const auto store = OpenAtRoot(stores_);
   std::vector<ProfileChange> changes;
-  for (const auto& entry : entries) {
+  for (auto& entry : entries) {
     Check(entry);
-    auto present = Read(PlaceOf(entry), *store);
+    const auto& place = PlaceOf(entry);
+    if (place.row == nullptr && !entry.isList) entry.values = {DeviceOf(entry.values.front())};
+    auto present = Read(place, *store);
     if (!present || present->values != entry.values) changes.push_back({std::move(present), entry});
   }
   return changes;
@@ -197,9 +216,11 @@ void StationProfile::Keep(const std::vector<ProfileEntry>& entries) {
 void StationProfile::Put(const ProfileEntry& entry) {
   const auto& place = PlaceOf(entry);
   if (place.row != nullptr) return;
-  if (!entry.isList) return LinkDevice(place.path, entry.values.front());
+  if (!entry.isList) return LinkDevice(place.path, LinkTo(entry.values.front()));
   std::string content;
-  for (const auto& line : entry.values) content.append(line).append(kLineEnd);
+  const auto withFolder = [this](const std::string& path) { return WithFolder(path); };
+  for (const auto& line : entry.values)
+    content.append(entry.table == kSchedule ? WithPaths(line, withFolder) : line).append(kLineEnd);
   files_.WriteAll(place.path, content);
 }
 
@@ -257,6 +278,26 @@ std::string StationProfile::KeptPath(const std::string& path) {
 std::string StationProfile::WithoutFolder(const std::string& value) const {
   if (!value.starts_with(folder_ + "/")) return value;
   return std::string(kFolder) + value.substr(folder_.size());
+}
+
+/// The station finds what the schedule names whatever its case.
+std::string StationProfile::WithoutAnyFolder(const std::string& path) const {
+  const auto size = std::min(folder_.size(), path.size());
+  const bool isInside = files_.ActualPath(path.substr(0, size)) == folder_;
+  return isInside ? WithoutFolder(folder_ + path.substr(size)) : path;
+}
+
+/// The device to which a link in the folder of ports leads.
+std::string StationProfile::DeviceOf(const std::string& link) const {
+  if (link.empty()) return link;
+  const auto ports = std::filesystem::path(PortLink(folder_, 1)).parent_path();
+  return WithoutFolder((ports / WithFolder(link)).lexically_normal().string());
+}
+
+/// A link to what lies in the station's folder goes with it when it is moved.
+std::string StationProfile::LinkTo(const std::string& device) const {
+  const bool isInside = WithFolder(device) != device;
+  return isInside ? ".." + device.substr(kFolder.size()) : device;
 }
 
 std::string StationProfile::WithFolder(const std::string& value) const {

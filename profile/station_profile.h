@@ -66,7 +66,10 @@ class StationProfile {
   void Restore(const ProfileEntry& entry);
   void EndNote();
   std::string WithoutFolder(const std::string& value) const;
+  std::string WithoutAnyFolder(const std::string& path) const;
   std::string WithFolder(const std::string& value) const;
+  std::string DeviceOf(const std::string& link) const;
+  std::string LinkTo(const std::string& device) const;
   /// The station as it was before the changes that are being made.
   std::string NotePath() const { return folder_ + "/.applying.toml"; }
   static std::string KeptPath(const std::string& path);

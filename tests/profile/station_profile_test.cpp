@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
+#include "base/text.h"
 #include "tests/support/virtual_station.h"
 
 namespace ostrel {
@@ -52,11 +53,17 @@ TEST(StationProfile, DumpedAppliedAndDumpedIsTheSameBytesAndAnotherFolderTheSame
   one.Store("FillFile", "/srv/\xFF\n.txt");
   one.Lay("RtList0.txt", "TOR*\n  blanks \r\n\xE9*\r\n");
   one.Lay("RtList12.txt", "TOR* | C=2\r\n");
-  one.Lay("RtSched.txt", "08:00 /a /b\r\n");
+  const auto schedule = [](const std::string& folder, const std::string& station) {
+    return "08:00 /a /b\r\n 09:00 " + folder + "/a  " + station + "/KvData/a b\r\n";
+  };
+  one.Lay("RtSched.txt", schedule(ToUpper(one.path), one.path));
   fs::create_directory(one.path + "/ports");
+  fs::create_symlink("../line", one.path + "/ports/COM2");
+  fs::create_symlink(one.path + "/line", one.path + "/ports/COM4");
   fs::create_symlink("/dev/serial/by-id/usb", one.path + "/ports/COM1");
   const auto text = one.Dump();
   EXPECT_NE(text.find("\nIngestPath = \"FOLDER/in\"\n"), std::string::npos);
+  EXPECT_NE(text.find("\" 09:00 FOLDER/a  FOLDER/KvData/a b\""), std::string::npos);
   EXPECT_NE(text.find("# Minutes between two identifications"), std::string::npos);
   EXPECT_EQ(text.find("priority2 ="), std::string::npos) << "a lost list is not an empty one";
   EXPECT_TRUE(StationProfile(one.files, one.stores, one.path).ChangesBy(text).empty());
@@ -66,6 +73,8 @@ TEST(StationProfile, DumpedAppliedAndDumpedIsTheSameBytesAndAnotherFolderTheSame
   other.Apply(text);
   EXPECT_EQ(other.Dump(), text);
   EXPECT_FALSE(fs::is_symlink(other.path + "/ports/COM3"));
+  EXPECT_EQ(fs::read_symlink(other.path + "/ports/COM4"), "../line");
+  EXPECT_EQ(other.files.ReadAll(other.path + "/RtSched.txt"), schedule(other.path, other.path));
   EXPECT_EQ(other.files.ReadAll(other.path + "/RtList0.txt"), "TOR*\r\n  blanks \r\n\xE9*\r\n");
 }
 
