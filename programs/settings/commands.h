@@ -25,7 +25,7 @@ void DumpStation(StationFolder& station);
 /// What Apply does with the text that it is given.
 enum class ApplyHow { kDo, kCheck };
 /// Makes the station that the text in `file` names, all of it or nothing, and prints each change;
-/// or prints what it would change. Refused while the station runs.
+/// which is refused while the station runs; or prints what it would change.
 void ApplyToStation(StationFolder& station, const std::string& file, ApplyHow how);
 
 /// The serial devices by their lasting names, and which of COM1 to COM8 each is.

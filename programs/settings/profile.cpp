@@ -37,30 +37,40 @@ void Print(const ProfileChange& change) {
   if (!change.to.isList)
     return fmt::print("{}: \"{}\" becomes \"{}\"\n", change.to.Name(), Printable(before.front()),
                       Printable(now.front()));
+  if (std::is_permutation(before.begin(), before.end(), now.begin(), now.end()))
+    return fmt::print("{}: the order of its {} lines changes\n", change.to.Name(), now.size());
   fmt::print("{}: {} lines become {}\n", change.to.Name(), before.size(), now.size());
   PrintLines('-', before, now);
   PrintLines('+', now, before);
+}
+
+/// A station that runs has nothing of the kind.
+void FinishEarlier(StationFolder& station, StationProfile& profile) {
+  if (!profile.IsUnfinished()) return;
+  const StationAlone alone(station);
+  profile.Finish();
 }
 
 }  // namespace
 
 void DumpStation(StationFolder& station) {
   StationProfile profile(station.files(), station.stores(), station.path());
-  if (profile.IsUnfinished()) {
-    const StationAlone alone(station);
-    profile.Finish();
-  }
+  FinishEarlier(station, profile);
   fmt::print("{}", profile.Dump());
 }
 
 void ApplyToStation(StationFolder& station, const std::string& file, ApplyHow how) {
   StationProfile profile(station.files(), station.stores(), station.path());
   std::vector<ProfileChange> changes;
+  const auto look = [&] {
+    FinishEarlier(station, profile);
+    changes = profile.ChangesBy(station.files().ReadAll(file));
+  };
   const auto apply = [&] {
     const StationAlone alone(station);
     profile.Finish();
-    changes = profile.ChangesBy(station.files().ReadAll(file));
-    if (how == ApplyHow::kDo) profile.Make(changes);
+    look();
+    profile.Make(changes);
   };
   const auto refusal = [&] {
     return fmt::format("{} was not applied, {}", file,
@@ -68,7 +78,7 @@ void ApplyToStation(StationFolder& station, const std::string& file, ApplyHow ho
                                                 "of the station, dump or apply"
                                               : "nothing was changed");
   };
-  how == ApplyHow::kCheck ? apply() : station.RunLogged(refusal, apply);
+  how == ApplyHow::kCheck ? look() : station.RunLogged(refusal, apply);
   for (const auto& change : changes) Print(change);
   fmt::print("{} {}\n", changes.size(), how == ApplyHow::kDo ? "changed" : "would change");
   if (how == ApplyHow::kDo && !changes.empty())
