@@ -27,6 +27,19 @@ std::string JoinMorseTable(std::string_view file) {
   return joined;
 }
 
+bool IsMorseLine(std::string_view line) {
+  const auto sign = FirstCharacter(line);
+  if (!sign) return false;
+  const auto code = TrimBlanks(line.substr(sign->size, kCodeColumns));
+  return !code.empty() && code.find_first_not_of(".-") == std::string_view::npos;
+}
+
+bool IsFilledUp(std::string_view line) {
+  constexpr std::size_t kEndOfLine = 2;
+  const auto sign = FirstCharacter(line);
+  return sign && line.size() - sign->size + kEndOfLine >= kCodeColumns;
+}
+
 std::string MorseElements(std::string_view text, std::string_view joinedTable) {
   using namespace morse_symbol;
   std::string elements{kWordGap, kCharacterGap};

@@ -19,6 +19,11 @@ inline constexpr char kWordGap = '#';
 /// The lines of the table file as one string, a line feed and a carriage return in front of each.
 std::string JoinMorseTable(std::string_view file);
 
+/// True for a line of the table that codes a sign.
+bool IsMorseLine(std::string_view line);
+/// False for one that ends so early that the next one's code would be read as its own.
+bool IsFilledUp(std::string_view line);
+
 /// The sequence for `text` (UTF-8, already in upper case): a word gap and a character gap, each
 /// character's code and a character gap, a word gap for each blank and at the end. In the table, a
 /// line's first column is the character and the next six its code; the first line of a character

@@ -46,6 +46,10 @@ ScheduleEntry ParseScheduleEntry(std::string_view line) {
   return entry;
 }
 
+bool IsScheduleEntry(std::string_view line) {
+  return line.find(' ') == kTimeLength && ParseScheduleEntry(line).time;
+}
+
 void Schedule::ProcessSchedule() {
   // The list can be edited from inside a wait of a copy, so it is walked by position.
   for (std::size_t i = 0; i < parts_.setup.lstSchedule.size(); ++i) {

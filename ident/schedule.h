@@ -25,6 +25,8 @@ struct ScheduleEntry {
   std::string destination;
 };
 ScheduleEntry ParseScheduleEntry(std::string_view line);
+/// True for a line that the operator can enter: it begins with a time and a blank.
+bool IsScheduleEntry(std::string_view line);
 
 class Schedule {
  public:

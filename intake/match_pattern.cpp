@@ -81,4 +81,14 @@ bool MatchPattern(std::string_view text, std::string_view pattern) {
   return pattern.find_first_not_of('*', p) == kNone;
 }
 
+bool IsPattern(std::string_view pattern) {
+  for (auto open = pattern.find('['); open != std::string_view::npos; open = pattern.find('[')) {
+    pattern.remove_prefix(open);
+    const auto bracket = MatchBracket(0, pattern);
+    if (!bracket) return false;
+    pattern.remove_prefix(bracket->length);
+  }
+  return true;
+}
+
 }  // namespace ostrel

@@ -10,5 +10,7 @@ namespace ostrel {
 /// in it, anything else itself. A malformed pattern (an open bracket, a falling range) matches
 /// nothing. Needs no memory; time is at worst the product of the two lengths.
 bool MatchPattern(std::string_view text, std::string_view pattern);
+/// False for a malformed one.
+bool IsPattern(std::string_view pattern);
 
 }  // namespace ostrel

@@ -35,7 +35,9 @@ std::optional<Message> RuleLists::AddKeyword(std::size_t index) {
   if (entryField.Get().empty()) return std::nullopt;
   const auto keyword = ToUpper(entryField.Get());
   entryField.Set(keyword);
-  if (auto refusal = Refusal(index, keyword)) return refusal;
+  auto refusal = KeywordRefusal(keyword);
+  if (!refusal && index != kCopiesList) refusal = DuplicateOf(keyword);
+  if (refusal) return refusal;
   isKnown_[index] = true;
   const auto copies = TrimBlanks(parts_.setup.lblCopies.Get());
   parts_.setup.SetupPriList[index].Append(
@@ -44,7 +46,7 @@ std::optional<Message> RuleLists::AddKeyword(std::size_t index) {
   return std::nullopt;
 }
 
-std::optional<Message> RuleLists::Refusal(std::size_t index, const std::string& keyword) const {
+std::optional<Message> KeywordRefusal(const std::string& keyword) {
   constexpr auto kTooLittle = "Not enough information...";
   if (CountOf(keyword, '?', '?') + 2 > keyword.size()) {
     return Exclamation(kTooLittle,
@@ -60,7 +62,7 @@ std::optional<Message> RuleLists::Refusal(std::size_t index, const std::string& 
     return Exclamation("Incorrect format ...",
                        "A keyword cannot contain two period characters. Try again.");
   }
-  return index == kCopiesList ? std::nullopt : DuplicateOf(keyword);
+  return std::nullopt;
 }
 
 std::optional<Message> RuleLists::DuplicateOf(const std::string& keyword) const {

@@ -18,6 +18,9 @@ namespace ostrel {
 /// What the list files are to hold, by list index; nothing for a list that is not known.
 using RuleTexts = std::array<std::optional<std::string>, kRuleListCount>;
 
+/// What to tell the operator of a keyword, in upper case, that says too little or is none.
+std::optional<Message> KeywordRefusal(const std::string& keyword);
+
 class RuleLists {
  public:
   struct Parts {
@@ -50,7 +53,6 @@ class RuleLists {
   std::vector<std::string> SaveRuleLists(const RuleTexts& texts);
 
  private:
-  std::optional<Message> Refusal(std::size_t index, const std::string& keyword) const;
   std::optional<Message> DuplicateOf(const std::string& keyword) const;
   bool AnyFileExists() const;
   std::string ReadFile(const std::string& path) const;

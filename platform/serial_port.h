@@ -9,6 +9,8 @@
 
 namespace ostrel {
 
+inline constexpr int kPortCount = 8;  // they are numbered from 1
+
 /// What happens to an open port of its own accord.
 enum class PortEvent {
   kVanished,   // the device is gone, or sends nothing of what it took

@@ -3,9 +3,9 @@
 
 #include <string>
 
-namespace ostrel {
+#include "platform/serial_port.h"
 
-inline constexpr int kPortCount = 8;
+namespace ostrel {
 
 /// The link that makes a device port `number` of the station in `folder`.
 std::string PortLink(const std::string& folder, int number);

@@ -83,7 +83,10 @@ ProfileEntry EntryOf(std::string_view table, std::string_view key, const toml::n
     entry.values.push_back(ValueOf(at, kNul));
     return entry;
   }
-  for (const auto& value : *at.as_array()) entry.values.push_back(ValueOf(value, kLineEnd));
+  for (const auto& value : *at.as_array()) {
+    entry.values.push_back(ValueOf(value, kLineEnd));
+    entry.lines.push_back(static_cast<int>(value.source().begin.line));
+  }
   return entry;
 }
 

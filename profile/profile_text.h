@@ -2,6 +2,7 @@
 // keys mean nor where their values live.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,9 +16,16 @@ struct ProfileEntry {
   bool isList = false;
   std::vector<std::string> values = {};  // exactly one where it is no list
   std::string comment = {};
-  int line = 0;  // where it was read
+  int line = 0;                 // where it was read
+  std::vector<int> lines = {};  // where each value was
 
   std::string Name() const { return table + "." + key; }
+};
+
+/// A key whose value becomes another one.
+struct ProfileChange {
+  std::optional<ProfileEntry> from;  // nothing where a file was missing
+  ProfileEntry to;
 };
 
 /// The entries in their order, a heading where the table changes.

@@ -8,6 +8,8 @@
 #include "base/names.h"
 #include "base/reporting.h"
 #include "base/text.h"
+#include "ident/schedule.h"
+#include "profile/line_checks.h"
 #include "profile/port_links.h"
 
 namespace ostrel {
@@ -17,12 +19,24 @@ namespace {
 constexpr std::string_view kFolder = "FOLDER";
 constexpr const char* kRules = "rules";
 constexpr const char* kSchedule = "schedule";
+constexpr const char* kPorts = "ports";
+constexpr const char* kMorse = "morse";
 constexpr const char* kHeading =
     "# An Ostrel station. \"ostrel-settings apply\" makes it of this text; what the text does not\n"
     "# name stays as it is. FOLDER stands for the station's folder.\n";
 
 [[noreturn]] void Refuse(const std::string& why) {
   throw Failure(failure_number::kTypeMismatch, why);
+}
+
+/// A failure of `check` names the line.
+template <typename CheckIt>
+void AtLine(int line, const CheckIt& check) {
+  try {
+    check();
+  } catch (const Failure& failure) {
+    throw Failure(failure.number(), fmt::format("line {}: {}", line, failure.text()));
+  }
 }
 
 /// A line of the schedule, `map` done to both of its paths.
@@ -56,7 +70,7 @@ StationProfile::StationProfile(Files& files, SettingsStores& stores, std::string
                                .comment = "RtSched.txt: hh:mm, source, destination."},
                      .path = folder_ + "/RtSched.txt",
                      .isEmptyIfMissing = true});
-  places_.push_back({.entry = {.table = "morse",
+  places_.push_back({.entry = {.table = kMorse,
                                .key = "codes",
                                .isList = true,
                                .comment = "RtMorse.txt: a sign and its code."},
@@ -86,7 +100,7 @@ void StationProfile::AddRules() {
 
 void StationProfile::AddPorts() {
   for (int number = 1; number <= kPortCount; ++number)
-    places_.push_back({.entry = {.table = "ports",
+    places_.push_back({.entry = {.table = kPorts,
                                  .key = fmt::format("COM{}", number),
                                  .comment = number == 1 ? "Empty: there is no such port." : ""},
                        .path = PortLink(folder_, number)});
@@ -122,6 +136,7 @@ std::optional<std::vector<std::string>> StationProfile::ValuesIn(const Place& pl
   if (files_.Exists(place.path)) {
     ForEachLine(files_.ReadAll(place.path), [&](std::string_view text) {
       const std::string line(text);
+      if (place.entry.table != kMorse && TrimBlanks(line).empty()) return;  // says nothing there
       lines.push_back(place.entry.table == kSchedule ? WithPaths(line, withoutFolder) : line);
     });
   } else if (!MayBeMissing(place)) {
@@ -148,29 +163,73 @@ const StationProfile::Place& StationProfile::PlaceOf(const ProfileEntry& entry) 
   Refuse(fmt::format("There is no {}.{}", entry.Name(), hint));
 }
 
-void StationProfile::Check(const ProfileEntry& entry) const {
-  try {
-    const auto& place = PlaceOf(entry);
-    if (place.entry.isList != entry.isList)
+void StationProfile::CheckKind(const ProfileEntry& entry) const {
+  AtLine(entry.line, [&] {
+    const bool isList = PlaceOf(entry).entry.isList;
+    if (isList != entry.isList)
       Refuse(fmt::format("{} must be {}.", entry.Name(),
-                         place.entry.isList ? "a list, in [ ]" : "one text, in quotes"));
-    if (place.row != nullptr) CheckSetting(*place.row, WithFolder(entry.values.front()));
-  } catch (const Failure& failure) {
-    throw Failure(failure.number(), fmt::format("line {}: {}", entry.line, failure.text()));
+                         isList ? "a list, in [ ]" : "one text, in quotes"));
+  });
+}
+
+/// Values that the station has already are its own business.
+void StationProfile::Check(const std::vector<ProfileChange>& changes) {
+  std::vector<ProfileEntry> staying;
+  for (const auto& place : places_) {
+    const bool changesToo = std::any_of(changes.begin(), changes.end(), [&](const auto& change) {
+      return change.to.Name() == place.entry.Name();
+    });
+    if (place.entry.table != kRules || changesToo) continue;
+    staying.push_back(place.entry);
+    staying.back().values = ValuesIn(place).value_or(std::vector<std::string>());
   }
+  for (const auto& change : changes) {
+    const auto& value = change.to.values;
+    if (const auto* const row = PlaceOf(change.to).row)
+      AtLine(change.to.line, [&] { CheckSetting(*row, WithFolder(value.front())); });
+  }
+  const auto faults = FaultsOf(changes, staying);
+  if (!faults.empty()) Refuse(fmt::format("{}", fmt::join(faults, " ")));
+}
+
+std::vector<std::string> StationProfile::DoubtsAbout(
+    const std::vector<ProfileChange>& changes) const {
+  auto doubts = DoubtsOf(changes);
+  for (const auto& change : changes) {
+    const auto& to = change.to;
+    const bool isDevice = to.table == kPorts && !to.values.front().empty();
+    if (isDevice && !files_.Exists(WithFolder(to.values.front())))
+      doubts.push_back(fmt::format("line {}: {} is not there now.", to.line, to.values.front()));
+    for (std::size_t i = 0; to.table == kSchedule && i < to.values.size(); ++i) {
+      const auto source = ParseScheduleEntry(TrimBlanks(to.values[i])).source;
+      if (WithFolder(source).find(' ') != std::string::npos)
+        doubts.push_back(
+            fmt::format("line {}: a source cannot hold a blank, and this station's "
+                        "folder does.",
+                        to.lines[i]));
+    }
+  }
+  return doubts;
 }
 
 std::vector<ProfileChange> StationProfile::ChangesBy(std::string_view text) {
   auto entries = ParseProfile(text);
   const auto store = OpenAtRoot(stores_);
+  // Where a new station gets rules, a list without a file would count as lost.
+  const bool getsRules = std::any_of(entries.begin(), entries.end(), [](const auto& entry) {
+    return entry.table == kRules && !entry.values.empty();
+  });
   std::vector<ProfileChange> changes;
   for (auto& entry : entries) {
-    Check(entry);
+    CheckKind(entry);
     const auto& place = PlaceOf(entry);
-    if (place.row == nullptr && !entry.isList) entry.values = {DeviceOf(entry.values.front())};
+    if (entry.table == kPorts) entry.values = {DeviceOf(entry.values.front())};
     auto present = Read(place, *store);
-    if (!present || present->values != entry.values) changes.push_back({std::move(present), entry});
+    const bool isLaid = entry.table == kRules && getsRules && !files_.Exists(place.path);
+    if (isLaid || !present || present->values != entry.values)
+      changes.push_back({std::move(present), entry});
   }
+  Check(changes);
   return changes;
 }
 

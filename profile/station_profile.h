@@ -14,12 +14,6 @@
 
 namespace ostrel {
 
-/// A key whose value becomes another one.
-struct ProfileChange {
-  std::optional<ProfileEntry> from;  // nothing where a file was missing
-  ProfileEntry to;
-};
-
 class StationProfile {
  public:
   /// `folder` is the station's, without a separator at its end.
@@ -31,6 +25,8 @@ class StationProfile {
   /// What `text` would change. What it does not name stays. Throws Failure, with the line, for a
   /// text that the station could not use.
   std::vector<ProfileChange> ChangesBy(std::string_view text);
+  /// What is strange about them, each with its line: a device that is not there, say.
+  std::vector<std::string> DoubtsAbout(const std::vector<ProfileChange>& changes) const;
   /// Makes these changes, all or none. After a failure the station is the one before, unless it
   /// IsUnfinished: it is once Finish has run. So it is after a power failure in the midst.
   void Make(const std::vector<ProfileChange>& changes);
@@ -58,7 +54,8 @@ class StationProfile {
   /// Of a list or a link; nothing for a file that was lost.
   std::optional<std::vector<std::string>> ValuesIn(const Place& place);
   bool MayBeMissing(const Place& place);
-  void Check(const ProfileEntry& entry) const;
+  void CheckKind(const ProfileEntry& entry) const;
+  void Check(const std::vector<ProfileChange>& changes);
   ProfileEntry Before(const ProfileChange& change);
   void Keep(const std::vector<ProfileEntry>& entries);
   void Put(const ProfileEntry& entry);

@@ -9,6 +9,8 @@
 #include "base/numbers.h"
 #include "base/priority.h"
 #include "platform/datagrams.h"
+#include "platform/line_time.h"
+#include "platform/serial_port.h"
 #include "state/ingest_folder.h"
 
 namespace ostrel {
@@ -81,6 +83,26 @@ SettingRow DaysRow(std::string key, std::string meaning, int& days, std::string 
       }};
 }
 
+/// A part of the port's settings: what the port takes, as the others usually are.
+SettingRow LineRow(std::string key, std::string meaning, Field<std::string>& field,
+                   const char* settings) {
+  auto row = Row(std::move(key), std::move(meaning), Section::kSettings, field);
+  row.check = [settings](const std::string& text) {
+    ParseLineSettings(fmt::format(fmt::runtime(settings), text));
+  };
+  return row;
+}
+
+SettingRow PortRow(std::string key, std::string meaning, Field<std::string>& field) {
+  auto row = Row(std::move(key), std::move(meaning), Section::kSettings, field);
+  row.check = [](const std::string& text) {
+    const auto port = LeadingInteger(text);
+    if (port < 1 || port > kPortCount)
+      throw Failure(failure_number::kInvalidArgument, "It is a number from 1 to 8");
+  };
+  return row;
+}
+
 }  // namespace
 
 std::string KeyPath(Section section) {
@@ -118,11 +140,11 @@ std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& value
       Row("CWIDTime", "Minutes between two identifications. 0: none by itself.", kOwn,
           setup.IDTime),
       Row("CWSpeed", "A dot lasts 5 x (33 - factor) ms.", kOwn, setup.CWSpeed),
-      Row("ComPort", "1 to 8: the link COM1 to COM8.", kOwn, setup.lblOutPort),
-      Row("ComBaud", "Bits a second.", kOwn, setup.lblOutBaud),
-      Row("ComData", "8 or 7.", kOwn, setup.lblOutData),
-      Row("ComParity", "N, O or E.", kOwn, setup.lblOutParity),
-      Row("ComStopBit", "1 or 2.", kOwn, setup.lblOutStop),
+      PortRow("ComPort", "1 to 8: the link COM1 to COM8.", setup.lblOutPort),
+      LineRow("ComBaud", "Bits a second.", setup.lblOutBaud, "{},N,8,2"),
+      LineRow("ComData", "8 or 7.", setup.lblOutData, "1200,N,{},2"),
+      LineRow("ComParity", "N, O or E.", setup.lblOutParity, "1200,{},8,2"),
+      LineRow("ComStopBit", "1 or 2.", setup.lblOutStop, "1200,N,8,{}"),
       Row("FillFile", "Sent while nothing waits.", kOwn, setup.Diddle, folder + "/FillFile.txt"),
       Row("FillFilePriPath", "Where the fill file is inserted; its name is the one that is sent.",
           kOwn, setup.NameAs, folder + "/KvData/RtPri10/FillFile.txt"),

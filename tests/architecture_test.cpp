@@ -29,7 +29,7 @@ const std::map<std::string, Names> kArrows = {
     {"engine", {"base", "state", "platform", "intake", "radio", "ident"}},
     {"settings", {"base", "state", "platform"}},
     {"station", kCore},
-    {"profile", {"base", "platform", "settings"}},
+    {"profile", {"base", "platform", "intake", "ident", "settings"}},
     {"seam", {"base", "platform", "state", "station"}},
     {"platform/linux", {"base", "platform"}},
     {"platform/virtual", {"base", "platform"}},

@@ -37,7 +37,7 @@ void Print(const ProfileChange& change) {
   if (!change.to.isList)
     return fmt::print("{}: \"{}\" becomes \"{}\"\n", change.to.Name(), Printable(before.front()),
                       Printable(now.front()));
-  if (std::is_permutation(before.begin(), before.end(), now.begin(), now.end()))
+  if (!now.empty() && std::is_permutation(before.begin(), before.end(), now.begin(), now.end()))
     return fmt::print("{}: the order of its {} lines changes\n", change.to.Name(), now.size());
   fmt::print("{}: {} lines become {}\n", change.to.Name(), before.size(), now.size());
   PrintLines('-', before, now);
@@ -80,6 +80,8 @@ void ApplyToStation(StationFolder& station, const std::string& file, ApplyHow ho
   };
   how == ApplyHow::kCheck ? look() : station.RunLogged(refusal, apply);
   for (const auto& change : changes) Print(change);
+  for (const auto& doubt : profile.DoubtsAbout(changes))
+    fmt::print(stderr, "Note: {}\n", Printable(doubt));
   fmt::print("{} {}\n", changes.size(), how == ApplyHow::kDo ? "changed" : "would change");
   if (how == ApplyHow::kDo && !changes.empty())
     station.Log(fmt::format("{} applied: {} changed", file, changes.size()));

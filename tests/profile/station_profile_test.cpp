@@ -51,7 +51,8 @@ TEST(StationProfile, DumpedAppliedAndDumpedIsTheSameBytesAndAnotherFolderTheSame
   one.Store("CWIDText", "DE \"W1AW\" \\ \xC3\xA9 ' # [x]");
   one.Store("IngestPath", one.path + "/in");
   one.Store("FillFile", "/srv/\xFF\n.txt");
-  one.Lay("RtList0.txt", "TOR*\n  blanks \r\n\xE9*\r\n");
+  one.Lay("RtList0.txt", "TOR*\n  blanks \r\n\xE9TX*\r\n");
+  one.Lay("RtList3.txt", "");
   one.Lay("RtList12.txt", "TOR* | C=2\r\n");
   const auto schedule = [](const std::string& folder, const std::string& station) {
     return "08:00 /a /b\r\n 09:00 " + folder + "/a  " + station + "/KvData/a b\r\n";
@@ -75,7 +76,7 @@ TEST(StationProfile, DumpedAppliedAndDumpedIsTheSameBytesAndAnotherFolderTheSame
   EXPECT_FALSE(fs::is_symlink(other.path + "/ports/COM3"));
   EXPECT_EQ(fs::read_symlink(other.path + "/ports/COM4"), "../line");
   EXPECT_EQ(other.files.ReadAll(other.path + "/RtSched.txt"), schedule(other.path, other.path));
-  EXPECT_EQ(other.files.ReadAll(other.path + "/RtList0.txt"), "TOR*\r\n  blanks \r\n\xE9*\r\n");
+  EXPECT_EQ(other.files.ReadAll(other.path + "/RtList0.txt"), "TOR*\r\n  blanks \r\n\xE9TX*\r\n");
 }
 
 TEST(StationProfile, WhatIsNotNamedStaysAndWhatIsWrongIsRefusedWithItsLine) {
@@ -93,6 +94,15 @@ TEST(StationProfile, WhatIsNotNamedStaysAndWhatIsWrongIsRefusedWithItsLine) {
            {"[rules]\ndiscard = [\"A*\\nB*\"]", "line 2: the text has a character"},
            {"[settings]\nCWIDText = { hex = \"0\" }", "line 2: two hexadecimal digits"},
            {"[settings]\nCWIDText = \"A\"\nCWIDText = \"B\"", "line 3: "},
+           {"[settings]\nComBaud = \"0\"", "line 2: ComBaud cannot be \"0\""},
+           {"[settings]\nComPort = \"12\"", "line 2: ComPort cannot be \"12\""},
+           {"[settings]\nComStopBit = \"9\"", "line 2: ComStopBit cannot be \"9\""},
+           {"[rules]\ndiscard = [\n\"AB*\",\n\"x\"]", "line 4: \"x\": You have entered too many"},
+           {"[rules]\ndiscard = [\"\"]", "line 2: \"\": You have entered too many"},
+           {"[rules]\ndiscard = [\"tor*\"]", "line 2: \"tor*\": it stands in priority1 already"},
+           {"[rules]\ncopies = [\"TOR\"]", "line 2: \"TOR\": it must end in a number of copies"},
+           {"[schedule]\nentries = [\"garbage\"]", "line 2: \"garbage\": it must be a time"},
+           {"[morse]\ncodes = [\"garbage\"]", "line 2: \"garbage\": it must be a sign"},
            {"CWIDText = \"A\"", "line 1: \"CWIDText\" stands in no table"},
        }) {
     try {
@@ -103,6 +113,16 @@ TEST(StationProfile, WhatIsNotNamedStaysAndWhatIsWrongIsRefusedWithItsLine) {
     }
   }
   EXPECT_EQ(station.Dump(), before);
+  StationProfile profile(station.files, station.stores, station.path);
+  EXPECT_EQ(
+      profile.DoubtsAbout(profile.ChangesBy(
+          "[morse]\ncodes = [\"E.\", \"T-    \"]\n[ports]\nCOM1 = \"/dev/nix\"\n"
+          "COM2 = \"/dev/null\"\n[rules]\ndiscard = [\"FL[S\", \"F[L-A]S\", \"F[!L]S*\"]")),
+      (std::vector<std::string>{
+          "line 2: \"E.\": without blanks up to column 7 the next line's code is keyed with it.",
+          "line 7: \"FL[S\": it is no pattern and matches nothing.",
+          "line 7: \"F[L-A]S\": it is no pattern and matches nothing.",
+          "line 4: /dev/nix is not there now."}));
   station.Apply("[rules]\ncopies = [\"TOR* | C=2\"]");
   EXPECT_EQ(station.files.ReadAll(station.path + "/RtList0.txt"), "TOR*\r\n");
 }

@@ -147,6 +147,8 @@ while read -r key value; do
     exit 1
   fi
 done <<'END'
+ComBaud abc
+ComPort 12
 UdpPort 0
 UdpAddress localhost
 UdpAddress 127.0.0.1.1
