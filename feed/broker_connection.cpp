@@ -53,7 +53,7 @@ void BrokerConnection::SetCallbacks() {
         Of(self).isConnected_ = true;
         Of(self).callbacks_.connected();
       });
-  // What the broker says of its own accord: that another one came under the session's name, say.
+  // What the broker says of its own accord: that it ends, or that it has had too much, say.
   mosquitto_disconnect_v5_callback_set(
       Get(), [](mosquitto*, void* self, int reason, const mosquitto_property*) {
         if (reason >= MQTT_RC_UNSPECIFIED) Of(self).refusal_ = mosquitto_reason_string(reason);

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "base/names.h"
+#include "base/reporting.h"
 #include "platform/linux/file_io.h"
 #include "platform/linux/system_error.h"
 
@@ -32,11 +33,6 @@ int RenameToFree(const std::string& from, const std::string& to) {
   struct stat status;
   if (lstat(to.c_str(), &status) == 0) return EEXIST;
   return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
-}
-
-void FlushFolder(const std::string& folder) {
-  const Descriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (opened) fsync(opened.Get());
 }
 
 }  // namespace
@@ -70,7 +66,7 @@ std::string Place(const Placement& placement) {
   if (error == ENOENT && fs::exists(folder) && !fs::exists(fs::symlink_status(placement.hidden)))
     return {};
   if (error != 0) ThrowFileFailure(error, placement.path);
-  FlushFolder(folder);
+  TryStep([&] { FlushFolder(folder); });  // it is in its place all the same
   return JoinPath(folder, free);
 }
 

@@ -44,9 +44,9 @@ void FileCopy::MoveFile(const std::string& source, const std::string& destinatio
   if (TryStep([&] { files_.Rename(source, destination); })) return;
   const auto written = files_.Status(source).written;
   CopyFile(source, destination);
-  files_.SetLastWriteTime(destination, written);
-  files_.Secure(destination, source);
   try {
+    files_.SetLastWriteTime(destination, written);
+    files_.Secure(destination, source);
     files_.Delete(source);
   } catch (const std::exception&) {
     TryStep([&] { files_.Delete(destination); });

@@ -117,6 +117,7 @@ on the command line, a receiver, and a simulation of a day's arrivals.")
 
 set(CPACK_DEBIAN_WINDOWS_PACKAGE_NAME ostrel)
 set(CPACK_DEBIAN_WINDOWS_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_CORE_PACKAGE_RECOMMENDS "ca-certificates")
 set(CPACK_DEBIAN_WINDOWS_PACKAGE_RECOMMENDS "fonts-liberation, xdg-utils")
 set(CPACK_DEBIAN_WINDOWS_DESCRIPTION
     "retransmission of EMWIN weather products over radio, with windows

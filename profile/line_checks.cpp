@@ -32,26 +32,21 @@ std::string InOneLine(std::string text) {
   return text;
 }
 
-std::string RuleFault(const ProfileEntry& list, const std::string& line) {
+std::string RuleDoubt(const ProfileEntry& list, const std::string& line) {
   const auto entry = ToUpper(TrimBlanks(line));
   const bool hasCount = IsCopiesEntry(entry) && ParseCopiesEntry(entry).count > 0;
   if (IsCopies(list) && !hasCount) return "it must end in a number of copies, \" | C=2\" say.";
   const auto refusal = KeywordRefusal(KeywordIn(list, line));
-  return refusal ? InOneLine(refusal->text) : "";
+  if (refusal) return InOneLine(refusal->text);
+  return IsPattern(KeywordIn(list, line)) ? "" : "it is no pattern and matches nothing.";
 }
 
-std::string FaultOf(const ProfileEntry& list, const std::string& line) {
-  if (list.table == "rules") return RuleFault(list, line);
+std::string DoubtOf(const ProfileEntry& list, const std::string& line) {
+  if (list.table == "rules") return RuleDoubt(list, line);
   if (list.table == "schedule" && !IsScheduleEntry(TrimBlanks(line)))
     return "it must be a time (hh:mm), a blank, the source, a blank, and the destination.";
   if (list.table == "morse" && !line.empty() && !IsMorseLine(line))
     return "it must be a sign and its code of dots and dashes.";
-  return {};
-}
-
-std::string DoubtOf(const ProfileEntry& list, const std::string& line) {
-  if (list.table == "rules" && !IsPattern(KeywordIn(list, line)))
-    return "it is no pattern and matches nothing.";
   if (list.table == "morse" && !line.empty() && !IsFilledUp(line))
     return "without blanks up to column 7 the next line's code is keyed with it.";
   return {};
@@ -85,30 +80,25 @@ class Keywords {
 
 }  // namespace
 
-std::vector<std::string> FaultsOf(const std::vector<ProfileChange>& changes,
+std::vector<std::string> DoubtsOf(const std::vector<ProfileChange>& changes,
                                   const std::vector<ProfileEntry>& staying) {
   Keywords keywords;
   for (const auto& list : staying) {
     for (const auto& line : list.values) keywords.Add(list, line);
   }
-  std::vector<std::string> faults;
   for (const auto& change : changes) {
-    ForEachLineOf(change, [&](const auto& line, bool isNew, const auto& where) {
-      auto fault = FaultOf(change.to, line);
-      const auto other = keywords.Add(change.to, line);
-      if (fault.empty() && !other.empty()) fault = fmt::format("it stands in {} already.", other);
-      if (isNew && !fault.empty()) faults.push_back(where + fault);
+    ForEachLineOf(change, [&](const auto& line, bool isNew, const auto&) {
+      if (!isNew) keywords.Add(change.to, line);
     });
   }
-  return faults;
-}
-
-std::vector<std::string> DoubtsOf(const std::vector<ProfileChange>& changes) {
   std::vector<std::string> doubts;
   for (const auto& change : changes) {
     ForEachLineOf(change, [&](const auto& line, bool isNew, const auto& where) {
-      const auto doubt = DoubtOf(change.to, line);
-      if (isNew && !doubt.empty()) doubts.push_back(where + doubt);
+      if (!isNew) return;
+      auto doubt = DoubtOf(change.to, line);
+      const auto other = keywords.Add(change.to, line);
+      if (doubt.empty() && !other.empty()) doubt = fmt::format("it stands in {} already.", other);
+      if (!doubt.empty()) doubts.push_back(where + doubt);
     });
   }
   return doubts;

@@ -1,5 +1,5 @@
-// What is wrong with a line of a list before it is the station's: what no operator could have
-// entered, and what he could and it does nothing.
+// What is odd about a line of a list: what the setup dialog would refuse, though a station reads
+// it, and what does not do what it seems to.
 #pragma once
 
 #include <string>
@@ -9,11 +9,9 @@
 
 namespace ostrel {
 
-/// Why the lines that are new cannot be entered, each with its number in the text. `staying` are
-/// the lists that do not change: a keyword stands in one list only.
-std::vector<std::string> FaultsOf(const std::vector<ProfileChange>& changes,
+/// Of the lines that are new, each with its number in the text. `staying` are the lists that do not
+/// change: a keyword stands in one list only.
+std::vector<std::string> DoubtsOf(const std::vector<ProfileChange>& changes,
                                   const std::vector<ProfileEntry>& staying);
-/// Of the same lines, those that can be entered and do not what they seem to.
-std::vector<std::string> DoubtsOf(const std::vector<ProfileChange>& changes);
 
 }  // namespace ostrel

@@ -172,8 +172,8 @@ void StationProfile::CheckKind(const ProfileEntry& entry) const {
   });
 }
 
-/// Values that the station has already are its own business.
-void StationProfile::Check(const std::vector<ProfileChange>& changes) {
+/// The lists of rules that none of the changes is of.
+std::vector<ProfileEntry> StationProfile::RulesBeside(const std::vector<ProfileChange>& changes) {
   std::vector<ProfileEntry> staying;
   for (const auto& place : places_) {
     const bool changesToo = std::any_of(changes.begin(), changes.end(), [&](const auto& change) {
@@ -183,18 +183,11 @@ void StationProfile::Check(const std::vector<ProfileChange>& changes) {
     staying.push_back(place.entry);
     staying.back().values = ValuesIn(place).value_or(std::vector<std::string>());
   }
-  for (const auto& change : changes) {
-    const auto& value = change.to.values;
-    if (const auto* const row = PlaceOf(change.to).row)
-      AtLine(change.to.line, [&] { CheckSetting(*row, WithFolder(value.front())); });
-  }
-  const auto faults = FaultsOf(changes, staying);
-  if (!faults.empty()) Refuse(fmt::format("{}", fmt::join(faults, " ")));
+  return staying;
 }
 
-std::vector<std::string> StationProfile::DoubtsAbout(
-    const std::vector<ProfileChange>& changes) const {
-  auto doubts = DoubtsOf(changes);
+std::vector<std::string> StationProfile::DoubtsAbout(const std::vector<ProfileChange>& changes) {
+  auto doubts = DoubtsOf(changes, RulesBeside(changes));
   for (const auto& change : changes) {
     const auto& to = change.to;
     const bool isDevice = to.table == kPorts && !to.values.front().empty();
@@ -203,10 +196,8 @@ std::vector<std::string> StationProfile::DoubtsAbout(
     for (std::size_t i = 0; to.table == kSchedule && i < to.values.size(); ++i) {
       const auto source = ParseScheduleEntry(TrimBlanks(to.values[i])).source;
       if (WithFolder(source).find(' ') != std::string::npos)
-        doubts.push_back(
-            fmt::format("line {}: a source cannot hold a blank, and this station's "
-                        "folder does.",
-                        to.lines[i]));
+        doubts.push_back(fmt::format(
+            "line {}: a source cannot hold a blank, and this station's folder does.", to.lines[i]));
     }
   }
   return doubts;
@@ -226,10 +217,12 @@ std::vector<ProfileChange> StationProfile::ChangesBy(std::string_view text) {
     if (entry.table == kPorts) entry.values = {DeviceOf(entry.values.front())};
     auto present = Read(place, *store);
     const bool isLaid = entry.table == kRules && getsRules && !files_.Exists(place.path);
-    if (isLaid || !present || present->values != entry.values)
-      changes.push_back({std::move(present), entry});
+    if (!isLaid && present && present->values == entry.values) continue;
+    // What the station has already is its own business.
+    if (place.row != nullptr)
+      AtLine(entry.line, [&] { CheckSetting(*place.row, WithFolder(entry.values.front())); });
+    changes.push_back({std::move(present), entry});
   }
-  Check(changes);
   return changes;
 }
 
@@ -321,12 +314,13 @@ void StationProfile::EndNote() {
   }
 }
 
-void StationProfile::Finish() {
-  if (!IsUnfinished()) return;
+bool StationProfile::Finish() {
+  if (!IsUnfinished()) return false;
   const auto before = ParseProfile(files_.ReadAll(NotePath()));
   for (const auto& entry : before) Restore(entry);
   Store(before);
   EndNote();
+  return true;
 }
 
 /// Beside it, so that a rename brings it back.

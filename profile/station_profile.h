@@ -14,6 +14,9 @@
 
 namespace ostrel {
 
+/// What the log says after a Finish that had something to do.
+inline constexpr const char* kTakenBack = "An apply that was cut off was taken back.";
+
 class StationProfile {
  public:
   /// `folder` is the station's, without a separator at its end.
@@ -25,14 +28,15 @@ class StationProfile {
   /// What `text` would change. What it does not name stays. Throws Failure, with the line, for a
   /// text that the station could not use.
   std::vector<ProfileChange> ChangesBy(std::string_view text);
-  /// What is strange about them, each with its line: a device that is not there, say.
-  std::vector<std::string> DoubtsAbout(const std::vector<ProfileChange>& changes) const;
+  /// What is strange about them, each with its line: a device that is not there, say, or a rule
+  /// that matches nothing. A station reads them all the same.
+  std::vector<std::string> DoubtsAbout(const std::vector<ProfileChange>& changes);
   /// Makes these changes, all or none. After a failure the station is the one before, unless it
   /// IsUnfinished: it is once Finish has run. So it is after a power failure in the midst.
   void Make(const std::vector<ProfileChange>& changes);
-  /// Takes back what a Make began and did not end, if there is such, before anything else is done
-  /// with the station.
-  void Finish();
+  /// Takes back what a Make began and did not end, before anything else is done with the station.
+  /// Returns whether there was one.
+  bool Finish();
   /// Leaves the station as it is, and the note of what it was aside in ".given-up.toml".
   void GiveUp() { files_.Rename(NotePath(), folder_ + "/.given-up.toml"); }
   bool IsUnfinished() { return files_.Exists(NotePath()); }
@@ -55,7 +59,7 @@ class StationProfile {
   std::optional<std::vector<std::string>> ValuesIn(const Place& place);
   bool MayBeMissing(const Place& place);
   void CheckKind(const ProfileEntry& entry) const;
-  void Check(const std::vector<ProfileChange>& changes);
+  std::vector<ProfileEntry> RulesBeside(const std::vector<ProfileChange>& changes);
   ProfileEntry Before(const ProfileChange& change);
   void Keep(const std::vector<ProfileEntry>& entries);
   void Put(const ProfileEntry& entry);

@@ -90,8 +90,12 @@ void FinishApplying(Machine& machine, Station& station) {
   if (!profile.IsUnfinished()) return;
   bool isFirst = false;
   TryStep([&] { isFirst = machine.instance.TryLock(); });
-  if (isFirst && !RunStep(station.reporting(), "Settings", [&] { profile.Finish(); }))
+  if (!isFirst) return;
+  if (RunStep(station.reporting(), "Settings", [&] { profile.Finish(); })) {
+    station.reporting().WriteLog("Settings", kTakenBack);
+  } else {
     RunStep(station.reporting(), "Settings", [&] { profile.GiveUp(); });
+  }
 }
 
 /// Runs `station` on `machine` from start to end, open to programs beside it. `loop` is the

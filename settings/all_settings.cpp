@@ -30,7 +30,7 @@ void AllSettings::Check(const StoredValue& value) const {
   if (value.isRaw) return;
   for (const auto& row : rows_) {
     if (ToUpper(KeyPath(row.section)) == ToUpper(value.keyPath) &&
-        ToUpper(row.key) == ToUpper(value.name))
+        ToUpper(row.key) == ToUpper(value.name) && !row.isOfPort)
       CheckSetting(row, value.value);
   }
 }

@@ -87,6 +87,7 @@ SettingRow DaysRow(std::string key, std::string meaning, int& days, std::string 
 SettingRow LineRow(std::string key, std::string meaning, Field<std::string>& field,
                    const char* settings) {
   auto row = Row(std::move(key), std::move(meaning), Section::kSettings, field);
+  row.isOfPort = true;
   row.check = [settings](const std::string& text) {
     ParseLineSettings(fmt::format(fmt::runtime(settings), text));
   };
@@ -95,6 +96,7 @@ SettingRow LineRow(std::string key, std::string meaning, Field<std::string>& fie
 
 SettingRow PortRow(std::string key, std::string meaning, Field<std::string>& field) {
   auto row = Row(std::move(key), std::move(meaning), Section::kSettings, field);
+  row.isOfPort = true;
   row.check = [](const std::string& text) {
     const auto port = LeadingInteger(text);
     if (port < 1 || port > kPortCount)

@@ -46,6 +46,8 @@ struct SettingRow {
   /// Refuses what `load` takes and who uses the setting does not. Throws Failure; none when nobody
   /// does.
   std::function<void(const std::string& text)> check = {};
+  bool isOfPort =
+      false;  // what another machine had may be no port here, and costs the rest nothing
 };
 
 /// Throws Failure 13 for a text that the station could not use, naming key, text and reason. The

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "base/names.h"
+#include "platform/linux/system_error.h"
 
 namespace ostrel {
 
@@ -29,6 +30,13 @@ std::string FolderToCreateIn(const std::string& path) {
   const auto folder = FolderOf(path);
   if (!folder.empty()) return std::string(folder);
   return path.starts_with('/') ? "/" : ".";
+}
+
+void FlushFolder(const std::string& folder) {
+  const Descriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!opened) ThrowFileFailure(errno, folder);
+  const bool isFlushed = fsync(opened.Get()) == 0 || errno == EINVAL;  // some cannot be asked
+  if (!isFlushed) ThrowFileFailure(errno, folder);
 }
 
 int WriteFully(int descriptor, std::string_view bytes) {

@@ -25,6 +25,10 @@ Descriptor OpenToRead(const std::string& path, Links links);
 /// The folder that a file at `path` is created in.
 std::string FolderToCreateIn(const std::string& path);
 
+/// What was made, renamed and deleted in the folder survives a power failure from here on. Throws
+/// Failure.
+void FlushFolder(const std::string& folder);
+
 /// Writes all of `bytes`. Returns 0 or the system's error.
 int WriteFully(int descriptor, std::string_view bytes);
 

@@ -179,11 +179,7 @@ int LinuxFiles::Copy(const std::string& source, const std::string& destination, 
 
 void LinuxFiles::Secure(const std::string& made, const std::string& source) {
   const auto folder = FolderToCreateIn(made);
-  if (FileSystemOf(folder) == FileSystemOf(FolderToCreateIn(source))) return;
-  const Descriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!opened) ThrowFileFailure(errno, folder);
-  const bool isFlushed = fsync(opened.Get()) == 0 || errno == EINVAL;  // some cannot be asked
-  if (!isFlushed) ThrowFileFailure(errno, folder);
+  if (FileSystemOf(folder) != FileSystemOf(FolderToCreateIn(source))) FlushFolder(folder);
 }
 
 void LinuxFiles::Delete(const std::string& path) {

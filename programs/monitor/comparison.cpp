@@ -35,7 +35,7 @@ void Comparison::Sent(const ReceivedPacket& packet, double now) {
   if (!unheardSince_) unheardSince_ = now;
   const auto early = Find(early_, packet);
   if (early == early_.end()) return;
-  Match(waiting_.end() - 1, early->since);
+  Match(std::ssize(waiting_) - 1, early->since);
   early_.erase(early);
 }
 
@@ -45,12 +45,12 @@ void Comparison::Heard(const ReceivedPacket& packet, double now) {
     early_.push_back({packet, now});
     return;
   }
-  Match(sent, now);
+  Match(sent - waiting_.begin(), now);
 }
 
-void Comparison::Match(Packets::iterator sent, double heard) {
+void Comparison::Match(std::ptrdiff_t sent, double heard) {
   // What was sent before this one would have come before it.
-  for (auto lost = sent - waiting_.begin(); lost > 0; --lost) Decide(heard, false);
+  for (auto lost = sent; lost > 0; --lost) Decide(heard, false);
   lastDelay_ = std::max(0.0, heard - waiting_.front().since);
   delays_ += *lastDelay_;
   lastHeard_ = heard;

@@ -3,6 +3,7 @@
 // Times are seconds of one steady clock.
 #pragma once
 
+#include <cstddef>
 #include <deque>
 #include <functional>
 #include <map>
@@ -62,7 +63,7 @@ class Comparison {
     double lastSign = 0;
   };
 
-  void Match(Packets::iterator sent, double heard);
+  void Match(std::ptrdiff_t sent, double heard);
   void Decide(double now, bool isHeard);
   void NoteBlock(const ReceivedPacket& packet, bool isHeard, double now);
   void ForgetOldest();

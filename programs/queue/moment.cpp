@@ -69,8 +69,9 @@ UtcTime MomentOf(const WrittenTime& written, Which which) {
     parts = written.parts;
     parts.tm_isdst = isSummer;
     const auto moment = mktime(&parts);
-    if (parts.tm_hour == written.parts.tm_hour || (isSummer == 0 && moments.empty()))
-      moments.push_back(moment);
+    const bool isIt =
+        parts.tm_hour == written.parts.tm_hour && parts.tm_min == written.parts.tm_min;
+    if (isIt || (isSummer == 0 && moments.empty())) moments.push_back(moment);
   }
   const auto [first, last] = std::minmax_element(moments.begin(), moments.end());
   return UtcTime(std::chrono::seconds(which == Which::kFirst ? *first : *last));

@@ -3,6 +3,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "platform/linux/file_io.h"
 #include "platform/linux/linux_instance_lock.h"
 #include "profile/station_profile.h"
 #include "programs/settings/commands.h"
@@ -39,16 +40,22 @@ void Print(const ProfileChange& change) {
                       Printable(now.front()));
   if (!now.empty() && std::is_permutation(before.begin(), before.end(), now.begin(), now.end()))
     return fmt::print("{}: the order of its {} lines changes\n", change.to.Name(), now.size());
+  if (before.empty() && now.empty())
+    return fmt::print("{}: its file is made, empty\n", change.to.Name());
   fmt::print("{}: {} lines become {}\n", change.to.Name(), before.size(), now.size());
   PrintLines('-', before, now);
   PrintLines('+', now, before);
+}
+
+void Finish(StationFolder& station, StationProfile& profile) {
+  if (profile.Finish()) station.Log(kTakenBack);
 }
 
 /// A station that runs has nothing of the kind.
 void FinishEarlier(StationFolder& station, StationProfile& profile) {
   if (!profile.IsUnfinished()) return;
   const StationAlone alone(station);
-  profile.Finish();
+  Finish(station, profile);
 }
 
 }  // namespace
@@ -68,9 +75,10 @@ void ApplyToStation(StationFolder& station, const std::string& file, ApplyHow ho
   };
   const auto apply = [&] {
     const StationAlone alone(station);
-    profile.Finish();
+    Finish(station, profile);
     look();
     profile.Make(changes);
+    FlushFolder(station.path());  // or a power failure would take it back after all
   };
   const auto refusal = [&] {
     return fmt::format("{} was not applied, {}", file,

@@ -34,9 +34,11 @@ void Connect(const Client& client, const BrokerAddress& address) {
     const int result =
         mosquitto_connect(client.get(), address.host.c_str(), address.port, kKeepAlive);
     if (result == MOSQ_ERR_SUCCESS) return;
+    std::string why = mosquitto_strerror(result);
+    if (why.ends_with('.')) why.pop_back();
     if (!isTold)
-      fmt::print(stderr, "The broker {} does not answer: {} It is tried again.\n", address.host,
-                 mosquitto_strerror(result));
+      fmt::print(stderr, "The broker {} does not answer ({}). It is tried again.\n", address.host,
+                 why);
     std::this_thread::sleep_for(kInterval);
   }
 }

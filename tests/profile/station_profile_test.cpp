@@ -97,12 +97,6 @@ TEST(StationProfile, WhatIsNotNamedStaysAndWhatIsWrongIsRefusedWithItsLine) {
            {"[settings]\nComBaud = \"0\"", "line 2: ComBaud cannot be \"0\""},
            {"[settings]\nComPort = \"12\"", "line 2: ComPort cannot be \"12\""},
            {"[settings]\nComStopBit = \"9\"", "line 2: ComStopBit cannot be \"9\""},
-           {"[rules]\ndiscard = [\n\"AB*\",\n\"x\"]", "line 4: \"x\": You have entered too many"},
-           {"[rules]\ndiscard = [\"\"]", "line 2: \"\": You have entered too many"},
-           {"[rules]\ndiscard = [\"tor*\"]", "line 2: \"tor*\": it stands in priority1 already"},
-           {"[rules]\ncopies = [\"TOR\"]", "line 2: \"TOR\": it must end in a number of copies"},
-           {"[schedule]\nentries = [\"garbage\"]", "line 2: \"garbage\": it must be a time"},
-           {"[morse]\ncodes = [\"garbage\"]", "line 2: \"garbage\": it must be a sign"},
            {"CWIDText = \"A\"", "line 1: \"CWIDText\" stands in no table"},
        }) {
     try {
@@ -116,12 +110,19 @@ TEST(StationProfile, WhatIsNotNamedStaysAndWhatIsWrongIsRefusedWithItsLine) {
   StationProfile profile(station.files, station.stores, station.path);
   EXPECT_EQ(
       profile.DoubtsAbout(profile.ChangesBy(
-          "[morse]\ncodes = [\"E.\", \"T-    \"]\n[ports]\nCOM1 = \"/dev/nix\"\n"
-          "COM2 = \"/dev/null\"\n[rules]\ndiscard = [\"FL[S\", \"F[L-A]S\", \"F[!L]S*\"]")),
+          "[morse]\ncodes = [\"E.\", \"T-    \", \"odd\"]\n[ports]\nCOM1 = \"/dev/nix\"\n"
+          "COM2 = \"/dev/null\"\n[rules]\ndiscard = [\"FL[S\", \"F[!L]S*\", \"x\", \"tor*\"]\n"
+          "copies = [\"TOR\"]\n[schedule]\nentries = [\"8:00 /a /b\"]")),
       (std::vector<std::string>{
           "line 2: \"E.\": without blanks up to column 7 the next line's code is keyed with it.",
+          "line 2: \"odd\": it must be a sign and its code of dots and dashes.",
           "line 7: \"FL[S\": it is no pattern and matches nothing.",
-          "line 7: \"F[L-A]S\": it is no pattern and matches nothing.",
+          "line 7: \"x\": You have entered too many wildcard characters. Please be more specific.",
+          "line 7: \"tor*\": it stands in priority1 already.",
+          "line 8: \"TOR\": it must end in a number of copies, \" | C=2\" say.",
+          "line 10: \"8:00 /a /b\": it must be a time (hh:mm), a blank, the source, a blank, and "
+          "the "
+          "destination.",
           "line 4: /dev/nix is not there now."}));
   station.Apply("[rules]\ncopies = [\"TOR* | C=2\"]");
   EXPECT_EQ(station.files.ReadAll(station.path + "/RtList0.txt"), "TOR*\r\n");

@@ -92,7 +92,7 @@ END
 start mosquitto -c "$work/mosquitto.conf"
 publish() { start "$@" "$station/ostrel-status" --publish "mqtts://127.0.0.1:$((port + 3))/stations/shed"; }
 publish env
-until_true 30 grep -q 'does not answer: A TLS error' "$work/env.log"
+until_true 30 grep -q 'does not answer (A TLS error' "$work/env.log"
 kill -KILL "${pids[-1]}"
 publish env SSL_CERT_DIR="$work/trusted"
 publisher=${pids[-1]}

@@ -141,6 +141,12 @@ if settings theirs import "$work/dead.reg" 2>/dev/null; then
   echo 'An import took a port of 70000.' >&2
   exit 1
 fi
+sed 's/"udpport"="70000"/"ComPort"="12"/' "$work/dead.reg" >"$work/far.reg"
+settings third import "$work/far.reg"
+[ "$(settings third get CWIDText)" = NEW ] || {
+  echo 'A port of another machine kept an import away.' >&2
+  exit 1
+}
 while read -r key value; do
   if settings theirs set "$key" "$value" 2>/dev/null; then
     echo "$key was set to $value." >&2

@@ -68,7 +68,7 @@ TEST(DutyCycle, NoStepOfTheClockStretchesOrCutsItByMoreThanABoundary) {
   const auto usual = run(0s, 0s);
   // In the transmit period, in its last second, in the pause behind it.
   for (const auto at : {milliseconds(70s), usual.text - 500ms, usual.drop + 5s}) {
-    for (const milliseconds size : {1s, 3s, 45s, 3600s, 3600s * 24 * 365}) {
+    for (const milliseconds size : {1s, 3s, 45s, 3600s * 24 * 365}) {
       for (const auto step : {size, -size}) {
         const auto stepped = run(at, step);
         const auto what = fmt::format("a step of {} at {}", step.count(), at.count());

@@ -121,7 +121,7 @@ TEST(StartUp, AStationThatRanBeforeTellsThatItsSettingsAreLost) {
 
 TEST(ShutDown, DropsTheLinesWithinATickInWhateverMomentItIsAskedFor) {
   // Through the opening, two identifications and a pause, draining, keying, waiting.
-  for (milliseconds at = 100ms; at < 140s; at += 1709ms) {
+  for (milliseconds at = 100ms; at < 140s; at += 2903ms) {
     SCOPED_TRACE(at.count());
     VirtualStation station;
     auto& machine = station.machine;
