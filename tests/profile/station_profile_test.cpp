@@ -116,10 +116,10 @@ TEST(StationProfile, WhatIsNotNamedStaysAndWhatIsWrongIsRefusedWithItsLine) {
       (std::vector<std::string>{
           "line 2: \"E.\": without blanks up to column 7 the next line's code is keyed with it.",
           "line 2: \"odd\": it must be a sign and its code of dots and dashes.",
+          "line 8: \"TOR\": it must end in a number of copies, \" | C=2\" say.",
           "line 7: \"FL[S\": it is no pattern and matches nothing.",
           "line 7: \"x\": You have entered too many wildcard characters. Please be more specific.",
           "line 7: \"tor*\": it stands in priority1 already.",
-          "line 8: \"TOR\": it must end in a number of copies, \" | C=2\" say.",
           "line 10: \"8:00 /a /b\": it must be a time (hh:mm), a blank, the source, a blank, and "
           "the "
           "destination.",
