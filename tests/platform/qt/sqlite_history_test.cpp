@@ -6,6 +6,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 
+#include "base/reporting.h"
 #include "platform/linux/temporary_folder.h"
 #include "tests/support/failure_of.h"
 
@@ -79,7 +80,8 @@ TEST_F(SqliteHistoryTest, IsWaitedForByNobodyWhileAnotherHoldsIt) {
   SqliteHistory history(path_);
   history.Begin({.now = kNow});
   SqliteDatabase other(path_, "test", DatabaseUse::kReadAndWrite);
-  other.Execute("BEGIN IMMEDIATE");
+  // The writer may hold it just now.
+  ASSERT_TRUE(QTest::qWaitFor([&] { return TryStep([&] { other.Execute("BEGIN IMMEDIATE"); }); }));
   const auto start = std::chrono::steady_clock::now();
   for (int id = 1; id <= 1000; ++id) Put(history, id);
   EXPECT_LT(std::chrono::steady_clock::now() - start, 400ms);
