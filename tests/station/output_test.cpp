@@ -144,6 +144,8 @@ TEST(PortOpening, AVanishedDeviceIsToldInBothWindowsUntilItIsBack) {
   expectTold("Com Port # 1 has vanished.", "Com Port # 1 has vanished.", Shade::kRed);
   station.machine.line.SetPresent(true);
   expectTold("Transmitting 1200 BPS", "Com Port # 1 opened for transmit.", Shade::kNone);
+  station.station->operations().PauseIntake("alice");
+  EXPECT_TRUE(station.station->standstill().starts_with("An operator has paused the intake."));
   station.station->values().SetIngestPath("");
   EXPECT_TRUE(station.station->standstill().starts_with("The ingest path is empty."));
 }
