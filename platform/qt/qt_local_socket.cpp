@@ -1,5 +1,6 @@
 #include "platform/qt/qt_local_socket.h"
 
+#include <QTimer>
 #include <array>
 #include <pwd.h>
 #include <sys/socket.h>
@@ -67,7 +68,9 @@ void QtLocalSocket::TakeAskers() {
     const Asker asker = ++last_;
     askers_[asker] = socket;
     socket->setReadBufferSize(static_cast<qint64>(kLongestQuestion) + 1);
-    QObject::connect(socket, &QLocalSocket::readyRead, socket, [this, asker] { Read(asker); });
+    QObject::connect(socket, &QLocalSocket::readyRead, socket, [this, asker] {
+      if (!waiting_.contains(asker)) Read(asker);
+    });
     QObject::connect(socket, &QLocalSocket::disconnected, &server_,
                      [this, asker] { askers_.erase(asker); });
     Read(asker);
@@ -86,8 +89,13 @@ void QtLocalSocket::Read(Asker asker) {
     const auto line = socket->readLine().trimmed();
     if (!line.isEmpty()) onLine_(asker, {line.constData(), static_cast<std::size_t>(line.size())});
   }
-  QMetaObject::invokeMethod(
-      &server_, [this, asker] { Read(asker); }, Qt::QueuedConnection);
+  // A timer has its turn once in a pass of the event loop; posted events go on until there are
+  // none.
+  if (waiting_.insert(asker).second)
+    QTimer::singleShot(0, &server_, [this, asker] {
+      waiting_.erase(asker);
+      Read(asker);
+    });
 }
 
 void QtLocalSocket::Send(Asker asker, std::string_view line) {

@@ -5,6 +5,7 @@
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <map>
+#include <set>
 
 #include "platform/local_socket.h"
 
@@ -27,6 +28,7 @@ class QtLocalSocket : public LocalSocket {
 
   QLocalServer server_;
   std::map<Asker, QLocalSocket*> askers_;  // the server owns them
+  std::set<Asker> waiting_;                // asked more than is answered in a row
   Asker last_ = 0;
   std::function<void(Asker, std::string_view)> onLine_;
 };
