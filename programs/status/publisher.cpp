@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 #include "broker/broker_client.h"
 #include "client/station_client.h"
@@ -15,10 +16,13 @@ namespace ostrel {
 
 namespace {
 
+using std::chrono::steady_clock;
+
 constexpr std::chrono::seconds kInterval{10};
 constexpr int kKeepAlive = 15;  // seconds; the broker gives up after one and a half of it
 constexpr int kQualityOfService = 1;
-constexpr unsigned kShortestWait = 1, kLongestWait = 60;  // seconds between two tries
+constexpr std::chrono::seconds kWait{5};  // between two tries
+constexpr int kLook = 200;                // milliseconds for which the library waits at most
 constexpr const char* kGone = R"({"state":"gone"})";
 
 using Client = std::unique_ptr<mosquitto, decltype(&mosquitto_destroy)>;
@@ -28,19 +32,27 @@ void Send(const Client& client, const std::string& topic, const std::string& tex
                     text.data(), kQualityOfService, true);
 }
 
-/// Tries until the broker answers, and says once why it does not.
-void Connect(const Client& client, const BrokerAddress& address) {
-  for (bool isTold = false;; isTold = true) {
-    const int result =
-        mosquitto_connect(client.get(), address.host.c_str(), address.port, kKeepAlive);
-    if (result == MOSQ_ERR_SUCCESS) return;
-    std::string why = mosquitto_strerror(result);
-    if (why.ends_with('.')) why.pop_back();
-    if (!isTold)
-      fmt::print(stderr, "The broker {} does not answer ({}). It is tried again.\n", address.host,
-                 why);
-    std::this_thread::sleep_for(kInterval);
+void Report(const Client& client, const BrokerAddress& address, const std::string& folder) {
+  try {
+    Send(client, address.topic, AskForStatus(folder));
+  } catch (const std::exception& error) {
+    Send(client, address.topic, Status{{"state", "no answer"}, {"error", error.what()}}.dump());
   }
+}
+
+/// Connects, and reports until the connection is lost. Returns why. A thread of the library's would
+/// end for good where a broker has another certificate for a while.
+int PublishOnce(const Client& client, const BrokerAddress& address, const std::string& folder,
+                const bool& isConnected) {
+  int result = mosquitto_connect(client.get(), address.host.c_str(), address.port, kKeepAlive);
+  auto next = steady_clock::now();
+  while (result == MOSQ_ERR_SUCCESS) {
+    result = mosquitto_loop(client.get(), kLook, 1);
+    if (!isConnected || steady_clock::now() < next) continue;
+    Report(client, address, folder);
+    next = steady_clock::now() + kInterval;
+  }
+  return result;
 }
 
 }  // namespace
@@ -48,21 +60,22 @@ void Connect(const Client& client, const BrokerAddress& address) {
 void Publish(const std::string& folder, const std::string& text) {
   const auto address = ParseBrokerAddress(text);
   mosquitto_lib_init();
-  const Client client(mosquitto_new(nullptr, true, nullptr), mosquitto_destroy);
+  bool isConnected = false;
+  const Client client(mosquitto_new(nullptr, true, &isConnected), mosquitto_destroy);
   const std::string gone = kGone;
   CheckBroker(mosquitto_will_set(client.get(), address.topic.c_str(), static_cast<int>(gone.size()),
                                  gone.data(), kQualityOfService, true));
   Introduce(client.get(), address);
-  CheckBroker(mosquitto_reconnect_delay_set(client.get(), kShortestWait, kLongestWait, true));
-  CheckBroker(mosquitto_loop_start(client.get()));
-  Connect(client, address);
-  for (;;) {
-    try {
-      Send(client, address.topic, AskForStatus(folder));
-    } catch (const std::exception& error) {
-      Send(client, address.topic, Status{{"state", "no answer"}, {"error", error.what()}}.dump());
-    }
-    std::this_thread::sleep_for(kInterval);
+  mosquitto_connect_callback_set(client.get(), [](mosquitto*, void* connected, int reason) {
+    *static_cast<bool*>(connected) = reason == 0;
+  });
+  for (bool isTold = false;; std::this_thread::sleep_for(kWait)) {
+    std::string why = mosquitto_strerror(PublishOnce(client, address, folder, isConnected));
+    if (why.ends_with('.')) why.pop_back();
+    isTold = isTold && !std::exchange(isConnected, false);
+    if (!std::exchange(isTold, true))
+      fmt::print(stderr, "The broker {} does not answer ({}). It is tried again.\n", address.host,
+                 why);
   }
 }
 
