@@ -72,8 +72,9 @@ void Publish(const std::string& folder, const std::string& text) {
   for (bool isTold = false;; std::this_thread::sleep_for(kWait)) {
     std::string why = mosquitto_strerror(PublishOnce(client, address, folder, isConnected));
     if (why.ends_with('.')) why.pop_back();
-    isTold = isTold && !std::exchange(isConnected, false);
-    if (!std::exchange(isTold, true))
+    const bool isNews = std::exchange(isConnected, false) || !isTold;
+    isTold = true;
+    if (isNews)
       fmt::print(stderr, "The broker {} does not answer ({}). It is tried again.\n", address.host,
                  why);
   }
