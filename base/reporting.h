@@ -2,6 +2,7 @@
 // itself and the error window are behind it.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -72,6 +73,17 @@ bool TryStep(Step&& step) {
     return true;
   } catch (const std::exception&) {
     return false;
+  }
+}
+
+/// Runs a step whose failure the caller looks at: nothing when it did its work.
+template <typename Step>
+std::optional<Failure> FailureIn(Step&& step) {
+  try {
+    std::forward<Step>(step)();
+    return std::nullopt;
+  } catch (const std::exception& error) {
+    return AsFailure(error);
   }
 }
 

@@ -150,9 +150,25 @@ void QueueService::InsertFillFile() {
   if (parts_.queue.HoldsBackProduct(ToUpper(FileNameOf(insertedAs)))) return;
   TryStep([&] { SetFileWriteTime(fillFile, parts_.clock.Now()); });
   const auto copy = [&] { parts_.copy.CopyFile(fillFile, insertedAs, Links::kFollowed); };
-  if (MayPlaceFill(insertedAs) && !TryStep(copy)) RestoreHoldingFolders();
+  if (FillIsReadable(fillFile) && MayPlaceFill(insertedAs) && !TryStep(copy))
+    RestoreHoldingFolders();
   ++parts_.status.FillsSent;
   ++parts_.status.fillsSinceStart;
+}
+
+/// Nothing else would tell why the transmitter is keyed and sends nothing.
+bool QueueService::FillIsReadable(const std::string& path) {
+  std::string text;
+  const auto failure = FailureIn([&] { text = parts_.files.ReadAll(path); });
+  auto why = failure ? failure->text() : "";
+  if (!failure && text.empty()) why = "It is empty: " + path;
+  const bool isNews = parts_.status.SetUnusable("fill file", why);
+  const bool isMissing = failure && failure->IsMissing();  // perhaps it is to be so
+  if (isNews && !why.empty() && !isMissing)
+    parts_.reporting.WriteLog(
+        "CheckPriorityLists",
+        fmt::format("The fill file cannot be sent while nothing waits. {}", why));
+  return !failure;
 }
 
 void QueueService::RestoreHoldingFolders() {

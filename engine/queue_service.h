@@ -59,6 +59,7 @@ class QueueService {
   void RetireFile(Priority p);
   void ShowIdle(Priority p);
   void InsertFillFile();
+  bool FillIsReadable(const std::string& path);
   void RestoreHoldingFolders();
   bool MayPlaceFill(const std::string& place);
   bool IsInHoldingFolder(const std::string& path);

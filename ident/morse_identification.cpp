@@ -1,6 +1,9 @@
 #include "ident/morse_identification.h"
 
+#include <fmt/format.h>
+
 #include "base/about.h"
+#include "base/names.h"
 #include "base/numbers.h"
 #include "base/scope_guard.h"
 #include "base/text.h"
@@ -9,6 +12,7 @@
 namespace ostrel {
 
 namespace {
+constexpr const char* kTable = "RtMorse.txt";
 constexpr int kCountdownSecond = 30;
 constexpr int kCountdownDecimals = 6;
 
@@ -19,6 +23,12 @@ milliseconds LengthOf(const std::string& elements, int factor) {
     length += step.on + step.off;
   }
   return length;
+}
+
+bool HasCodes(std::string_view table) {
+  bool hasCodes = false;
+  ForEachLine(table, [&](std::string_view line) { hasCodes = hasCodes || IsMorseLine(line); });
+  return hasCodes;
 }
 }  // namespace
 
@@ -98,8 +108,24 @@ milliseconds MorseIdentification::Length() {
 }
 
 std::string MorseIdentification::ReadElements(const std::string& text) {
-  const auto table = parts_.files.ReadAll(parts_.values.programFolder + "/RtMorse.txt");
-  return MorseElements(text, JoinMorseTable(table));
+  return MorseElements(text, JoinMorseTable(ReadTable()));
+}
+
+std::string MorseIdentification::ReadTable() {
+  std::string table;
+  const auto failure = FailureIn(
+      [&] { table = ReadList(parts_.files, JoinPath(parts_.values.programFolder, kTable)); });
+  const auto why = failure ? failure->text() : HasCodes(table) ? "" : "It codes no sign.";
+  parts_.status.SetUnusable(kTable, why);
+  if (failure) throw *failure;
+  return table;
+}
+
+void MorseIdentification::LookAtTable() {
+  if (const auto failure = FailureIn([this] { ReadTable(); }))
+    parts_.reporting.WriteLog(
+        "CW ID", fmt::format("{}. Until the Morse table can be read, no identification is sent.",
+                             failure->text()));
 }
 
 void MorseIdentification::Key(Transmitter::ManualKeying& keying, const std::string& elements,

@@ -46,6 +46,9 @@ class MorseIdentification {
   /// last read for these settings.
   milliseconds Length();
 
+  /// Looks whether the table can be read; the log tells when it cannot.
+  void LookAtTable();
+
   /// The interval field was edited or loaded.
   void RestartCountdown() { parts_.setup.TimeLeft.Set(parts_.setup.IDTime.Get()); }
 
@@ -58,6 +61,8 @@ class MorseIdentification {
   void Key(Transmitter::ManualKeying& keying, const std::string& elements, int factor);
   void ClearDisplay();
   std::string ReadElements(const std::string& text);
+  /// The table's text. The status tells of one that is of no use. Throws Failure.
+  std::string ReadTable();
 
   Parts parts_;
   std::string measured_;  // text and speed of the length

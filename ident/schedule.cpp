@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 
+#include "base/names.h"
 #include "base/numbers.h"
 #include "base/text.h"
 
@@ -10,6 +11,7 @@ namespace ostrel {
 
 namespace {
 
+constexpr const char* kFile = "RtSched.txt";
 constexpr std::size_t kTimeLength = 5;
 constexpr std::size_t kPathsColumn = 6;
 constexpr std::size_t kShortestLine = 10;
@@ -50,6 +52,10 @@ bool IsScheduleEntry(std::string_view line) {
   return line.find(' ') == kTimeLength && ParseScheduleEntry(line).time;
 }
 
+std::string Schedule::Path() const {
+  return JoinPath(parts_.programFolder, kFile);
+}
+
 void Schedule::ProcessSchedule() {
   // The list can be edited from inside a wait of a copy, so it is walked by position.
   for (std::size_t i = 0; i < parts_.setup.lstSchedule.size(); ++i) {
@@ -80,14 +86,16 @@ void Schedule::LogFailure(const Failure& failure, const ScheduleEntry& entry) {
 }
 
 void Schedule::LoadSchedule() {
-  TryStep([this] {
+  const auto failure = FailureIn([this] {
     std::vector<std::string> entries;
-    ForEachLine(parts_.files.ReadAll(Path()), [&](std::string_view text) {
+    ForEachLine(ReadList(parts_.files, Path()), [&](std::string_view text) {
       const auto line = TrimBlanks(text);
       if (line.size() >= kShortestLine) entries.emplace_back(line);
     });
     parts_.setup.lstSchedule.Assign(entries);
   });
+  const bool isUnusable = failure && !failure->IsMissing();
+  parts_.status.SetUnusable(kFile, isUnusable ? failure->text() : "");
 }
 
 void Schedule::SaveSchedule() {
@@ -95,6 +103,7 @@ void Schedule::SaveSchedule() {
     std::string content;
     for (const auto& entry : parts_.setup.lstSchedule) content.append(entry).append(kLineEnd);
     parts_.files.WriteAll(Path(), content);
+    parts_.status.SetUnusable(kFile, "");
   });
 }
 

@@ -15,6 +15,7 @@
 #include "platform/dialogs.h"
 #include "platform/files.h"
 #include "state/setup_fields.h"
+#include "state/transmit_status.h"
 
 namespace ostrel {
 
@@ -37,6 +38,7 @@ class Schedule {
     Dialogs& dialogs;
     Reporting& reporting;
     SetupFields& setup;
+    TransmitStatus& status;
     const std::string& programFolder;
   };
   explicit Schedule(const Parts& parts) : parts_(parts) {}
@@ -45,7 +47,8 @@ class Schedule {
   void ProcessSchedule();
 
   /// RtSched.txt in the program folder. A file that is missing or cannot be read is an empty
-  /// schedule; one that could not be read is not written over until the operator edits the list.
+  /// schedule, and the status tells of the second; one that could not be read is not written over
+  /// until the operator edits the list.
   void LoadSchedule();
 
   /// Enter in `txtSchedule`. Returns false when the entry was refused with a message.
@@ -59,7 +62,7 @@ class Schedule {
   void SaveSchedule();
   void Fire(const ScheduleEntry& entry);
   void LogFailure(const Failure& failure, const ScheduleEntry& entry);
-  std::string Path() const { return parts_.programFolder + "/RtSched.txt"; }
+  std::string Path() const;
 
   Parts parts_;
 };

@@ -38,7 +38,7 @@ std::optional<Message> RuleLists::AddKeyword(std::size_t index) {
   auto refusal = KeywordRefusal(keyword);
   if (!refusal && index != kCopiesList) refusal = DuplicateOf(keyword);
   if (refusal) return refusal;
-  isKnown_[index] = true;
+  SetUnknown(index, "");
   const auto copies = TrimBlanks(parts_.setup.lblCopies.Get());
   parts_.setup.SetupPriList[index].Append(
       index == kCopiesList ? fmt::format("{} | C={}", keyword, copies) : keyword);
@@ -86,9 +86,12 @@ std::vector<std::string> RuleLists::LoadRuleLists() {
   std::vector<std::string> unknown;
   for (std::size_t index = 0; index < kRuleListCount; ++index) {
     if (isKnown_[index]) continue;
-    isKnown_[index] = TryPart(unknown, FileNameOf(PathOf(index)), [&] {
+    const auto failure = FailureIn([&] {
       if (hasHistory) TakeLines(index, ReadFile(PathOf(index)));
     });
+    SetUnknown(index, failure ? failure->text() : "");
+    if (failure)
+      unknown.push_back(fmt::format("{} ({})", FileNameOf(PathOf(index)), failure->text()));
   }
   if (!unknown.empty()) {
     parts_.reporting.WriteLog(
@@ -99,14 +102,22 @@ std::vector<std::string> RuleLists::LoadRuleLists() {
   return unknown;
 }
 
-std::string RuleLists::ReadFile(const std::string& path) const {
-  if (!parts_.files.Exists(path)) throw Failure(failure_number::kFileNotFound, "missing");
-  return parts_.files.ReadAll(path);
+void RuleLists::SetUnknown(std::size_t index, const std::string& why) {
+  isKnown_[index] = why.empty();
+  parts_.status.SetUnusable(FileNameOf(PathOf(index)), why);
 }
 
+std::string RuleLists::ReadFile(const std::string& path) const {
+  if (!parts_.files.Exists(path)) throw Failure(failure_number::kFileNotFound, "missing");
+  return ReadList(parts_.files, path);
+}
+
+/// One of which that cannot be said may well be there.
 bool RuleLists::AnyFileExists() const {
   for (std::size_t index = 0; index < kRuleListCount; ++index) {
-    if (parts_.files.Exists(PathOf(index))) return true;
+    bool exists = true;
+    TryStep([&] { exists = parts_.files.Exists(PathOf(index)); });
+    if (exists) return true;
   }
   return false;
 }

@@ -12,6 +12,7 @@
 #include "platform/dialogs.h"
 #include "platform/files.h"
 #include "state/setup_fields.h"
+#include "state/transmit_status.h"
 
 namespace ostrel {
 
@@ -27,6 +28,7 @@ class RuleLists {
     Files& files;
     Reporting& reporting;
     SetupFields& setup;
+    TransmitStatus& status;
     const std::string& programFolder;
   };
   explicit RuleLists(const Parts& parts) : parts_(parts) {}
@@ -56,6 +58,8 @@ class RuleLists {
   std::optional<Message> DuplicateOf(const std::string& keyword) const;
   bool AnyFileExists() const;
   std::string ReadFile(const std::string& path) const;
+  /// It is not known for the reason `why`; empty when it is.
+  void SetUnknown(std::size_t index, const std::string& why);
   void TakeLines(std::size_t index, std::string_view content);
   std::string PathOf(std::size_t index) const;
 

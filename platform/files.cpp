@@ -4,7 +4,16 @@
 #include <array>
 #include <utility>
 
+#include "base/failure.h"
+
 namespace ostrel {
+
+std::string ReadList(Files& files, const std::string& path) {
+  auto text = files.ReadAll(path);
+  if (text.find('\0') != std::string::npos)
+    throw Failure(failure_number::kTypeMismatch, "Damaged, it is no text: " + path);
+  return text;
+}
 
 std::string_view CopyCodeText(int code) {
   using Text = std::pair<int, std::string_view>;

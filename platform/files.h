@@ -35,6 +35,10 @@ struct FileStatus {
   friend bool operator==(const FileStatus&, const FileStatus&) = default;
 };
 
+/// The most bytes that a text of the station may have: a list of rules, a schedule, a station as a
+/// text. One that is larger is no such text.
+inline constexpr std::int64_t kLargestText = 1 << 20;
+
 /// Whether the last component of a path may be a symbolic link. Files of the station's folders are
 /// not reached through one: it may lead to a file that is nobody else's business.
 enum class Links { kRefused, kFollowed };
@@ -105,6 +109,8 @@ class Files {
   /// the file, not through a link.
   virtual std::size_t ReadBlock(const std::string& path, std::int64_t offset,
                                 std::span<char> buffer) = 0;
+  /// A text of the station, perhaps through a link. Throws Failure 75 for anything but a regular
+  /// file, which is not even opened, and 6 for one of more than kLargestText.
   virtual std::string ReadAll(const std::string& path) = 0;
   /// Replaces the file's content whole, through a hidden file and a rename; where the folder keeps
   /// another account's file from that, through the hidden file alone.
@@ -113,6 +119,10 @@ class Files {
   /// its place is removed. The bytes are the system's when it returns; they are not flushed.
   virtual void Append(const std::string& path, std::string_view content) = 0;
 };
+
+/// The lines of one of the station's lists, as ReadAll gives them. Throws Failure 13 for bytes that
+/// are no text: a power failure may leave zeros.
+std::string ReadList(Files& files, const std::string& path);
 
 /// The system's text for a copy code; empty when it has none.
 std::string_view CopyCodeText(int code);

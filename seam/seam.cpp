@@ -57,6 +57,12 @@ Json OnAirOf(const std::optional<BlockOnAir>& block) {
           {"blocks", block->count}};
 }
 
+Json UnusableOf(const Figures& figures) {
+  auto files = Json::array();
+  for (const auto& [name, why] : figures.unusable) files.push_back({{"name", name}, {"why", why}});
+  return files;
+}
+
 /// Names are bytes: what is no UTF-8 in them is replaced.
 std::string LineOf(const Json& answer) {
   return answer.dump(-1, ' ', false, Json::error_handler_t::replace);
@@ -104,7 +110,8 @@ std::string StatusLine(const Figures& figures) {
                  {"compressionRatio", figures.compressionRatio},
                  {"nextIdentification", Seconds(figures.nextIdentification)},
                  {"freeBytes", figures.freeBytes ? Json(*figures.freeBytes) : Json()},
-                 {"intakePaused", figures.intakeIsPaused}});
+                 {"intakePaused", figures.intakeIsPaused},
+                 {"unusable", UnusableOf(figures)}});
 }
 
 Seam::Seam(Station& station, LocalSocket& socket) : station_(station), socket_(socket) {

@@ -70,6 +70,8 @@ struct TransmitStatus {
   int filesSinceStart = 0, fillsSinceStart = 0;
   std::optional<milliseconds> lastPacket, lastArrival;  // monotonic
   std::optional<std::int64_t> freeBytes;  // where the queues lie, a minute ago at most
+  /// What lies in the station's folder and cannot be used, by name, with the reason.
+  std::map<std::string, std::string, std::less<>> unusable;
 
   void Count(int Counts::*what, int count = 1) {
     sinceMidnight.*what += count;
@@ -77,6 +79,14 @@ struct TransmitStatus {
   }
   void CountError(std::string_view procedure) {
     for (auto* counts : {&sinceMidnight, &sinceStart}) ++counts->errors[std::string(procedure)];
+  }
+
+  /// `why` is empty for what can be used. Returns whether that is news.
+  bool SetUnusable(std::string_view name, const std::string& why) {
+    const auto known = unusable.find(name);
+    if (known == unusable.end() ? why.empty() : known->second == why) return false;
+    why.empty() ? void(unusable.erase(known)) : void(unusable[std::string(name)] = why);
+    return true;
   }
 
   int FilesSentInAll() const {

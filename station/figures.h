@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -56,6 +57,7 @@ struct Figures {
   std::optional<milliseconds> nextIdentification;
   std::optional<std::int64_t> freeBytes;
   bool intakeIsPaused = false;
+  std::map<std::string, std::string, std::less<>> unusable;  // files, with the reason
 };
 
 /// How long it takes until all is out that waits at `p` and more urgently, if nothing more comes.

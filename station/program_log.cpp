@@ -79,7 +79,8 @@ void ProgramLog::RotateWhenTooLarge() {
 void ProgramLog::MoveAside() {
   const auto old = parts_.values.programFolder + "/RtLog.old";
   if (TryStep([&] { parts_.files.Rename(Path(), old); })) return;
-  parts_.files.WriteAll(old, parts_.files.ReadAll(Path()));
+  const int code = parts_.files.Copy(Path(), old, Links::kRefused);
+  if (code != copy_code::kDone) throw Failure(code, fmt::format("{} {}", CopyCodeText(code), old));
   parts_.files.WriteAll(Path(), "");
 }
 

@@ -76,6 +76,7 @@ void SettingsIo::LoadSettings() {
   parts_.rules.LoadRuleLists();
   ShowProgramValues();
   LoadFields();
+  parts_.morse.LookAtTable();
   parts_.transmitter.OpenComPort();
   RunStep(parts_.reporting, "LoadSettings", [this] { parts_.compression.RefreshCompressList(); });
   parts_.values.showErrors = IsChecked(parts_.setup.chkShowErrors);

@@ -22,6 +22,12 @@ int OpenOrMake(const char* path, int flags, unsigned mode) {
 }
 
 Descriptor OpenToRead(const std::string& path, Links links) {
+  // To open a device may be to do something: to raise the lines of a transmitter's port, say.
+  struct stat status;
+  if (links == Links::kFollowed && stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    errno = EISDIR;
+    return Descriptor();
+  }
   const int noFollow = links == Links::kRefused ? O_NOFOLLOW : 0;
   return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | noFollow));
 }

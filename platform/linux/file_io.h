@@ -19,7 +19,8 @@ namespace ostrel {
 /// a link as its last component. Returns a descriptor, or -1 with the system's error in errno.
 int OpenOrMake(const char* path, int flags, unsigned mode = 0666);
 
-/// Opens a file. Never waits, not even for the other end of a pipe that someone put there.
+/// Opens a file. Never waits, not even for the other end of a pipe that someone put there; where
+/// links are followed, what is no regular file is refused with EISDIR.
 Descriptor OpenToRead(const std::string& path, Links links);
 
 /// The folder that a file at `path` is created in.

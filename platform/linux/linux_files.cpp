@@ -240,19 +240,12 @@ std::size_t LinuxFiles::ReadBlock(const std::string& path, std::int64_t offset,
 std::string LinuxFiles::ReadAll(const std::string& path) {
   const Descriptor file = OpenToRead(path, Links::kFollowed);
   if (!file) ThrowFileFailure(errno, path);
-  struct stat status;
-  Check(fstat(file.Get(), &status), path);
-  std::string content;
-  std::size_t have = 0;
-  for (auto room = static_cast<std::size_t>(status.st_size);; room = content.size()) {
-    content.resize(have + room + 1);  // one more, to see the end at once
-    const std::int64_t count =
-        ReadFully(file.Get(), static_cast<std::int64_t>(have), std::span(content).subspan(have));
-    if (count < 0) ThrowFileFailure(static_cast<int>(-count), path);
-    have += static_cast<std::size_t>(count);
-    if (have < content.size()) break;
-  }
-  content.resize(have);
+  std::string content(static_cast<std::size_t>(kLargestText) + 1, '\0');
+  const std::int64_t count = ReadFully(file.Get(), 0, content);
+  if (count < 0) ThrowFileFailure(static_cast<int>(-count), path);
+  if (count > kLargestText)
+    throw Failure(failure_number::kOverflow, "Too large, 1 MiB at most: " + path);
+  content.resize(static_cast<std::size_t>(count));
   return content;
 }
 

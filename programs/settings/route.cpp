@@ -58,8 +58,9 @@ std::string Routes::Of(const std::string& name) const {
 
 void RouteNames(StationFolder& station, const std::vector<std::string>& names) {
   SetupFields setup;
+  TransmitStatus status;
   TerminalReporting reporting;
-  RuleLists lists({station.files(), reporting, setup, station.path()});
+  RuleLists lists({station.files(), reporting, setup, status, station.path()});
   lists.LoadRuleLists();
   const bool unZip = StrictBoolean(
       station.OpenStore()->ReadSetting(KeyPath(Section::kSettings), "UnZipFiles", "0"));

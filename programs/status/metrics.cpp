@@ -51,6 +51,9 @@ class Collection {
     families_.push_back(Gauge("intake_paused", "1 while an operator pauses the intake",
                               status_["intakePaused"] == true));
     families_.push_back(
+        Gauge("unusable_files", "Lists, tables and texts that cannot be used",
+              static_cast<double>(status_.value("unusable", Status::array()).size())));
+    families_.push_back(
         Gauge("line_rate_baud", "The rate that is set for the line", status_["rate"]));
     families_.push_back(
         Gauge("compression_ratio", "Uncompressed to compressed", status_["compressionRatio"]));

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/text.h"
 #include "base/time.h"
 #include "programs/status/reports.h"
 
@@ -66,6 +67,9 @@ std::string PageOf(const Status& status) {
   add("Next identification", next.is_null() ? "never" : "in " + Spell(next));
   add("Compression", fmt::format("{:.2f}:1", status["compressionRatio"].get<double>()));
   if (!free.is_null()) add("Free on the disk", fmt::format("{:.1f} GB", free.get<double>() / 1e9));
+  for (const auto& file : status.value("unusable", Status::array()))
+    add("Cannot be used", fmt::format("{}: {}", Printable(file["name"].get<std::string>()),
+                                      Printable(file["why"].get<std::string>())));
   add("Since midnight", CountsLine(status["sinceMidnight"]));
   add("Since the start", CountsLine(status["sinceStart"]));
   add("Started", fmt::format("{}, version {}", status["started"].get<std::string>(),

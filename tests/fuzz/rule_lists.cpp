@@ -12,7 +12,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   auto& files = shop.files;
   SilentReporting reporting;
   SetupFields setup;
-  RuleLists lists({files, reporting, setup, shop.folder});
+  TransmitStatus status;
+  RuleLists lists({files, reporting, setup, status, shop.folder});
   const RuleMatcher rules(setup.SetupPriList);
 
   const auto name = ToUpper(TakePart(input));
@@ -31,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   const auto reloaded = [&](const RuleTexts& texts) {
     SetupFields next;
-    RuleLists loaded({files, reporting, next, shop.folder});
+    RuleLists loaded({files, reporting, next, status, shop.folder});
     loaded.SaveRuleLists(texts);
     loaded.LoadRuleLists();
     return loaded.Texts();

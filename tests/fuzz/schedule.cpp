@@ -12,7 +12,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   VirtualDialogs dialogs;
   SilentReporting reporting;
   SetupFields setup;
-  Schedule schedule({shop.files, shop.clock, copy, dialogs, reporting, setup, shop.folder});
+  TransmitStatus status;
+  Schedule schedule({shop.files, shop.clock, copy, dialogs, reporting, setup, status, shop.folder});
 
   const auto entry = ParseScheduleEntry(input);
   if (entry.time) {

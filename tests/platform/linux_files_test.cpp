@@ -6,10 +6,13 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <set>
 #include <signal.h>
+#include <stdlib.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "platform/linux/system_error.h"
 #include "platform/linux/temporary_file.h"
@@ -125,6 +128,26 @@ TEST_F(LinuxFilesTest, FailsWithTheNumbersThatTheStationKnows) {
   EXPECT_EQ(files_.Copy(Path("file"), Path("none/x"), Links::kRefused), copy_code::kPathNotFound);
   EXPECT_EQ(files_.Copy(Path("file"), Path("folder"), Links::kRefused), copy_code::kAccessDenied);
   EXPECT_EQ(Entries(), (Names{"file", "folder"}));
+}
+
+TEST_F(LinuxFilesTest, ReadsATextOfBoundedSizeAndOpensNothingElse) {
+  const std::string largest(kLargestText, 'x');
+  files_.WriteAll(Path("largest"), largest);
+  files_.WriteAll(Path("larger"), largest + "x");
+  EXPECT_EQ(files_.ReadAll(Path("largest")), largest);
+  EXPECT_EQ(FailureOf([&] { files_.ReadAll(Path("larger")); }), 6);
+  const int pseudoTerminal = posix_openpt(O_RDWR | O_NOCTTY);
+  ASSERT_EQ(unlockpt(pseudoTerminal), 0);
+  mkfifo(Path("pipe").c_str(), 0600);
+  fs::create_symlink("/dev/zero", Path("zeros"));
+  fs::create_symlink(Path("pipe"), Path("to-pipe"));
+  fs::create_symlink(ptsname(pseudoTerminal), Path("line"));
+  for (const auto* name : {"pipe", "zeros", "to-pipe", "line"})
+    EXPECT_EQ(FailureOf([&] { files_.ReadAll(Path(name)); }), 75) << name;
+  pollfd line{pseudoTerminal, POLLIN, 0};
+  poll(&line, 1, 0);
+  EXPECT_FALSE(line.revents & POLLHUP) << "the device was opened, and closed again";
+  close(pseudoTerminal);
 }
 
 TEST_F(LinuxFilesTest, RemovesOnlyTheTemporaryFilesThatNobodyWorksOn) {
