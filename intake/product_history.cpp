@@ -128,6 +128,12 @@ void ProductHistory::EndAt(const std::string& path, Fate fate, std::int64_t arch
   End(ended.mapped(), fate);
 }
 
+void ProductHistory::SetAside(const std::string& from, const std::string& to,
+                              const std::string& name) {
+  if (places_.contains(InDataRoot(from))) return EndAt(from, Fate::kSetAside);
+  if (!IsFill(name)) End(Receive(to, name), Fate::kSetAside);
+}
+
 ProductRow ProductHistory::Enter(Priority p, const std::string& source, const std::string& file,
                                  const std::string& record) {
   Arrival arrival;
@@ -189,10 +195,8 @@ void ProductHistory::Put(const ProductRow& row, std::unique_ptr<ProductContent> 
   if (const auto news = parts_.store.TakeNews()) parts_.reporting.WriteLog(kCategory, *news);
 }
 
-/// The path from there on: a station's folder can be moved.
 std::string ProductHistory::InDataRoot(const std::string& path) const {
-  const auto root = parts_.values.dataRoot + "/";
-  return path.starts_with(root) ? path.substr(root.size()) : path;
+  return parts_.values.InDataRoot(path);
 }
 
 }  // namespace ostrel

@@ -52,6 +52,9 @@ class ProductHistory {
   // A product that no queue lists, by the place of its file; unknown ones are passed over
   void Move(const std::string& from, const std::string& to);
   void EndAt(const std::string& path, Fate fate, std::int64_t archive = 0);
+  /// The file at `from` went to the quarantine, to `to`. Its product ends, be it one that nobody
+  /// knew until now.
+  void SetAside(const std::string& from, const std::string& to, const std::string& name);
 
   /// A queue has taken the product whose file was at `source` as `file`, and records it as
   /// `record`. One that nobody received has a row from now on.

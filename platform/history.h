@@ -29,13 +29,14 @@ enum class Fate {
   kArchived,    // sent in a block archive, which has its own row
   kEmpty,       // it had no byte to send
   kGone,        // somebody deleted its file
+  kSetAside,    // it went to the quarantine; restored, it is a new one
   kUnknown,     // the station was killed before its end could be written
 };
 /// What the store calls them, in this order.
-inline constexpr std::array kFateWords = {"waiting",      "on the air", "held",     "sent",
-                                          "sent in part", "replaced",   "purged",   "removed",
-                                          "discarded",    "no rule",    "unpacked", "archived",
-                                          "empty",        "gone",       "unknown"};
+inline constexpr std::array kFateWords = {"waiting",      "on the air", "held",      "sent",
+                                          "sent in part", "replaced",   "purged",    "removed",
+                                          "discarded",    "no rule",    "unpacked",  "archived",
+                                          "empty",        "gone",       "set aside", "unknown"};
 static_assert(kFateWords.size() == static_cast<std::size_t>(Fate::kUnknown) + 1);
 
 struct ProductRow {

@@ -44,11 +44,22 @@ struct ProgramValues {
   std::string HeldRoot() const { return dataRoot + "/RtHeld"; }
   /// What no rule names, while not every rule is known. Made when the first file comes.
   std::string KeptFolder() const { return dataRoot + "/RtKept"; }
+  /// What was put out of the way. Made when the first file comes.
+  std::string QuarantineFolder() const { return dataRoot + "/RtQuarantine"; }
   /// The path of the file `name` in the one folder or the other.
   std::string InTransmitFolder(const std::string& name) const {
     return TransmitFolder() + "/" + name;
   }
   std::string InSentFolder(const std::string& name) const { return SentFolder() + "/" + name; }
+
+  /// A path as it is written down, and as it was: those in the data root from there on, for a
+  /// station's folder can be moved.
+  std::string InDataRoot(const std::string& path) const {
+    return path.starts_with(dataRoot + "/") ? path.substr(dataRoot.size() + 1) : path;
+  }
+  std::string FromDataRoot(const std::string& written) const {
+    return written.empty() || written.front() == '/' ? written : dataRoot + "/" + written;
+  }
 };
 
 /// The holding folder whose files await block compression.

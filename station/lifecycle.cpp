@@ -103,7 +103,7 @@ void Lifecycle::RemoveTemporaries() {
   for (int n = 1; n <= kCompressFolder; ++n) clean(values.HoldingFolder(n));
   for (const Priority p : AllPriorities()) clean(values.HeldFolder(p));
   for (const auto& folder : {values.programFolder, values.ingestPath, values.TransmitFolder(),
-                             values.SentFolder(), values.KeptFolder()})
+                             values.SentFolder(), values.KeptFolder(), values.QuarantineFolder()})
     clean(folder);
 }
 

@@ -38,6 +38,7 @@ Station::Station(const Platform& platform)
       handedBack_(
           {platform.files, platform.clock, copy_, records_, history_, log_, setup_, values_}),
       held_({platform.files, platform.clock, copy_, handedBack_, history_, values_}),
+      quarantine_({platform.files, platform.clock, copy_, handedBack_, history_, log_, values_}),
       queue_({platform.files, platform.clock, copy_, records_, handedBack_, held_, history_, log_,
               mainFields_, setup_, status_, values_}),
       compression_({platform.files, platform.archives, platform.clock, queue_, history_, log_,

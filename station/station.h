@@ -17,6 +17,7 @@
 #include "intake/ingest_scan.h"
 #include "intake/kept_files.h"
 #include "intake/product_history.h"
+#include "intake/quarantine.h"
 #include "intake/queue_intake.h"
 #include "intake/rule_lists.h"
 #include "intake/rule_matcher.h"
@@ -62,6 +63,7 @@ class Station {
   Actions& actions() { return actions_; }
   QueueOperations& operations() { return operations_; }
   const HeldFiles& held() const { return held_; }
+  Quarantine& quarantine() { return quarantine_; }
   Reporting& reporting() { return log_; }
   const Clock& clock() const { return clock_; }
   /// How the station stands at this moment, from memory.
@@ -93,6 +95,7 @@ class Station {
   EntryRecords records_;
   HandedBackFiles handedBack_;
   HeldFiles held_;
+  Quarantine quarantine_;
   TransmitQueue queue_;
   Compression compression_;
   KeptFiles kept_;
