@@ -11,21 +11,22 @@ namespace {
 constexpr const char* kProcedure = "MakePacket";
 }
 
-long long PacketBuilder::MakePacket(const std::string& path, long long n) {
-  long long count = 0;
+PacketBuilder::Built PacketBuilder::MakePacket(const std::string& path, long long n) {
+  Built built;
   try {
     const auto status = parts_.files.Status(path);
-    count = BlockCount(status.size);
-    if (n <= count) Build(path, n, count, status.written);
+    built.count = BlockCount(status.size);
+    if (n <= built.count) Build(path, n, built.count, status.written);
   } catch (const std::exception& error) {
     const auto failure = AsFailure(error);
+    built.why = failure;
     if (failure.IsMissing()) {
       LogMissing(path);
     } else {
       parts_.reporting.ReportError(failure, kProcedure, " File Name: " + path);
     }
   }
-  return count;
+  return built;
 }
 
 void PacketBuilder::LogMissing(const std::string& path) {

@@ -2,6 +2,7 @@
 // calls: which file and which block is the queue service's affair.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "base/reporting.h"
@@ -27,11 +28,14 @@ class PacketBuilder {
   };
   explicit PacketBuilder(const Parts& parts) : parts_(parts) {}
 
-  /// Fills PendingPacket, which must be empty, with block `n` (1 and up) of the file at `path` and
-  /// returns the file's block count. A number beyond the count builds nothing: the file is
-  /// finished. A file that is gone counts 0 blocks and leaves a log line; any other failure is
-  /// reported and costs the block.
-  long long MakePacket(const std::string& path, long long n);
+  struct Built {
+    long long count = 0;         // blocks of the file
+    std::optional<Failure> why;  // the block was not built: the file is missing, or was not read
+  };
+  /// Fills PendingPacket, which must be empty, with block `n` (1 and up) of the file at `path`. A
+  /// number beyond the count builds nothing: the file is finished. A file that is gone counts 0
+  /// blocks and leaves a log line; any other failure is reported and costs the block.
+  Built MakePacket(const std::string& path, long long n);
 
   /// The log line of a queued file that is not where it is to be sent from.
   void LogMissing(const std::string& path);

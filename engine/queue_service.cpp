@@ -23,10 +23,18 @@ void QueueService::TakeTurn() {
   ReleaseSent();
   parts_.queue.ListHeldBack();
   for (const Priority p : AllPriorities()) {
-    if (!onAir_[p] && !parts_.queue.IsEmpty(p) && !StartFile(p)) return;
+    if (!onAir_[p] && IsReady(p) && !StartFile(p)) return;
     if (onAir_[p]) return ServeFile(p);
   }
   InsertFillFile();
+}
+
+/// A large file whose way to the sent folder is still being made, onto another disk say, lets the
+/// less urgent ones go on.
+bool QueueService::IsReady(Priority p) {
+  if (parts_.queue.IsEmpty(p)) return false;
+  const auto& path = parts_.queue.PathOf(parts_.queue.Entries(p).front().name);
+  return parts_.files.IsReady(path, parts_.values.SentFolder(), Means::kPlace);
 }
 
 bool QueueService::IsBusy() {
@@ -81,12 +89,12 @@ std::optional<Failure> QueueService::CopyToSentFolder(const TransmitQueue::Entry
   if (!entry.hasFile) return Failure(failure_number::kFileNotFound, "File not found");
   std::optional<Failure> refusal;
   const auto sent = parts_.values.InSentFolder(entry.name);
-  const auto copy = [&] { parts_.copy.CopyFile(parts_.queue.PathOf(entry.name), sent); };
+  const auto copy = [&] { parts_.copy.PlaceFile(parts_.queue.PathOf(entry.name), sent); };
   try {
     copy();
   } catch (const std::exception& error) {
-    const bool isRestored =
-        RestoreFolder(parts_.files, parts_.reporting, parts_.values.SentFolder());
+    bool isRestored = parts_.queue.RestoreFolder();
+    isRestored |= RestoreFolder(parts_.files, parts_.reporting, parts_.values.SentFolder());
     if (!isRestored || !TryStep(copy)) refusal = AsFailure(error);
   }
   TryStep([&] { SetFileWriteTime(sent, parts_.clock.Now()); });
@@ -118,7 +126,8 @@ void QueueService::HoldBack(Priority p, const TransmitQueue::Entry& entry, const
 void QueueService::ServeFile(Priority p) {
   auto& onAir = *onAir_[p];
   const int n = onAir.nextBlock++;
-  const auto count = parts_.builder.MakePacket(parts_.values.InSentFolder(onAir.file), n);
+  const auto [count, why] = parts_.builder.MakePacket(parts_.values.InSentFolder(onAir.file), n);
+  if (IsUnread(why)) onAir.unread = why;
   if (n > count) return RetireFile(p);
   isFollowed_ = true;
   parts_.status.blocksBuilt[p] = n;
@@ -127,8 +136,19 @@ void QueueService::ServeFile(Priority p) {
   parts_.mainFields.lblSending[p].Set(fmt::format("Sending {}: {} of {}", onAir.file, n, count));
 }
 
+/// A file that somebody deleted is finished; one whose whole folder went away is not.
+bool QueueService::IsUnread(const std::optional<Failure>& why) {
+  if (!why || !why->IsMissing()) return why.has_value();
+  return why->number() == failure_number::kPathNotFound;
+}
+
 void QueueService::RetireFile(Priority p) {
-  onAir_[p]->isDisplaced ? parts_.queue.SendAgain(p) : parts_.queue.Retire(p);
+  if (onAir_[p]->isDisplaced)
+    parts_.queue.SendAgain(p);
+  else if (onAir_[p]->unread)
+    parts_.queue.RetireInPart(p, onAir_[p]->unread->text());
+  else
+    parts_.queue.Retire(p);
   onAir_[p].reset();
   isFollowed_ = false;
   ShowIdle(p);

@@ -44,6 +44,8 @@ class QueueService {
     int nextBlock = 1;
     /// While it waited for a more urgent file, that took its place in the sent folder.
     bool isDisplaced = false;
+    /// A block could not be read, or the file not be looked at.
+    std::optional<Failure> unread = {};
   };
 
   void TakeTurn();
@@ -56,6 +58,8 @@ class QueueService {
   void PutOnAir(Priority p, const std::string& file);
   void HoldBack(Priority p, const TransmitQueue::Entry& entry, const Failure& refusal);
   void ServeFile(Priority p);
+  bool IsReady(Priority p);
+  bool IsUnread(const std::optional<Failure>& why);
   void RetireFile(Priority p);
   void ShowIdle(Priority p);
   void InsertFillFile();

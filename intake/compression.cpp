@@ -4,7 +4,6 @@
 
 #include "base/names.h"
 #include "base/numbers.h"
-#include "intake/missing_folder.h"
 
 namespace ostrel {
 
@@ -51,7 +50,7 @@ CreateResult Compression::CreateArchive(const std::string& name, const char* pro
   auto created = parts_.archives.Create(parts_.queue.PathOf(name));
   if (created.error != 0) {
     parts_.reporting.WriteLog(procedure, fmt::format("Create Zip Error {}", created.error));
-    RestoreFolder(parts_.files, parts_.reporting, parts_.values.TransmitFolder());
+    parts_.queue.RestoreFolder();
   }
   return created;
 }

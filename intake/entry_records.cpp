@@ -1,5 +1,6 @@
 #include "intake/entry_records.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 #include <utility>
 
@@ -18,6 +19,8 @@ void EntryRecords::Prepare() {
   const auto probe = Root() + "/.probe";
   parts_.files.WriteAll(probe, "");
   parts_.files.Delete(probe);
+  undeleted_.Load();
+  root_ = parts_.files.FolderId(Root());
 }
 
 void EntryRecords::MakeFolders() {
@@ -30,26 +33,28 @@ void EntryRecords::MakeFolders() {
 
 std::string EntryRecords::Make(Priority p, const std::string& name, const std::string& file,
                                const std::string& source) {
-  auto record =
-      FirstFreeName(name, [&](const std::string& n) { return parts_.files.Exists(PathOf(p, n)); });
   try {
+    auto record = FreeName(p, name);
     Keep(file, PathOf(p, record));
     parts_.files.Secure(PathOf(p, record), source);
     toldOfNone_ = false;
     return record;
   } catch (const Failure& failure) {
-    if (IsDiskFull(failure) || !parts_.files.Exists(file)) throw;
+    if (!parts_.files.Exists(file)) throw;
     TellOnce(toldOfNone_, "What is queued is not kept over a power failure: " + failure.text());
     return {};
   }
 }
 
-std::string EntryRecords::MakeCopy(Priority p, const std::string& file, const std::string& name) {
-  const auto record =
-      FirstFreeName(name, [&](const std::string& n) { return parts_.files.Exists(PathOf(p, n)); });
-  if (!parts_.files.Exists(FolderOf(p))) MakeFolders();
-  parts_.copy.CopyFile(file, PathOf(p, record));
-  return PathOf(p, record);
+std::string EntryRecords::FreeName(Priority p, const std::string& name) {
+  return FirstFreeName(name,
+                       [&](const std::string& n) { return parts_.files.Exists(PathOf(p, n)); });
+}
+
+std::string EntryRecords::MakeOf(Priority p, const std::string& file, const std::string& name) {
+  auto record = PathOf(p, FreeName(p, name));
+  Keep(file, record);
+  return record;
 }
 
 /// Somebody may have removed the folders.
@@ -72,6 +77,29 @@ void EntryRecords::TellOnce(bool& told, const std::string& text) {
 void EntryRecords::Delete(const std::string& path) {
   RunStep(parts_.reporting, kCategory, [&] {
     if (parts_.files.Exists(path)) parts_.files.Delete(path);
+  });
+}
+
+void EntryRecords::Drop(Priority p, const std::string& record) {
+  const auto path = PathOf(p, record);
+  const bool isGone = RunStep(parts_.reporting, kCategory, [&] {
+    if (parts_.files.Exists(path)) parts_.files.Delete(path);
+  });
+  if (!isGone) undeleted_.Add(path);
+}
+
+bool EntryRecords::WasReplaced() {
+  std::uint64_t present = root_;
+  TryStep([&] { present = parts_.files.FolderId(Root()); });
+  return std::exchange(root_, present) != present;
+}
+
+bool EntryRecords::HasCopyOf(const std::string& file) {
+  const auto size = parts_.files.Status(file).size;
+  const auto priorities = AllPriorities();
+  return std::any_of(priorities.begin(), priorities.end(), [&](Priority p) {
+    const auto record = PathOf(p, std::string(FileNameOf(file)));
+    return parts_.files.Exists(record) && parts_.files.Status(record).size == size;
   });
 }
 

@@ -4,12 +4,14 @@
 // its entry ends, so a station that was killed finds every file whose last block has not gone out.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "base/priority.h"
 #include "base/reporting.h"
 #include "intake/file_copy.h"
+#include "intake/undeleted_files.h"
 #include "platform/files.h"
 #include "state/program_values.h"
 
@@ -23,7 +25,8 @@ class EntryRecords {
     Reporting& reporting;
     const ProgramValues& values;
   };
-  explicit EntryRecords(const Parts& parts) : parts_(parts) {}
+  explicit EntryRecords(const Parts& parts)
+      : parts_(parts), undeleted_(parts.files, Root() + "/.undeleted") {}
 
   /// Makes the folders and tries whether a file can be written there. Throws Failure when not.
   void Prepare();
@@ -31,20 +34,29 @@ class EntryRecords {
   std::vector<std::string> List(Priority p) { return parts_.files.ListFiles(FolderOf(p)); }
 
   /// Records `file`, which waits under `name` and was made of `source`; `source` may be deleted
-  /// then. Returns the record's name. Throws Failure when the disk is full or the file is gone: it
-  /// must not be queued then. A record that cannot be made for another reason is done without, with
-  /// a log line: the name is empty.
+  /// then. Returns the record's name. Throws Failure when the file is gone. A record that cannot be
+  /// made, on a disk without any room say, is done without, with a log line: the name is empty.
   std::string Make(Priority p, const std::string& name, const std::string& file,
                    const std::string& source);
-  /// Records a copy of `file`, which no queue lists. Returns the path of the record, which the next
-  /// start gives back where nobody has taken it. Throws Failure.
-  std::string MakeCopy(Priority p, const std::string& file, const std::string& name);
+  /// Records `file`, which no queue lists. Returns the path of the record, which the next start
+  /// restores to its holding folder where nobody has taken it. Throws Failure.
+  std::string MakeOf(Priority p, const std::string& file, const std::string& name);
   /// Makes the file anew out of its record, which stays. Throws Failure.
   void Restore(Priority p, const std::string& record, const std::string& file) {
     Keep(PathOf(p, record), file);
   }
-  void Drop(Priority p, const std::string& record) { Delete(PathOf(p, record)); }
+  /// A record that cannot be deleted now is deleted later, by RetryDrops or the next start, which
+  /// never takes it for one of a file that waits.
+  void Drop(Priority p, const std::string& record);
+  void RetryDrops() { undeleted_.Retry(); }
+
+  /// Which folder holds the records at present, as of the last start or WasReplaced.
+  std::uint64_t RootId() const { return root_; }
+  /// True when another folder stands in its place since the last call, as after a volume came back.
+  bool WasReplaced();
   std::string PathOf(Priority p, const std::string& record) const;
+  /// True when a record of some priority has the name and the size of `file`.
+  bool HasCopyOf(const std::string& file);
 
   /// The folder in which the records of all priorities lie.
   std::string Root() const { return parts_.values.dataRoot + "/.pending"; }
@@ -55,10 +67,13 @@ class EntryRecords {
 
  private:
   void MakeFolders();
+  std::string FreeName(Priority p, const std::string& name);
   void TellOnce(bool& told, const std::string& text);
   std::string FolderOf(Priority p) const;
 
   Parts parts_;
+  UndeletedFiles undeleted_;
+  std::uint64_t root_ = 0;
   bool toldOfCopies_ = false, toldOfNone_ = false;
 };
 

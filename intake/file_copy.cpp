@@ -24,15 +24,25 @@ std::string SystemErrorText(int code) {
 
 }  // namespace
 
-void FileCopy::CopyFile(const std::string& source, const std::string& destination, Links links) {
+/// `step` returns a copy code.
+template <typename Step>
+void FileCopy::Repeat(Step&& step) {
   int code = copy_code::kInUse;
   for (int attempt = 0; attempt < kAttempts && code == copy_code::kInUse; ++attempt) {
-    code = files_.Copy(source, destination, links);
+    code = step();
     if (code == copy_code::kInUse) clock_.Sleep(kWait);
   }
   if (code == copy_code::kDone) return;
   throw Failure(CopyFailureNumber(code), "Copy File Failed: dll error - " + SystemErrorText(code),
                 "CopyFile");
+}
+
+void FileCopy::CopyFile(const std::string& source, const std::string& destination, Links links) {
+  Repeat([&] { return files_.Copy(source, destination, links); });
+}
+
+void FileCopy::PlaceFile(const std::string& source, const std::string& destination) {
+  Repeat([&] { return files_.Place(source, destination); });
 }
 
 bool IsDiskFull(const Failure& failure) {

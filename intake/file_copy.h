@@ -1,5 +1,6 @@
-// The one file copy of the station: between the ingest, holding, transmit and sent folders, and
-// into them by the schedule and as fill; and the move where a rename cannot be.
+// The ways in which the station gives a file its place: it places files on their way from the
+// ingest folder to the sent folder, copies what stays where it is (schedule, fill text, copies of
+// the rules), and moves what changes its folder at once.
 #pragma once
 
 #include <string>
@@ -20,12 +21,22 @@ class FileCopy {
   void CopyFile(const std::string& source, const std::string& destination,
                 Links links = Links::kRefused);
 
+  /// Gives a file its next place before the caller deletes `source`, without writing its bytes
+  /// where one file system holds both: see Files::Place. Waits and throws as CopyFile.
+  void PlaceFile(const std::string& source, const std::string& destination);
+  /// Makes the placed file independent of a source that stays: from here on a program that writes
+  /// into the source does not change it. Throws as CopyFile.
+  void Detach(const std::string& placed) { CopyFile(placed, placed); }
+
   /// Gives a file its place in another folder, replacing what is there: by a rename, or else, as
   /// into another file system, by a copy that is on the disk before the source goes. Its last-write
   /// time stays. Throws Failure.
   void MoveFile(const std::string& source, const std::string& destination);
 
  private:
+  template <typename Step>
+  void Repeat(Step&& step);
+
   Files& files_;
   Clock& clock_;
 };

@@ -13,10 +13,10 @@ namespace {
 constexpr const char* kCategory = "Pending";
 }
 
-void HandedBackFiles::HandBack() {
+void HandedBackFiles::HandBack(const IsLiving& isLiving) {
   MakeFolders();
   for (const Priority p : AllPriorities())
-    RunStep(parts_.reporting, kCategory, [&] { HandBack(p); });
+    RunStep(parts_.reporting, kCategory, [&] { HandBack(p, isLiving); });
 }
 
 void HandedBackFiles::MakeFolders() {
@@ -28,8 +28,8 @@ void HandedBackFiles::MakeFolders() {
   for (const Priority p : AllPriorities()) make(FolderOf(p));
 }
 
-void HandedBackFiles::HandBack(Priority p) {
-  auto files = FilesOf(p);
+void HandedBackFiles::HandBack(Priority p, const IsLiving& isLiving) {
+  auto files = FilesOf(p, isLiving);
   std::stable_sort(files.begin(), files.end(),
                    [](const Recorded& a, const Recorded& b) { return a.time > b.time; });
   const auto age = parts_.values.purgeAge;
@@ -46,10 +46,13 @@ void HandedBackFiles::HandBack(Priority p) {
   }
 }
 
-std::vector<HandedBackFiles::Recorded> HandedBackFiles::FilesOf(Priority p) {
+std::vector<HandedBackFiles::Recorded> HandedBackFiles::FilesOf(Priority p,
+                                                                const IsLiving& isLiving) {
   std::vector<Recorded> files;
-  for (const auto& record : parts_.records.List(p))
+  for (const auto& record : parts_.records.List(p)) {
+    if (isLiving(p, record)) continue;
     files.push_back({record, parts_.files.Status(parts_.records.PathOf(p, record)).written, false});
+  }
   for (const auto& name : parts_.files.ListFiles(FolderOf(p))) {
     names_[p].insert(name);
     if (parts_.files.Exists(InHoldingFolder(p, name))) {

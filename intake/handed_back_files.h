@@ -4,6 +4,7 @@
 // has taken it.
 #pragma once
 
+#include <functional>
 #include <set>
 #include <string>
 #include <vector>
@@ -31,11 +32,14 @@ class HandedBackFiles {
   };
   explicit HandedBackFiles(const Parts& parts) : parts_(parts) {}
 
-  /// Before the first tick: moves every recorded file back. Of a product that is overwritten by
+  /// Tells a record of an entry that lives in this run.
+  using IsLiving = std::function<bool(Priority p, const std::string& record)>;
+  /// Before the first tick, and when the folder of the records came back: moves every recorded file
+  /// back that no entry lives of. Of a product that is overwritten by
   /// newer files only the newest comes back; what is past the purge age does not. What cannot be
   /// moved is reported and waits for the next start. Throws Failure when the folders of the record
   /// cannot be made.
-  void HandBack();
+  void HandBack(const IsLiving& isLiving);
 
   /// A file that has been through the intake before, and lies at `path`, goes to the holding folder
   /// of `p` under `name` or the next free one. Returns its path there. Throws Failure, and it stays
@@ -58,8 +62,8 @@ class HandedBackFiles {
     bool isBack;
   };
   void MakeFolders();
-  void HandBack(Priority p);
-  std::vector<Recorded> FilesOf(Priority p);
+  void HandBack(Priority p, const IsLiving& isLiving);
+  std::vector<Recorded> FilesOf(Priority p, const IsLiving& isLiving);
   void Discard(Priority p, const Recorded& file, Fate fate);
   std::string FolderOf(Priority p) const;
   std::string InHoldingFolder(Priority p, const std::string& name) const;

@@ -1,8 +1,10 @@
 // The scan of the ingest folder: takes the first file of its listing once nobody holds it open, and
-// moves it where the rules send it. One file a call.
+// moves it where the rules send it. One file a call. While a large file is brought to its next
+// place beside the station, the scan passes over it.
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -43,18 +45,32 @@ class IngestScan {
   void CheckForNewFiles();
 
  private:
+  /// A large file whose copies or next place are being made beside the station.
+  struct Underway {
+    std::string folder;
+    Means means = Means::kPlace;
+    int copies = 0;  // made so far
+  };
   bool MayBeScanned();
+  bool IsUnderway(const std::string& listedName);
   void TakeFile(const std::string& listedName);
   void Unpack(const std::string& path);
-  void Route(ProductHistory::Arrival arrival, const std::string& path, const std::string& name);
-  void MakeCopies(const std::string& path, const std::string& name);
-  std::string PlaceInFolder(int folder, const std::string& path, const std::string& name);
-  void DeleteTaken(FileHold& hold, const std::string& path);
+  bool IsPrepared(const std::string& listedName, const std::string& name,
+                  const std::optional<Target>& target);
+  bool IsReady(const std::string& listedName, const std::string& folder, Means means);
+  bool MakeCopies(const std::string& listedName, const std::string& name);
+  std::string Route(const std::string& path, const std::string& name,
+                    const std::optional<Target>& target);
+  std::string PlaceInFolder(const std::string& folder, const std::string& path,
+                            const std::string& name);
+  void DeleteTaken(FileHold& hold, const std::string& path, const std::string& placed);
+  void Detach(const std::string& placed, const std::string& path);
   void OnFailure(const Failure& failure, const std::string& path);
 
   Parts parts_;
   PlacedFiles placed_;
   std::map<std::string, int> archiveDepths_;  // of archives that came out of others, by path
+  std::map<std::string, Underway> large_;     // by name as listed
   int lockedFileCount_ = 0;
   std::string checkedPath_;  // the ingest path that was looked at last
   bool mayBeScanned_ = true;

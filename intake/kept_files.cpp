@@ -17,17 +17,17 @@ constexpr std::size_t kFilesThatGo = 1'000;  // so that the folder is seldom loo
 
 }  // namespace
 
-KeptFiles::Outcome KeptFiles::Keep(const std::string& path, const std::string& name) {
-  if (parts_.rules.AllAreKnown()) return Outcome::kUnwanted;
+std::string KeptFiles::Keep(const std::string& path, const std::string& name) {
+  if (parts_.rules.AllAreKnown()) return {};
   const auto folder = parts_.values.KeptFolder();
   if (!parts_.files.Exists(folder)) parts_.files.CreateFolder(folder);
   MakeRoom();
-  const auto freeName = FirstFreeName(
-      name, [&](const std::string& candidate) { return parts_.files.Exists(PathOf(candidate)); });
-  parts_.copy.CopyFile(path, PathOf(freeName));
-  parts_.files.Secure(PathOf(freeName), path);
+  auto kept = PathOf(FirstFreeName(
+      name, [&](const std::string& candidate) { return parts_.files.Exists(PathOf(candidate)); }));
+  parts_.copy.PlaceFile(path, kept);
+  parts_.files.Secure(kept, path);
   ++*count_;
-  return Outcome::kKept;
+  return kept;
 }
 
 void KeptFiles::MakeRoom() {

@@ -31,11 +31,11 @@ class KeptFiles {
   };
   explicit KeptFiles(const Parts& parts) : parts_(parts) {}
 
-  /// A file that no known rule names, before its caller deletes it: copied to the folder under a
-  /// free name while a list is unknown. Of 10,000 files the 1,000 oldest make room for those that
-  /// follow, with a log line. Throws Failure when the copy fails.
-  enum class Outcome { kKept, kUnwanted };
-  Outcome Keep(const std::string& path, const std::string& name);
+  /// A file that no known rule names, before its caller deletes it: placed in the folder under a
+  /// free name while a list is unknown. Returns its path there; nothing for a file that nobody
+  /// wants. Of 10,000 files the 1,000 oldest make room for those that follow, with a log line.
+  /// Throws Failure when it cannot be placed.
+  std::string Keep(const std::string& path, const std::string& name);
 
   /// Once every list is known: what is kept is to go back to the ingest folder, the oldest first.
   /// A failure to list it is reported.

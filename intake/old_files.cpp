@@ -15,13 +15,14 @@ milliseconds PurgeAge(const SetupFields& setup) {
   return milliseconds(static_cast<long long>(hours * kMillisecondsPerHour));
 }
 
-std::vector<std::string> DeleteOlder(Files& files, const std::string& folder, UtcTime limit) {
+std::vector<std::string> DeleteOlder(Files& files, const std::string& folder, UtcTime limit,
+                                     const std::function<bool(const std::string& name)>& isInUse) {
   auto names = files.ListFiles(folder);
   std::erase_if(names, [&](const std::string& name) {
     const auto path = JoinPath(folder, name);
     bool isDeleted = false;
     TryStep([&] {
-      if (files.Status(path).written >= limit) return;
+      if (files.Status(path).written >= limit || (isInUse && isInUse(name))) return;
       files.Delete(path);
       isDeleted = true;
     });

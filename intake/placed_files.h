@@ -20,6 +20,8 @@ class PlacedFiles {
   /// The same for a file that is held. False when it stays because somebody else is at it: then it
   /// is not remembered, for it will be another one.
   bool Delete(const std::string& path, FileHold& hold);
+  /// What was made of it is given up: it is to be taken again.
+  void Forget(const std::string& path) { marks_.erase(path); }
   /// True when exactly this file (path, size, time) was placed before.
   bool Contains(const std::string& path);
 

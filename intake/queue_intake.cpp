@@ -19,6 +19,20 @@ bool IsArchive(const std::string& name) {
   return MatchPattern(name, "*.ZIP*");
 }
 
+/// Holds nothing: of a file that nobody can open.
+class PlainHold : public FileHold {
+ public:
+  PlainHold(Files& files, std::string path) : files_(files), path_(std::move(path)) {}
+  bool Delete() override {
+    files_.Delete(path_);
+    return true;
+  }
+
+ private:
+  Files& files_;
+  std::string path_;
+};
+
 }  // namespace
 
 template <typename Step>
@@ -48,16 +62,37 @@ void QueueIntake::TakeOne(Priority p) {
   const auto file = NextFile(p);
   if (!file) return;
   const auto source = JoinPath(parts_.values.HoldingFolder(p.number()), *file);
+  if (!parts_.files.IsReady(source, parts_.values.TransmitFolder(), Means::kPlace)) {
+    underway_.insert(source);
+    return;
+  }
+  underway_.erase(source);
   bool isDone = false;
   RunRetried(*file, [&] { isDone = placed_.Contains(source) || IsSuperseded(p, *file); });
   if (isDone) parts_.history.EndAt(source, Fate::kReplaced);
-  if (!isDone && !Queue(p, source)) {
-    // It stays for the next call: a full disk passes. Its own trouble must not hold up the others.
-    if (!CanBeRead(source)) steppedOver_.StepOver(source);
-  } else if (RunRetried(*file, [&] { placed_.Delete(source); })) {
-    parts_.handedBack.Taken(p, *file);
-  } else {
-    steppedOver_.StepOver(source);
+  std::unique_ptr<FileHold> hold;
+  std::optional<std::string> queuedAs;
+  if (RunRetried(*file, [&] { hold = Hold(source); }) && !isDone) queuedAs = Queue(p, source);
+  if (!hold || (!isDone && !queuedAs)) {
+    // It stays for a later call: its own trouble must not hold up the others. A full disk passes.
+    if (!hold || !CanBeRead(source)) steppedOver_.StepOver(source);
+    return;
+  }
+  bool isGone = false;
+  const bool isTried = RunRetried(*file, [&] { isGone = placed_.Delete(source, *hold); });
+  if (isGone) return parts_.handedBack.Taken(p, *file);
+  if (queuedAs) parts_.queue.Detach(p, *queuedAs);
+  if (!isTried) steppedOver_.StepOver(source);
+}
+
+/// Lasts until the file is deleted: who writes into it waits for that. A file that cannot be opened
+/// is met by the step that reads it.
+std::unique_ptr<FileHold> QueueIntake::Hold(const std::string& source) {
+  try {
+    return parts_.files.HoldAlone(source, WhenUnknown::kTake);
+  } catch (const Failure&) {
+    if (CanBeRead(source)) throw;
+    return std::make_unique<PlainHold>(parts_.files, source);
   }
 }
 
@@ -66,21 +101,30 @@ std::optional<std::string> QueueIntake::NextFile(Priority p) {
   std::optional<std::string> file;
   RunRetried("", [&] {
     file = parts_.files.FirstFile(
-        folder, [&](const std::string& name) { return steppedOver_.IsPassedOver(folder, name); });
+        folder, [&](const std::string& name) { return IsPassedOver(folder, name); });
   });
   if (file && IsOverwritten(p)) TryStep([&] { file = OldestOfProduct(p, *file); });
   return file;
 }
 
-bool QueueIntake::Queue(Priority p, const std::string& source) {
+/// After a failure, or while a large file is brought to its place beside the station.
+bool QueueIntake::IsPassedOver(const std::string& folder, const std::string& name) {
+  if (steppedOver_.IsPassedOver(folder, name)) return true;
+  const auto path = JoinPath(folder, name);
+  return underway_.contains(path) &&
+         !parts_.files.IsReady(path, parts_.values.TransmitFolder(), Means::kPlace);
+}
+
+/// Returns the name in the queue.
+std::optional<std::string> QueueIntake::Queue(Priority p, const std::string& source) {
   const std::string file(FileNameOf(source));
   const auto name = ToUpper(file);
   const auto position = IsOverwritten(p) ? parts_.queue.PositionOfProduct(p, name) : std::nullopt;
   if (position) MakeRoom(p, *position, name);
   std::optional<std::string> placedAs;
   RunRetried(file, [&] { placedAs = Place(p, source, name); });
-  if (!placedAs) return false;
-  return RunRetried(file, [&] { Enter(p, position, *placedAs, source); });
+  if (!placedAs || !RunRetried(file, [&] { Enter(p, position, *placedAs, source); })) return {};
+  return placedAs;
 }
 
 /// A folder is not listed by age, and of a product the last one taken is the one that stays.
@@ -92,7 +136,7 @@ std::string QueueIntake::OldestOfProduct(Priority p, const std::string& file) {
   };
   auto oldest = std::pair(age(file), file);
   for (const auto& other : products_.FilesLike(folder, file)) {
-    if (parts_.files.Exists(JoinPath(folder, other)) && !steppedOver_.IsPassedOver(folder, other))
+    if (parts_.files.Exists(JoinPath(folder, other)) && !IsPassedOver(folder, other))
       oldest = std::min(oldest, std::pair(age(other), other));
   }
   products_.Forget(folder, oldest.second);
@@ -101,12 +145,8 @@ std::string QueueIntake::OldestOfProduct(Priority p, const std::string& file) {
 
 bool QueueIntake::CanBeRead(const std::string& path) const {
   return TryStep([&] {
-    std::array<char, 64 * 1024> part;
-    std::int64_t offset = 0;
-    for (std::size_t count = part.size(); count == part.size();
-         offset += static_cast<std::int64_t>(count)) {
-      count = parts_.files.ReadBlock(path, offset, part);
-    }
+    std::array<char, 1> byte;
+    parts_.files.ReadBlock(path, 0, byte);
   });
 }
 

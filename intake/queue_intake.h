@@ -2,7 +2,9 @@
 // its priority.
 #pragma once
 
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "intake/compression.h"
@@ -40,7 +42,9 @@ class QueueIntake {
  private:
   void TakeOne(Priority p);
   std::optional<std::string> NextFile(Priority p);
-  bool Queue(Priority p, const std::string& source);
+  bool IsPassedOver(const std::string& folder, const std::string& name);
+  std::unique_ptr<FileHold> Hold(const std::string& source);
+  std::optional<std::string> Queue(Priority p, const std::string& source);
   std::string OldestOfProduct(Priority p, const std::string& file);
   bool CanBeRead(const std::string& path) const;
   bool IsOverwritten(Priority p) const { return IsChecked(parts_.setup.chkOverWrite[p]); }
@@ -58,6 +62,7 @@ class QueueIntake {
   PlacedFiles placed_;
   SteppedOverFiles steppedOver_;
   HeldProducts products_;
+  std::set<std::string> underway_;  // paths of large files that are not ready
   int retries_ = 0;
 };
 

@@ -17,16 +17,60 @@ namespace {
 constexpr const char* kCategory = "Pending";
 /// A file that is refused again and again must neither take every turn nor fill the log.
 constexpr milliseconds kReturnWait{15'000};
+constexpr milliseconds kLookInterval{2'000};
+/// How long an entry waits for a folder that went away, a volume say. Its record brings it back
+/// whenever that happens.
+constexpr milliseconds kLongestAbsence{3'600'000};
+constexpr int kMostTimesInPart = 3;
 
 }  // namespace
 
 void TransmitQueue::GiveBack() {
   RunStep(parts_.reporting, kCategory, [this] {
     parts_.records.Prepare();
-    parts_.handedBack.HandBack();
-    for (const auto& name : parts_.files.ListFiles(parts_.values.TransmitFolder()))
-      parts_.files.Delete(PathOf(name));
+    ClearFolder();
+    parts_.handedBack.HandBack([](Priority, const std::string&) { return false; });
   });
+}
+
+/// What an earlier run left there stands in a record, or in the folder that it came from. The only
+/// copy of a file, queued on a disk without room for a record, is routed again.
+void TransmitQueue::ClearFolder() {
+  for (const auto& name : parts_.files.ListFiles(parts_.values.TransmitFolder())) {
+    if (parts_.values.ingestPath.empty() || parts_.files.NameCount(PathOf(name)) > 1 ||
+        parts_.records.HasCopyOf(PathOf(name))) {
+      parts_.files.Delete(PathOf(name));
+      continue;
+    }
+    const auto& ingestPath = parts_.values.ingestPath;
+    const auto freeName = FirstFreeName(
+        name, [&](const std::string& n) { return parts_.files.Exists(ingestPath + n); });
+    RunStep(parts_.reporting, kCategory,
+            [&] { parts_.copy.MoveFile(PathOf(name), ingestPath + freeName); });
+  }
+}
+
+bool TransmitQueue::RestoreFolder() {
+  if (!ostrel::RestoreFolder(parts_.files, parts_.reporting, parts_.values.TransmitFolder()))
+    return false;
+  ForEachUnended([this](Priority p, Entry& entry) { TryStep([&] { RestoreFile(p, entry); }); });
+  return true;
+}
+
+void TransmitQueue::ForEachUnended(const std::function<void(Priority, Entry&)>& call) {
+  for (const Priority p : AllPriorities()) {
+    for (auto& entry : entries_[p]) {
+      if (entry.state == State::kWaits) call(p, entry);
+    }
+  }
+  for (auto& held : heldBack_) call(held.p, held.entry);
+}
+
+/// Out of the record, which stays.
+void TransmitQueue::RestoreFile(Priority p, Entry& entry) {
+  if (entry.record.empty()) return;
+  parts_.records.Restore(p, entry.record, PathOf(entry.name));
+  entry.hasFile = true;
 }
 
 std::string TransmitQueue::FreeName(std::string name) const {
@@ -37,12 +81,22 @@ std::string TransmitQueue::FreeName(std::string name) const {
 std::string TransmitQueue::Place(const std::string& source, const std::string& name) {
   auto freeName = FreeName(name);
   try {
-    parts_.copy.CopyFile(source, PathOf(freeName));
+    parts_.copy.PlaceFile(source, PathOf(freeName));
   } catch (const Failure&) {
-    RestoreFolder(parts_.files, parts_.reporting, parts_.values.TransmitFolder());
+    RestoreFolder();
     throw;
   }
   return freeName;
+}
+
+void TransmitQueue::Detach(Priority p, const std::string& name) {
+  const auto entry = std::ranges::find(entries_[p], name, &Entry::name);
+  if (entry == entries_[p].end()) return;
+  RunStep(parts_.reporting, kCategory, [&] {
+    parts_.copy.Detach(PathOf(name));
+    if (!entry->record.empty())
+      parts_.records.Keep(PathOf(name), parts_.records.PathOf(p, entry->record));
+  });
 }
 
 void TransmitQueue::Add(Priority p, const std::string& name, const std::string& source) {
@@ -63,11 +117,18 @@ TransmitQueue::Entry TransmitQueue::Recorded(Priority p, const std::string& name
     Entry entry{.name = name, .record = parts_.records.Make(p, name, PathOf(name), source)};
     TryStep([&] { entry.bytes = parts_.files.Status(PathOf(name)).size; });
     entry.since = parts_.clock.Monotonic();
+    entry.home = parts_.records.RootId();
     const auto record = entry.record.empty() ? "" : parts_.records.PathOf(p, entry.record);
     entry.product = parts_.history.Enter(p, source, PathOf(name), record);
     return entry;
   } catch (const Failure&) {
-    TryStep([&] { parts_.files.Delete(PathOf(name)); });
+    // A disk without any room let the file itself move: it goes back then.
+    TryStep([&] {
+      if (parts_.files.Exists(source))
+        parts_.files.Delete(PathOf(name));
+      else
+        parts_.files.Rename(PathOf(name), source);
+    });
     throw;
   }
 }
@@ -205,8 +266,26 @@ void TransmitQueue::CountBlock(Priority p, long long n, long long count) {
   if (n == count) entry.product.lastBlock = parts_.clock.UtcNow();
 }
 
+bool TransmitQueue::IsOnAir(std::string_view name) const {
+  const auto priorities = AllPriorities();
+  return std::any_of(priorities.begin(), priorities.end(),
+                     [&](Priority p) { return IsOnAir(p) && entries_[p].front().name == name; });
+}
+
 void TransmitQueue::Retire(Priority p) {
   sent_.push_back({p, TakeFirst(p)});
+}
+
+void TransmitQueue::RetireInPart(Priority p, const std::string& reason) {
+  auto entry = TakeFirst(p);
+  if (entry.record.empty()) return End(p, entry, Fate::kIncomplete);
+  if (++entry.timesInPart >= kMostTimesInPart) return SetAside(p, std::move(entry), reason);
+  parts_.reporting.WriteLog(
+      kCategory, fmt::format("{} was sent in part and is queued again: {}", entry.name, reason));
+  entry.wasRefused = false;
+  entry.hasFile = false;
+  entry.blocksSent = 0;
+  WaitToReturn(p, std::move(entry));
 }
 
 void TransmitQueue::SendAgain(Priority p) {
@@ -215,26 +294,59 @@ void TransmitQueue::SendAgain(Priority p) {
   parts_.reporting.WriteLog(
       kCategory,
       fmt::format("{} met a file of its name on the air and is sent again.", entry.name));
-  entry.name = FreeName(entry.name);
   entry.wasRefused = false;
-  // What cannot come back now does so at the next start.
-  entry.hasFile = RunStep(parts_.reporting, kCategory,
-                          [&] { parts_.records.Restore(p, entry.record, PathOf(entry.name)); });
+  entry.hasFile = false;
   entry.blocksSent = 0;
-  entry.product.sentAs = entry.name;
-  if (entry.hasFile) ListAgain(p, std::move(entry));
+  if (TryStep([&] { Recover(p, entry); })) return ListAgain(p, std::move(entry));
+  WaitToReturn(p, std::move(entry));
+}
+
+/// Its file comes back out of its record, under a name that is free by now.
+void TransmitQueue::Recover(Priority p, Entry& entry) {
+  const auto name = FreeName(entry.name);
+  parts_.records.Restore(p, entry.record, PathOf(name));
+  entry.name = name;
+  entry.product.sentAs = name;
+  entry.hasFile = true;
+}
+
+/// It was read often enough in vain. An operator finds it among what is on hold.
+void TransmitQueue::SetAside(Priority p, Entry entry, const std::string& reason) {
+  try {
+    const auto held = parts_.held.Take(parts_.records.PathOf(p, entry.record), p, entry.name);
+    parts_.history.Leave(entry.product, held, Fate::kHeld);
+    parts_.reporting.WriteLog(
+        kCategory, fmt::format("{} was sent in part {} times and is on hold: {}", entry.name,
+                               kMostTimesInPart, reason));
+  } catch (const Failure&) {
+    WaitToReturn(p, std::move(entry));
+  }
 }
 
 bool TransmitQueue::HoldBack(Priority p) {
   auto entry = TakeFirst(p);
-  if (!entry.hasFile || !parts_.files.Exists(PathOf(entry.name))) {
+  if (!MayComeBack(entry)) {
     End(p, entry, Fate::kGone);
     return false;
   }
   entry.wasRefused = true;
+  WaitToReturn(p, std::move(entry));
+  return true;
+}
+
+/// A file that cannot be looked at is not gone, nor is one whose whole folder is away.
+bool TransmitQueue::MayComeBack(const Entry& entry) {
+  bool isGone = !entry.hasFile;
+  if (!isGone) TryStep([&] { isGone = !parts_.files.Exists(PathOf(entry.name)); });
+  if (!isGone) return true;
+  LookThrough();
+  const bool isAway = !entry.record.empty() && entry.home != parts_.records.RootId();
+  return isAway && parts_.clock.Monotonic() - entry.since < kLongestAbsence;
+}
+
+void TransmitQueue::WaitToReturn(Priority p, Entry entry) {
   if (IsOverwritten(p)) EndHeldBack(p, StripExtension(entry.name));
   heldBack_.push_back({p, std::move(entry), parts_.clock.Monotonic() + kReturnWait});
-  return true;
 }
 
 bool TransmitQueue::HoldsBackProduct(std::string_view name) const {
@@ -262,11 +374,40 @@ Fate TransmitQueue::FateOfRetired(const Entry& entry) {
 }
 
 void TransmitQueue::ListHeldBack() {
-  while (!heldBack_.empty() && heldBack_.front().returnAt <= parts_.clock.Monotonic()) {
+  const auto now = parts_.clock.Monotonic();
+  if (now >= nextLook_) {
+    nextLook_ = now + kLookInterval;
+    parts_.records.RetryDrops();
+    LookThrough();
+  }
+  while (!heldBack_.empty() && heldBack_.front().returnAt <= now) {
     auto held = std::move(heldBack_.front());
     heldBack_.pop_front();
-    ListAgain(held.p, std::move(held.entry));
+    if (!held.entry.hasFile && !TryStep([&] { Recover(held.p, held.entry); }))
+      WaitToReturn(held.p, std::move(held.entry));
+    else
+      ListAgain(held.p, std::move(held.entry));
   }
+}
+
+/// A folder of records that went away and came back holds what a start would find there.
+void TransmitQueue::LookThrough() {
+  if (!parts_.records.WasReplaced()) return;
+  RunStep(parts_.reporting, kCategory, [this] {
+    parts_.handedBack.HandBack(
+        [this](Priority p, const std::string& record) { return HoldsRecord(p, record); });
+  });
+}
+
+bool TransmitQueue::HoldsRecord(Priority p, const std::string& record) const {
+  const auto holds = [&](const Entry& entry) {
+    return entry.record == record && entry.home == parts_.records.RootId();
+  };
+  const auto isHeld = [&](const Unlisted& unlisted) {
+    return unlisted.p == p && holds(unlisted.entry);
+  };
+  return std::ranges::any_of(entries_[p], holds) || std::ranges::any_of(sent_, isHeld) ||
+         std::ranges::any_of(heldBack_, isHeld);
 }
 
 /// What is listed of the product by now is newer.

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -51,6 +52,8 @@ class TransmitQueue {
     State state = State::kWaits;
     bool hasFile = true;      // the file of its name in RtXmit is its own
     bool wasRefused = false;  // the sent folder did not take its file
+    int timesInPart = 0;      // it went out without all its blocks
+    std::uint64_t home = 0;   // the folder of the records when it came
     std::int64_t bytes = 0;   // of its file, when it came
     milliseconds since{0};    // monotonic: when it came
     ProductRow product = {};  // of the history
@@ -67,7 +70,10 @@ class TransmitQueue {
   /// `name`, or the next name that is free in RtXmit.
   std::string FreeName(std::string name) const;
   std::string PathOf(const std::string& name) const { return parts_.values.InTransmitFolder(name); }
-  /// Copies `source` into RtXmit under `name` or the next free name, which it returns. Throws
+  /// Where RtXmit was removed: makes it anew, and restores the files of its entries out of their
+  /// records. True when it did.
+  bool RestoreFolder();
+  /// Gives `source` a place in RtXmit under `name` or the next free name, which it returns. Throws
   /// Failure.
   std::string Place(const std::string& source, const std::string& name);
 
@@ -78,6 +84,9 @@ class TransmitQueue {
   /// The same in the place of the waiting entry at `position`, which ends.
   void Replace(Priority p, std::size_t position, const std::string& name,
                const std::string& source);
+  /// The source of the file `name`, the newest entry of `p`, stays: the file becomes independent of
+  /// what is written into the source. A failure is reported.
+  void Detach(Priority p, const std::string& name);
   /// Before a file is placed that is to replace the entry at `position`: deletes the file of that
   /// entry, so that its name is free. False when this was done before.
   bool MakeRoom(Priority p, std::size_t position);
@@ -128,14 +137,20 @@ class TransmitQueue {
   void DropFile(Priority p) { DeleteFile(entries_[p].front()); }
   /// Block `n` of its `count` was built and goes to the line.
   void CountBlock(Priority p, long long n, long long count);
+  /// True while an entry of this name is on the air, in whatever priority, or was interrupted.
+  bool IsOnAir(std::string_view name) const;
   /// It has no further block: it leaves the list and ends with the next ReleaseSent.
   void Retire(Priority p);
+  /// It went out without all its blocks, for `reason`: it leaves the list, and comes back out of
+  /// its record after a while. After the third time it is set aside instead.
+  void RetireInPart(Priority p, const std::string& reason);
   /// Another file of its name took its place in the sent folder: it leaves the list, and its file
   /// comes back out of the record as a new entry, unless a newer one of an overwritten product
   /// waits.
   void SendAgain(Priority p);
   /// The sent folder did not take its file: it leaves the list and comes back after a while. When
-  /// there is no file it ends. True when it comes back.
+  /// its file is certainly gone, and not the whole folder with it, it ends. True when it comes
+  /// back.
   bool HoldBack(Priority p);
   /// True while an entry of the product of `name` is held back, in whatever priority.
   bool HoldsBackProduct(std::string_view name) const;
@@ -144,7 +159,9 @@ class TransmitQueue {
   bool HasSent() const { return !sent_.empty(); }
   /// Nothing of the retired entries waits in the port any more.
   void ReleaseSent();
-  /// Lists the entries again that were held back for long enough.
+  /// Lists the entries again that were held back for long enough. Every two seconds: deletes the
+  /// records that could not be deleted before, and where the folder of the records was away and
+  /// came back, restores what they hold and no entry knows.
   void ListHeldBack();
 
  private:
@@ -154,6 +171,15 @@ class TransmitQueue {
     Entry entry;
     milliseconds returnAt{};  // monotonic
   };
+  void ClearFolder();
+  void LookThrough();
+  bool HoldsRecord(Priority p, const std::string& record) const;
+  void ForEachUnended(const std::function<void(Priority, Entry&)>& call);
+  void RestoreFile(Priority p, Entry& entry);
+  void Recover(Priority p, Entry& entry);
+  bool MayComeBack(const Entry& entry);
+  void WaitToReturn(Priority p, Entry entry);
+  void SetAside(Priority p, Entry entry, const std::string& reason);
   Entry Recorded(Priority p, const std::string& name, const std::string& source);
   void Append(Priority p, Entry entry);
   Entry TakeFirst(Priority p);
@@ -172,6 +198,7 @@ class TransmitQueue {
   Parts parts_;
   PerPriority<std::deque<Entry>> entries_;  // as PriorityList shows them
   std::deque<Unlisted> sent_, heldBack_;    // oldest first
+  milliseconds nextLook_{0};                // monotonic: at the folder of the records
 };
 
 }  // namespace ostrel

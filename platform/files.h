@@ -55,6 +55,18 @@ class FileHold {
   virtual bool Delete() = 0;
 };
 
+/// What HoldAlone does where the file system cannot tell who has a file open.
+enum class WhenUnknown {
+  kWait,  // the file counts as in use until it has stood still for a while
+  kTake,  // the file is taken as it is: only the station and its operators lay files there
+};
+
+/// How a file gets its next place.
+enum class Means {
+  kPlace,  // Files::Place
+  kCopy,   // Files::Copy
+};
+
 class Files {
  public:
   virtual ~Files() = default;
@@ -68,7 +80,9 @@ class Files {
   /// All regular files that are not hidden, in the folder's own order.
   virtual std::vector<std::string> ListFiles(const std::string& folder) = 0;
 
-  /// True when anything of that name exists.
+  /// True when anything of that name exists, false when certainly nothing does: it or its folder is
+  /// missing. Throws Failure when that cannot be said, as on a disk that does not answer: a failed
+  /// look is no absence.
   virtual bool Exists(const std::string& path) = 0;
   /// The path as it stands on disk: each component as given if it exists, else the one that differs
   /// in ASCII case alone; what does not exist stays as given. Schedule entries are kept in lower
@@ -82,12 +96,22 @@ class Files {
 
   /// Throws Failure 70 while another process has the file open, or where that cannot be told and
   /// the file was written a moment ago; 53 when it is gone.
-  virtual std::unique_ptr<FileHold> HoldAlone(const std::string& path) = 0;
+  virtual std::unique_ptr<FileHold> HoldAlone(const std::string& path, WhenUnknown whenUnknown) = 0;
 
   /// Copies a regular file whole through a hidden file and a rename: nobody ever sees half of it,
   /// an existing destination is replaced. Its last-write time is the moment of the copy. Returns a
   /// copy_code or the system's own number; kInUse when the source changed meanwhile.
   virtual int Copy(const std::string& source, const std::string& destination, Links links) = 0;
+  /// Gives a regular file its next place, before the caller deletes `source`. Within one file
+  /// system `destination` becomes a second name of the file, and no byte is written; what its
+  /// writer did not flush is flushed. Elsewhere it is copied. A file system that has room for
+  /// neither lets the file itself move: `source` is gone then. In all else as Copy.
+  virtual int Place(const std::string& source, const std::string& destination) = 0;
+  /// True when Place or Copy of `source` into `folder` will not keep the station waiting. For a
+  /// large file the work is begun beside the station, and the answer is false until it is done: ask
+  /// again, at the next tick say. Small files are ready at once. What cannot be prepared is ready,
+  /// and its Place or Copy returns why.
+  virtual bool IsReady(const std::string& source, const std::string& folder, Means means) = 0;
   /// Before `source` is deleted: what was made of it, the file `made`, survives a power failure
   /// from here on. On one file system the order of its changes sees to that and nothing is done;
   /// where the two folders lie on different ones, that of `made` is flushed.
@@ -99,6 +123,11 @@ class Files {
   /// no hard links.
   virtual void Link(const std::string& existing, const std::string& link) = 0;
   virtual void CreateFolder(const std::string& path) = 0;
+  /// Which folder stands at `path`: another number once another one does, as when a volume was
+  /// mounted there. Throws Failure when that cannot be said; 53 or 76 when there is none.
+  virtual std::uint64_t FolderId(const std::string& path) = 0;
+  /// How many names the file at `path` has. Throws Failure.
+  virtual int NameCount(const std::string& path) = 0;
   /// What this account may still write to the file system of `folder`, in bytes.
   virtual std::int64_t FreeBytes(const std::string& folder) = 0;
   /// Removes the hidden files that an interrupted copy left in the folder; content that was being

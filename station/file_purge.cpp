@@ -30,7 +30,8 @@ void FilePurge::PurgeFolder(const Registration& registration) {
   if (registration.folder == parts_.values.TransmitFolder() + "/") {
     parts_.queue.Purge(limit);
   } else {
-    DeleteOlder(parts_.files, registration.folder, limit);
+    DeleteOlder(parts_.files, registration.folder, limit,
+                [this](const std::string& name) { return parts_.queue.IsOnAir(name); });
   }
 }
 

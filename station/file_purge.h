@@ -1,6 +1,7 @@
 // Deletes files that waited too long, and sees how much room there is: looks at its folders at its
 // start and every minute, and removes what was last written before the age limit. The transmit
-// folder belongs to the queue, which is asked to do it there.
+// folder belongs to the queue, which is asked to do it there. A file on the air, or interrupted
+// there, stays until it is off.
 #pragma once
 
 #include <string>

@@ -128,7 +128,7 @@ std::string QueueOperations::SendAgain(const std::string& account, const Resend&
 
 std::string QueueOperations::GiveCopy(const std::string& source, Priority p,
                                       const std::string& file) {
-  const auto copy = parts_.records.MakeCopy(p, source, file);
+  const auto copy = parts_.records.MakeOf(p, source, file);
   try {
     return parts_.handedBack.GiveBack(copy, p, file);
   } catch (const std::exception&) {

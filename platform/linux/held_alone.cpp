@@ -1,16 +1,13 @@
 #include "platform/linux/held_alone.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <cstdio>
 #include <fcntl.h>
-#include <linux/magic.h>
 #include <signal.h>
-#include <sys/vfs.h>
 
 #include "base/names.h"
 #include "platform/linux/file_io.h"
+#include "platform/linux/local_file_system.h"
 #include "platform/linux/system_error.h"
 #include "platform/linux/temporary_file.h"
 
@@ -21,32 +18,15 @@ namespace {
 // would end the program; this one does nothing unless asked for.
 constexpr int kLeaseSignal = SIGURG;
 
-#ifndef CIFS_SUPER_MAGIC
-#define CIFS_SUPER_MAGIC 0xFF534D42
-#endif
-#ifndef SMB2_SUPER_MAGIC
-#define SMB2_SUPER_MAGIC 0xFE534D42
-#endif
-
-/// A network share refuses a lease as if the file were open elsewhere, whenever its server has
-/// granted none to this computer: the refusal says nothing there.
-bool LiesOnAShare(int descriptor) {
-  struct statfs system;
-  if (fstatfs(descriptor, &system) != 0) return false;
-  const auto magic = static_cast<std::uint32_t>(system.f_type);
-  const std::uint32_t shares[] = {NFS_SUPER_MAGIC, SMB_SUPER_MAGIC, CIFS_SUPER_MAGIC,
-                                  SMB2_SUPER_MAGIC};
-  return std::ranges::find(shares, magic) != std::end(shares);
-}
-
 }  // namespace
 
+/// On a share, or behind a file system in user space, neither a lease nor its refusal says
+/// anything: the writer may be on another computer.
 LeaseAnswer TakeLease(int descriptor) {
+  if (!LiesOnLocalFileSystem(descriptor)) return LeaseAnswer::kNone;
   fcntl(descriptor, F_SETSIG, kLeaseSignal);
-  if (fcntl(descriptor, F_SETLEASE, F_WRLCK) != 0) {
-    const bool isOpenElsewhere = errno == EAGAIN && !LiesOnAShare(descriptor);
-    return isOpenElsewhere ? LeaseAnswer::kOpenElsewhere : LeaseAnswer::kNone;
-  }
+  if (fcntl(descriptor, F_SETLEASE, F_WRLCK) != 0)
+    return errno == EAGAIN ? LeaseAnswer::kOpenElsewhere : LeaseAnswer::kNone;
   if (fcntl(descriptor, F_SETLEASE, F_RDLCK) == 0) return LeaseAnswer::kGiven;
   fcntl(descriptor, F_SETLEASE, F_UNLCK);  // somebody came in between
   return LeaseAnswer::kOpenElsewhere;
@@ -56,6 +36,7 @@ LeaseAnswer TakeLease(int descriptor) {
 /// to a name first that nobody looks for: who found it before that is waiting for the lease by
 /// then.
 bool LinuxFileHold::Delete() {
+  if (HasMoved()) return IsUnwritten();
   if (!IsAlone(path_)) return false;
   const auto aside = TemporaryPath(FolderToCreateIn(path_));
   if (rename(path_.c_str(), aside.c_str()) != 0) ThrowFileFailure(errno, path_);
@@ -70,8 +51,19 @@ bool LinuxFileHold::Delete() {
 }
 
 bool LinuxFileHold::IsAlone(const std::string& path) const {
-  if (!IsUnchanged(file_.Get(), status_) || !IsHere(path)) return false;
-  return lease_ != LeaseAnswer::kGiven || fcntl(file_.Get(), F_GETLEASE) == F_RDLCK;
+  return IsUnwritten() && IsHere(path);
+}
+
+/// A lease says more than the times do, and lasts over a stamp of the station's own.
+bool LinuxFileHold::IsUnwritten() const {
+  if (lease_ == LeaseAnswer::kGiven) return fcntl(file_.Get(), F_GETLEASE) == F_RDLCK;
+  return IsUnchanged(file_.Get(), status_);
+}
+
+/// The station itself moved it on, on a disk without room for a second name.
+bool LinuxFileHold::HasMoved() const {
+  struct stat present;
+  return lstat(path_.c_str(), &present) != 0 && errno == ENOENT;
 }
 
 bool LinuxFileHold::IsHere(const std::string& path) const {

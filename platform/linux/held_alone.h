@@ -31,6 +31,8 @@ class LinuxFileHold : public FileHold {
 
  private:
   bool IsAlone(const std::string& path) const;
+  bool IsUnwritten() const;
+  bool HasMoved() const;
   bool IsHere(const std::string& path) const;
   void PutBack(const std::string& aside) const;
 

@@ -74,21 +74,6 @@ bool LockIfFree(int descriptor) {
   return flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 
-/// Reads the source, of `size` bytes, to its end into `copy`. Returns a copy code.
-int CopyContent(const Descriptor& source, std::int64_t size, TemporaryFile& copy, Clock& clock) {
-  std::array<char, 64 * 1024> buffer;
-  for (std::int64_t offset = 0;;) {
-    clock.CheckStop();
-    const std::int64_t count = ReadFully(source.Get(), offset, buffer);
-    if (count < 0) return SourceCopyCode(static_cast<int>(-count));
-    if (count == 0) return copy_code::kDone;
-    if (offset >= size) return copy_code::kInUse;  // somebody adds to it, for ever perhaps
-    const int error = copy.Write({buffer.data(), static_cast<std::size_t>(count)});
-    if (error != 0) return DestinationCopyCode(error);
-    offset += count;
-  }
-}
-
 }  // namespace
 
 std::optional<std::string> LinuxFiles::FirstFile(const std::string& folder,
@@ -116,7 +101,10 @@ std::vector<std::string> LinuxFiles::ListFiles(const std::string& folder) {
 
 bool LinuxFiles::Exists(const std::string& path) {
   struct stat status;
-  return lstat(path.c_str(), &status) == 0;
+  if (lstat(path.c_str(), &status) == 0) return true;
+  const bool isAbsent = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG;
+  if (!isAbsent) ThrowFileFailure(errno, path);
+  return false;
 }
 
 std::string LinuxFiles::ActualPath(const std::string& path) {
@@ -150,7 +138,7 @@ void LinuxFiles::SetLastWriteTime(const std::string& path, UtcTime time) {
   Check(utimensat(AT_FDCWD, path.c_str(), times, 0), path);
 }
 
-std::unique_ptr<FileHold> LinuxFiles::HoldAlone(const std::string& path) {
+std::unique_ptr<FileHold> LinuxFiles::HoldAlone(const std::string& path, WhenUnknown whenUnknown) {
   Descriptor file = OpenToRead(path, Links::kRefused);
   if (!file) ThrowFileFailure(errno, path);
   const auto lease = TakeLease(file.Get());
@@ -159,22 +147,55 @@ std::unique_ptr<FileHold> LinuxFiles::HoldAlone(const std::string& path) {
   if (!S_ISREG(status.st_mode)) ThrowFileFailure(EACCES, path);
   bool isAlone = lease == LeaseAnswer::kGiven;
   if (lease == LeaseAnswer::kNone)
-    isAlone = LockIfFree(file.Get()) && quiet_.IsQuiet(path, status, clock_.Monotonic());
+    isAlone = whenUnknown == WhenUnknown::kTake ||
+              (LockIfFree(file.Get()) && quiet_.IsQuiet(path, status, clock_.Monotonic()));
   if (!isAlone) ThrowFileFailure(EBUSY, path);
   return std::make_unique<LinuxFileHold>(std::move(file), path, status, lease);
 }
 
 int LinuxFiles::Copy(const std::string& source, const std::string& destination, Links links) {
   const Descriptor from = OpenToRead(source, links);
-  struct stat before;
-  if (!from || fstat(from.Get(), &before) != 0) return SourceCopyCode(errno);
-  if (!S_ISREG(before.st_mode)) return copy_code::kAccessDenied;
-  TemporaryFile copy(FolderToCreateIn(destination));
+  struct stat status;
+  if (!from || fstat(from.Get(), &status) != 0) return SourceCopyCode(errno);
+  if (!S_ISREG(status.st_mode)) return copy_code::kAccessDenied;
+  return CopyOpened({from, status, source}, destination);
+}
+
+/// Takes the copy that was prepared, where one was.
+int LinuxFiles::CopyOpened(const PlacedSource& source, const std::string& destination) {
+  const auto folder = FolderToCreateIn(destination);
+  if (auto prepared = large_.Take(source, folder)) {
+    if (prepared->code != copy_code::kDone) return prepared->code;
+    return DestinationCopyCode(prepared->copy->Commit(destination, clock_.UtcNow()));
+  }
+  TemporaryFile copy(folder);
   if (copy.Error() != 0) return DestinationCopyCode(copy.Error());
-  const int code = CopyContent(from, before.st_size, copy, clock_);
+  const int code = CopyContent(source, copy, [this] { clock_.CheckStop(); });
   if (code != copy_code::kDone) return code;
-  if (!IsUnchanged(from.Get(), before)) return copy_code::kInUse;  // half old, half new, it may be
   return DestinationCopyCode(copy.Commit(destination, clock_.UtcNow()));
+}
+
+int LinuxFiles::Place(const std::string& source, const std::string& destination) {
+  const Descriptor from = OpenToRead(source, Links::kRefused);
+  struct stat status;
+  if (!from || fstat(from.Get(), &status) != 0) return SourceCopyCode(errno);
+  if (!S_ISREG(status.st_mode)) return copy_code::kAccessDenied;
+  const PlacedSource placed{from, status, source};
+  if (MayHaveSecondName(placed, FolderToCreateIn(destination)) &&
+      GiveSecondName(placed, destination, clock_.UtcNow()) == 0)
+    return copy_code::kDone;
+  const int code = CopyOpened(placed, destination);
+  if (code != copy_code::kDiskFull) return code;
+  const int error = MoveFileItself(placed, destination, clock_.UtcNow());
+  return error == 0 ? copy_code::kDone : code;
+}
+
+bool LinuxFiles::IsReady(const std::string& source, const std::string& folder, Means means) {
+  const Descriptor from = OpenToRead(source, Links::kFollowed);
+  struct stat status;
+  if (!from || fstat(from.Get(), &status) != 0) return true;
+  if (!S_ISREG(status.st_mode) || status.st_size < kLargeFile) return true;
+  return large_.IsReady({from, status, source}, folder, means, clock_.Monotonic());
 }
 
 void LinuxFiles::Secure(const std::string& made, const std::string& source) {
@@ -207,6 +228,16 @@ void LinuxFiles::Link(const std::string& existing, const std::string& link) {
 
 void LinuxFiles::CreateFolder(const std::string& path) {
   Check(mkdir(path.c_str(), 0777), path);
+}
+
+std::uint64_t LinuxFiles::FolderId(const std::string& path) {
+  const auto status = StatusOf(path);
+  return static_cast<std::uint64_t>(status.st_dev) << 48 ^
+         static_cast<std::uint64_t>(status.st_ino);
+}
+
+int LinuxFiles::NameCount(const std::string& path) {
+  return static_cast<int>(StatusOf(path).st_nlink);
 }
 
 std::int64_t LinuxFiles::FreeBytes(const std::string& folder) {

@@ -4,6 +4,7 @@
 
 #include "platform/clock.h"
 #include "platform/files.h"
+#include "platform/linux/large_files.h"
 #include "platform/linux/quiet_files.h"
 
 namespace ostrel {
@@ -20,13 +21,17 @@ class LinuxFiles : public Files {
   std::string RealPath(const std::string& path) override;
   FileStatus Status(const std::string& path) override;
   void SetLastWriteTime(const std::string& path, UtcTime time) override;
-  std::unique_ptr<FileHold> HoldAlone(const std::string& path) override;
+  std::unique_ptr<FileHold> HoldAlone(const std::string& path, WhenUnknown whenUnknown) override;
   int Copy(const std::string& source, const std::string& destination, Links links) override;
+  int Place(const std::string& source, const std::string& destination) override;
+  bool IsReady(const std::string& source, const std::string& folder, Means means) override;
   void Secure(const std::string& made, const std::string& source) override;
   void Delete(const std::string& path) override;
   void Rename(const std::string& source, const std::string& destination) override;
   void Link(const std::string& existing, const std::string& link) override;
   void CreateFolder(const std::string& path) override;
+  std::uint64_t FolderId(const std::string& path) override;
+  int NameCount(const std::string& path) override;
   std::int64_t FreeBytes(const std::string& folder) override;
   void RemoveTemporaries(const std::string& folder) override;
   std::size_t ReadBlock(const std::string& path, std::int64_t offset,
@@ -36,8 +41,11 @@ class LinuxFiles : public Files {
   void Append(const std::string& path, std::string_view content) override;
 
  private:
+  int CopyOpened(const PlacedSource& source, const std::string& destination);
+
   Clock& clock_;
   QuietFiles quiet_;
+  LargeFiles large_;
 };
 
 }  // namespace ostrel

@@ -9,7 +9,7 @@
 namespace ostrel {
 namespace {
 
-constexpr seconds kQuietTime{2};
+constexpr seconds kQuietTime{10};
 constexpr std::size_t kMostLooks = 100;
 
 }  // namespace

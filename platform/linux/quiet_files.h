@@ -15,8 +15,8 @@ namespace ostrel {
 class QuietFiles {
  public:
   /// True when the file at `path`, which stands as `status` tells, has been seen with this size and
-  /// last-write time two seconds or more before `now`, which is monotonic. Looks at the files
-  /// around it too when it is new, so that not each of many waits its two seconds after the other.
+  /// last-write time ten seconds or more before `now`, which is monotonic. Looks at the files
+  /// around it too when it is new, so that not each of many waits its ten seconds after the other.
   bool IsQuiet(const std::string& path, const struct stat& status, milliseconds now);
 
  private:

@@ -51,8 +51,12 @@ int TemporaryFile::SetMode(unsigned mode) {
   return fchmod(file_.Get(), mode) == 0 ? 0 : errno;
 }
 
+int TemporaryFile::Flush() {
+  return fdatasync(file_.Get()) == 0 ? 0 : errno;
+}
+
 int TemporaryFile::Commit(const std::string& path, UtcTime time) {
-  if (fdatasync(file_.Get()) != 0) return errno;
+  if (const int error = Flush(); error != 0) return error;
   const timespec stamp = ToTimespec(time);
   const timespec stamps[] = {stamp, stamp};
   if (futimens(file_.Get(), stamps) != 0) return errno;

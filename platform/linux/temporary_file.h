@@ -21,10 +21,14 @@ class TemporaryFile {
 
   /// The system's error of making it; 0 when it stands.
   int Error() const { return error_; }
+  /// Its descriptor, open for reading and writing; what is written goes to the end.
+  int Get() const { return file_.Get(); }
 
   // Each returns 0 or the system's error.
   int Write(std::string_view bytes);
   int SetMode(unsigned mode);
+  /// Flushes the content to the disk.
+  int Flush();
   /// Flushes the content to the disk, stamps it with `time`, and gives it its name.
   /// Where the file of that name is kept from being replaced but may be written, its content is
   /// overwritten; it bears the system's time then.

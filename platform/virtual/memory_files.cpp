@@ -137,7 +137,8 @@ void MemoryFiles::SetLastWriteTime(const std::string& path, UtcTime time) {
   FileAt(path).written = time;
 }
 
-std::unique_ptr<FileHold> MemoryFiles::HoldAlone(const std::string& path) {
+std::unique_ptr<FileHold> MemoryFiles::HoldAlone(const std::string& path,
+                                                 WhenUnknown /*whenUnknown*/) {
   FileAt(path);
   return std::make_unique<MemoryFileHold>(*this, path);
 }
@@ -146,6 +147,14 @@ int MemoryFiles::Copy(const std::string& source, const std::string& destination,
   if (!Exists(source)) return copy_code::kFileNotFound;
   if (!FindFolder(FolderOf(destination))) return copy_code::kPathNotFound;
   WriteAll(destination, std::string(FileAt(source).content));
+  return copy_code::kDone;
+}
+
+int MemoryFiles::Place(const std::string& source, const std::string& destination) {
+  if (!Exists(source)) return copy_code::kFileNotFound;
+  if (!FindFolder(FolderOf(destination))) return copy_code::kPathNotFound;
+  Link(source, destination);
+  FileAt(destination).written = clock_.UtcNow();
   return copy_code::kDone;
 }
 
@@ -171,6 +180,16 @@ void MemoryFiles::CreateFolder(const std::string& path) {
   FolderAround(path);
   const auto [folder, isNew] = folders_.try_emplace(std::string(WithoutSeparator(path)));
   if (!isNew) throw Failure(failure_number::kPathAccess, "File exists: " + path);
+}
+
+std::uint64_t MemoryFiles::FolderId(const std::string& path) {
+  if (!FindFolder(path)) throw Failure(failure_number::kPathNotFound, "Path not found: " + path);
+  return 1;
+}
+
+int MemoryFiles::NameCount(const std::string& path) {
+  FileAt(path);
+  return static_cast<int>(FolderAround(path).Find(FileNameOf(path))->use_count());
 }
 
 std::size_t MemoryFiles::ReadBlock(const std::string& path, std::int64_t offset,

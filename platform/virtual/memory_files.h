@@ -35,14 +35,22 @@ class MemoryFiles : public Files {
   FileStatus Status(const std::string& path) override;
   void SetLastWriteTime(const std::string& path, UtcTime time) override;
   /// Nobody but the station has anything open here.
-  std::unique_ptr<FileHold> HoldAlone(const std::string& path) override;
+  std::unique_ptr<FileHold> HoldAlone(const std::string& path, WhenUnknown whenUnknown) override;
   int Copy(const std::string& source, const std::string& destination, Links links) override;
+  int Place(const std::string& source, const std::string& destination) override;
+  /// Nothing takes time here.
+  bool IsReady(const std::string& /*source*/, const std::string& /*folder*/,
+               Means /*means*/) override {
+    return true;
+  }
   /// No power fails here.
   void Secure(const std::string& /*made*/, const std::string& /*source*/) override {}
   void Delete(const std::string& path) override;
   void Rename(const std::string& source, const std::string& destination) override;
   void Link(const std::string& existing, const std::string& link) override;
   void CreateFolder(const std::string& path) override;
+  std::uint64_t FolderId(const std::string& path) override;
+  int NameCount(const std::string& path) override;
   std::int64_t FreeBytes(const std::string& /*folder*/) override { return INT64_MAX; }
   /// Nothing is ever left half done.
   void RemoveTemporaries(const std::string& /*folder*/) override {}

@@ -58,6 +58,16 @@ class TroubledFiles : public FaultyFiles {
     After();
     return code;
   }
+  /// Leads across as a copy.
+  int Place(const std::string& s, const std::string& d) override {
+    if (DiskOf(s) != DiskOf(d)) return Copy(s, d, Links::kRefused);
+    if (IsRefused()) return trouble_.copyCode;
+    Amidst(d);
+    Remember(d);
+    const int code = real_.Place(s, d);
+    After();
+    return code;
+  }
   void WriteAll(const std::string& p, std::string_view c) override {
     Change(
         [&](Files& real, const auto&) {

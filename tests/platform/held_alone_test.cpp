@@ -54,7 +54,7 @@ class HeldAlone : public testing::Test {
 
   Descriptor Open(int flags) const { return Descriptor(open(path_.c_str(), flags)); }
   int Test() {
-    return FailureOf([&] { files_.HoldAlone(path_); });
+    return FailureOf([&] { files_.HoldAlone(path_, WhenUnknown::kWait); });
   }
 
   TemporaryFolder folder_;
@@ -67,16 +67,16 @@ TEST_F(HeldAlone, EndsWhenSomebodyWantsToWriteAndNotByReading) {
   Descriptor holder = Open(O_RDONLY);
   EXPECT_EQ(Test(), 70);
   holder.Reset();
-  auto hold = files_.HoldAlone(path_);
+  auto hold = files_.HoldAlone(path_, WhenUnknown::kWait);
   EXPECT_TRUE(Open(O_RDONLY));
   EXPECT_EQ(files_.Copy(path_, folder_ / "copy", Links::kRefused), copy_code::kDone);
   EXPECT_TRUE(hold->Delete());
   files_.WriteAll(path_, "second");
-  hold = files_.HoldAlone(path_);
+  hold = files_.HoldAlone(path_, WhenUnknown::kWait);
   EXPECT_FALSE(Open(O_WRONLY | O_NONBLOCK));  // would wait
   EXPECT_FALSE(hold->Delete());
   hold.reset();
-  hold = files_.HoldAlone(path_);
+  hold = files_.HoldAlone(path_, WhenUnknown::kWait);
   files_.WriteAll(path_, "third");
   EXPECT_FALSE(hold->Delete());
   EXPECT_EQ(files_.ReadAll(path_), "third");
@@ -103,12 +103,13 @@ TEST_F(HeldAlone, IsAFileThatStandsUnchangedForTwoSecondsWhereLeasesSayNothing) 
     clock_.Advance(1999ms);
     EXPECT_EQ(Test(), 70);
     clock_.Advance(1ms);
-    EXPECT_NO_THROW(files_.HoldAlone(folder_ / "neighbour")) << "it waited at the same time";
-    auto hold = files_.HoldAlone(path_);
+    EXPECT_NO_THROW(files_.HoldAlone(folder_ / "neighbour", WhenUnknown::kWait))
+        << "it waited at the same time";
+    auto hold = files_.HoldAlone(path_, WhenUnknown::kWait);
     EXPECT_EQ(Test(), 70) << "locked";
     files_.Append(path_, "late");
     EXPECT_FALSE(hold->Delete());
-    EXPECT_TRUE(files_.HoldAlone(folder_ / "neighbour")->Delete());
+    EXPECT_TRUE(files_.HoldAlone(folder_ / "neighbour", WhenUnknown::kWait)->Delete());
   }
   leaseError = EAGAIN, fileSystem = EXT4_SUPER_MAGIC;
   Test();

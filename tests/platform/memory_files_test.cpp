@@ -35,7 +35,7 @@ std::string Step(Files& files, const std::string& root, std::mt19937 random) {
       [&] { answer = fmt::format("{}", files.Copy(name, other, Links::kRefused)); },
       [&] { answer.assign(block.data(), files.ReadBlock(name, 3, block)); },
       [&] { answer = files.ReadAll(name); },
-      [&] { answer = fmt::format("{}", files.HoldAlone(name)->Delete()); },
+      [&] { answer = fmt::format("{}", files.HoldAlone(name, WhenUnknown::kWait)->Delete()); },
       [&] { answer = files.ActualPath(name).substr(root.size()); },
       [&] { answer = fmt::format("{} {}", files.Status(name).size, files.Exists(other)); }};
   const auto number = FailureOf(steps[random() % std::size(steps)]);

@@ -13,8 +13,8 @@ class FaultyFiles : public Files {
  public:
   /// Called with the file before its step; throws to fail it.
   using Fault = std::function<void(const std::string& path)>;
-  Fault listFault, statusFault, lockFault, deleteFault, readFault, writeFault, appendFault,
-      renameFault, linkFault;
+  Fault listFault, lookFault, statusFault, lockFault, deleteFault, readFault, writeFault,
+      appendFault, renameFault, linkFault;
   /// Returns a copy code, 0 to let the copy happen.
   std::function<int(const std::string& source, const std::string& destination)> copyFault;
   std::function<void(std::string_view content)> onAppend;
@@ -34,17 +34,24 @@ class FaultyFiles : public Files {
     if (isSorted) std::sort(names.begin(), names.end());
     return names;
   }
-  bool Exists(const std::string& p) override { return real_.Exists(p); }
+  bool Exists(const std::string& p) override { return Past(lookFault, p).Exists(p); }
   std::string ActualPath(const std::string& p) override { return real_.ActualPath(p); }
   std::string RealPath(const std::string& p) override { return real_.RealPath(p); }
   FileStatus Status(const std::string& p) override { return Past(statusFault, p).Status(p); }
   void SetLastWriteTime(const std::string& p, UtcTime t) override { real_.SetLastWriteTime(p, t); }
-  std::unique_ptr<FileHold> HoldAlone(const std::string& p) override {
-    return std::make_unique<Hold>(*this, p, Past(lockFault, p).HoldAlone(p));
+  std::unique_ptr<FileHold> HoldAlone(const std::string& p, WhenUnknown w) override {
+    return std::make_unique<Hold>(*this, p, Past(lockFault, p).HoldAlone(p, w));
   }
   int Copy(const std::string& s, const std::string& d, Links l) override {
     const int code = copyFault ? copyFault(s, d) : copy_code::kDone;
     return code != copy_code::kDone ? code : real_.Copy(s, d, l);
+  }
+  int Place(const std::string& s, const std::string& d) override {
+    const int code = copyFault ? copyFault(s, d) : copy_code::kDone;
+    return code != copy_code::kDone ? code : real_.Place(s, d);
+  }
+  bool IsReady(const std::string& s, const std::string& f, Means m) override {
+    return real_.IsReady(s, f, m);
   }
   void Secure(const std::string& m, const std::string& s) override { real_.Secure(m, s); }
   void Delete(const std::string& p) override { Past(deleteFault, p).Delete(p); }
@@ -53,6 +60,8 @@ class FaultyFiles : public Files {
   }
   void Link(const std::string& e, const std::string& l) override { Past(linkFault, l).Link(e, l); }
   void CreateFolder(const std::string& p) override { real_.CreateFolder(p); }
+  std::uint64_t FolderId(const std::string& p) override { return Past(lookFault, p).FolderId(p); }
+  int NameCount(const std::string& p) override { return real_.NameCount(p); }
   std::int64_t FreeBytes(const std::string& f) override { return real_.FreeBytes(f); }
   void RemoveTemporaries(const std::string& f) override { real_.RemoveTemporaries(f); }
   std::size_t ReadBlock(const std::string& p, std::int64_t o, std::span<char> b) override {
