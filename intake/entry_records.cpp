@@ -89,9 +89,13 @@ void EntryRecords::Drop(Priority p, const std::string& record) {
 }
 
 bool EntryRecords::WasReplaced() {
-  std::uint64_t present = root_;
-  TryStep([&] { present = parts_.files.FolderId(Root()); });
-  return std::exchange(root_, present) != present;
+  auto present = root_;
+  try {
+    present = parts_.files.FolderId(Root());
+  } catch (const Failure& failure) {
+    if (failure.IsMissing()) present = 0;
+  }
+  return std::exchange(root_, present) != present && present != 0;
 }
 
 bool EntryRecords::HasCopyOf(const std::string& file) {

@@ -50,7 +50,7 @@ class EntryRecords {
   void Drop(Priority p, const std::string& record);
   void RetryDrops() { undeleted_.Retry(); }
 
-  /// Which folder holds the records at present, as of the last start or WasReplaced.
+  /// Which folder holds the records, as of the last start or WasReplaced; 0 while there is none.
   std::uint64_t RootId() const { return root_; }
   /// True when another folder stands in its place since the last call, as after a volume came back.
   bool WasReplaced();

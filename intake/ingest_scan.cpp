@@ -176,7 +176,7 @@ void IngestScan::Unpack(const std::string& path) {
 bool IngestScan::MakeCopies(const std::string& listedName, const std::string& name) {
   const auto& folder = parts_.values.ingestPath;
   const auto known = large_.find(listedName);
-  int made = known == large_.end() ? 0 : known->second.copies;
+  const int made = known == large_.end() ? 0 : known->second.copies;
   int number = 0;
   for (const auto& entry : parts_.rules.CopiesOf(name)) {
     for (int j = 1; j < std::min(entry.count, kMostCopies); ++j) {
@@ -187,12 +187,10 @@ bool IngestScan::MakeCopies(const std::string& listedName, const std::string& na
         break;
       }
       if (++number <= made) continue;
-      if (!IsReady(listedName, std::string(FolderOf(folder)), Means::kCopy)) {
-        large_[listedName].copies = made;
-        return false;
-      }
+      if (!IsReady(listedName, std::string(FolderOf(folder)), Means::kCopy)) return false;
       parts_.copy.CopyFile(folder + listedName, folder + copy);
-      ++made;
+      const auto large = large_.find(listedName);
+      if (large != large_.end()) large->second.copies = number;
     }
   }
   return true;

@@ -75,7 +75,10 @@ void QueueIntake::TakeOne(Priority p) {
   if (RunRetried(*file, [&] { hold = Hold(source); }) && !isDone) queuedAs = Queue(p, source);
   if (!hold || (!isDone && !queuedAs)) {
     // It stays for a later call: its own trouble must not hold up the others. A full disk passes.
-    if (!hold || !CanBeRead(source)) steppedOver_.StepOver(source);
+    if (!hold)
+      steppedOver_.StepOver(source, SteppedOverFiles::Versions::kAll);
+    else if (!CanBeRead(source))
+      steppedOver_.StepOver(source);
     return;
   }
   bool isGone = false;

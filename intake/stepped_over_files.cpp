@@ -14,7 +14,7 @@ constexpr milliseconds kLongestWait{640'000};
 
 }  // namespace
 
-void SteppedOverFiles::StepOver(const std::string& path) {
+void SteppedOverFiles::StepOver(const std::string& path, Versions versions) {
   const auto now = clock_.Monotonic();
   // Those that were due long ago and did not come again are gone.
   std::erase_if(waits_, [&](const auto& wait) { return now - wait.second.end > kLongestWait; });
@@ -23,14 +23,14 @@ void SteppedOverFiles::StepOver(const std::string& path) {
   auto length = kFirstWait;
   if (before != waits_.end() && before->second.file == status)
     length = std::min(before->second.length * 2, kLongestWait);
-  waits_.insert_or_assign(path, Wait{status, length, now + length});
+  waits_.insert_or_assign(path, Wait{status, length, now + length, versions});
 }
 
 bool SteppedOverFiles::IsPassedOver(const std::string& folder, const std::string& name) const {
   if (waits_.empty()) return false;
   const auto wait = waits_.find(JoinPath(folder, name));
   return wait != waits_.end() && clock_.Monotonic() < wait->second.end &&
-         StatusOf(wait->first) == wait->second.file;
+         (wait->second.versions == Versions::kAll || StatusOf(wait->first) == wait->second.file);
 }
 
 FileStatus SteppedOverFiles::StatusOf(const std::string& path) const {

@@ -14,10 +14,15 @@ class SteppedOverFiles {
  public:
   SteppedOverFiles(Files& files, Clock& clock) : files_(files), clock_(clock) {}
 
+  /// Which files of the name wait.
+  enum class Versions {
+    kThisOne,  // another one in its place does not
+    kAll,      // it changes all the time, as somebody writes into it
+  };
   /// The file at `path` failed: passed over for ten seconds, twice as long at each further failure,
   /// eleven minutes at most.
-  void StepOver(const std::string& path);
-  /// True while the file waits. Another file in its place does not.
+  void StepOver(const std::string& path, Versions versions = Versions::kThisOne);
+  /// True while the file waits.
   bool IsPassedOver(const std::string& folder, const std::string& name) const;
 
  private:
@@ -25,6 +30,7 @@ class SteppedOverFiles {
     FileStatus file;
     milliseconds length;
     milliseconds end;  // monotonic
+    Versions versions;
   };
   FileStatus StatusOf(const std::string& path) const;
 

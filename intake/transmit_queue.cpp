@@ -53,24 +53,24 @@ void TransmitQueue::ClearFolder() {
 bool TransmitQueue::RestoreFolder() {
   if (!ostrel::RestoreFolder(parts_.files, parts_.reporting, parts_.values.TransmitFolder()))
     return false;
-  ForEachUnended([this](Priority p, Entry& entry) { TryStep([&] { RestoreFile(p, entry); }); });
+  ForEachWithFile([this](Priority p, Entry& entry) { TryStep([&] { RestoreFile(p, entry); }); });
   return true;
 }
 
-void TransmitQueue::ForEachUnended(const std::function<void(Priority, Entry&)>& call) {
+void TransmitQueue::ForEachWithFile(const std::function<void(Priority, Entry&)>& call) {
   for (const Priority p : AllPriorities()) {
     for (auto& entry : entries_[p]) {
-      if (entry.state == State::kWaits) call(p, entry);
+      if (entry.hasFile) call(p, entry);
     }
   }
-  for (auto& held : heldBack_) call(held.p, held.entry);
+  for (auto& held : heldBack_) {
+    if (held.entry.hasFile) call(held.p, held.entry);
+  }
 }
 
 /// Out of the record, which stays.
 void TransmitQueue::RestoreFile(Priority p, Entry& entry) {
-  if (entry.record.empty()) return;
-  parts_.records.Restore(p, entry.record, PathOf(entry.name));
-  entry.hasFile = true;
+  if (!entry.record.empty()) parts_.records.Restore(p, entry.record, PathOf(entry.name));
 }
 
 std::string TransmitQueue::FreeName(std::string name) const {

@@ -174,7 +174,7 @@ class TransmitQueue {
   void ClearFolder();
   void LookThrough();
   bool HoldsRecord(Priority p, const std::string& record) const;
-  void ForEachUnended(const std::function<void(Priority, Entry&)>& call);
+  void ForEachWithFile(const std::function<void(Priority, Entry&)>& call);
   void RestoreFile(Priority p, Entry& entry);
   void Recover(Priority p, Entry& entry);
   bool MayComeBack(const Entry& entry);

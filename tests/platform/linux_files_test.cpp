@@ -189,5 +189,50 @@ TEST_F(LinuxFilesTest, TakesNamesAndModesAsTheyAre) {
   EXPECT_EQ(fs::status(lower).permissions(), fs::perms{0640});
 }
 
+TEST_F(LinuxFilesTest, PlacesAFileByASecondName) {
+  files_.WriteAll(Path("source"), "content");
+  files_.WriteAll(Path("placed"), "older");
+  clock_.Advance(1h);
+  ASSERT_EQ(files_.Place(Path("source"), Path("placed")), copy_code::kDone);
+  EXPECT_EQ(files_.NameCount(Path("placed")), 2);
+  EXPECT_EQ(files_.Status(Path("placed")).written, clock_.UtcNow());
+  EXPECT_EQ(files_.Place(Path("source"), Path("placed")), copy_code::kDone) << "once more";
+  EXPECT_EQ(files_.Place(Path("source"), Path("none/placed")), copy_code::kPathNotFound);
+  EXPECT_EQ(Entries(), (Names{"source", "placed"}));
+}
+
+TEST_F(LinuxFilesTest, AFailedLookIsNoAbsence) {
+  fs::create_symlink("loop", Path("loop"));
+  files_.WriteAll(Path("file"), "");
+  EXPECT_EQ(FailureOf([&] { files_.Exists(Path("loop/file")); }), ELOOP);
+  for (const auto* absent : {"none", "none/file", "file/below"})
+    EXPECT_FALSE(files_.Exists(Path(absent))) << absent;
+  EXPECT_FALSE(files_.Exists(Path(std::string(300, 'L'))));
+}
+
+TEST_F(LinuxFilesTest, PreparesALargeCopyBesideTheStation) {
+  std::string content(3 * 1024 * 1024, 'x');
+  files_.WriteAll(Path("large"), content);
+  const auto isReady = [&](Means means) {
+    return files_.IsReady(Path("large"), folder_.path(), means);
+  };
+  const auto waitUntilReady = [&](Means means) {
+    for (int i = 0; i < 1000 && !isReady(means); ++i) usleep(10'000);
+    return isReady(means);
+  };
+  EXPECT_FALSE(isReady(Means::kCopy)) << "it has just been begun";
+  ASSERT_TRUE(waitUntilReady(Means::kCopy));
+  content.front() = 'y';
+  files_.WriteAll(Path("large"), content);
+  EXPECT_FALSE(isReady(Means::kCopy)) << "another version";
+  ASSERT_TRUE(waitUntilReady(Means::kCopy));
+  EXPECT_EQ(files_.Copy(Path("large"), Path("copy"), Links::kRefused), copy_code::kDone);
+  EXPECT_TRUE(files_.ReadAll(Path("copy")) == content);
+  EXPECT_FALSE(isReady(Means::kPlace)) << "it is flushed first";
+  ASSERT_TRUE(waitUntilReady(Means::kPlace));
+  EXPECT_EQ(files_.Place(Path("large"), Path("placed")), copy_code::kDone);
+  EXPECT_EQ(files_.NameCount(Path("placed")), 2);
+}
+
 }  // namespace
 }  // namespace ostrel

@@ -116,8 +116,9 @@ TEST_F(QueueServiceTest, AFileThatVanishesOrCannotBeReadCostsNoMoreThanItself) {
   station.Run(85s);
   EXPECT_EQ(status().MaximumCount[kTwo], 3) << "the longest queue";
   const auto received = station.Blocks();
-  EXPECT_EQ(received.size(), 5U) << "two whole files and the second block of AFDC.TXT";
-  EXPECT_EQ(std::count(received.begin(), received.end(), "AFDC.TXT 2/2"), 1);
+  EXPECT_EQ(received.size(), 7U) << "three whole files, and the second block of AFDC.TXT before";
+  EXPECT_EQ(std::count(received.begin(), received.end(), "AFDC.TXT 1/2"), 1);
+  EXPECT_EQ(std::count(received.begin(), received.end(), "AFDC.TXT 2/2"), 2);
   const auto lines = station.Messages("MakePacket");
   EXPECT_EQ(lines.size(), 2U) << "the other one could not be read";
   const auto gone = "Queued file " + vanished + "     was deleted by purge.";

@@ -17,6 +17,8 @@ class FaultyFiles : public Files {
       appendFault, renameFault, linkFault;
   /// Returns a copy code, 0 to let the copy happen.
   std::function<int(const std::string& source, const std::string& destination)> copyFault;
+  /// False while the way of a large file is being made; all are ready when it is not set.
+  std::function<bool(const std::string& source, Means means)> isReady;
   std::function<void(std::string_view content)> onAppend;
   /// A folder's own order is another one on each file system.
   bool isSorted = false;
@@ -51,7 +53,7 @@ class FaultyFiles : public Files {
     return code != copy_code::kDone ? code : real_.Place(s, d);
   }
   bool IsReady(const std::string& s, const std::string& f, Means m) override {
-    return real_.IsReady(s, f, m);
+    return isReady ? isReady(s, m) : real_.IsReady(s, f, m);
   }
   void Secure(const std::string& m, const std::string& s) override { real_.Secure(m, s); }
   void Delete(const std::string& p) override { Past(deleteFault, p).Delete(p); }
