@@ -90,6 +90,9 @@ certfile $work/trusted/broker.pem
 keyfile $work/key.pem
 END
 start mosquitto -c "$work/mosquitto.conf"
+# The reason that is looked for is the first one: it must not be a broker that is not up yet.
+listens() { (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null; }
+until_true 30 listens "$((port + 3))"
 publish() { start "$@" "$station/ostrel-status" --publish "mqtts://127.0.0.1:$((port + 3))/stations/shed"; }
 publish env
 until_true 30 grep -q 'does not answer (A TLS error' "$work/env.log"
