@@ -1,12 +1,11 @@
 #include "platform/linux/held_alone.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <signal.h>
 
-#include "base/names.h"
 #include "platform/linux/file_io.h"
+#include "platform/linux/free_name.h"
 #include "platform/linux/local_file_system.h"
 #include "platform/linux/system_error.h"
 #include "platform/linux/temporary_file.h"
@@ -32,20 +31,23 @@ LeaseAnswer TakeLease(int descriptor) {
   return LeaseAnswer::kOpenElsewhere;
 }
 
-/// A program may find the file right before it is deleted, and would write into nothing. So it goes
-/// to a name first that nobody looks for: who found it before that is waiting for the lease by
-/// then.
 bool LinuxFileHold::Delete() {
   if (HasMoved()) return IsUnwritten();
-  if (!IsAlone(path_)) return false;
   const auto aside = TemporaryPath(FolderToCreateIn(path_));
-  if (rename(path_.c_str(), aside.c_str()) != 0) ThrowFileFailure(errno, path_);
-  if (IsAlone(aside)) {
-    if (unlink(aside.c_str()) == 0) return true;
-    const int error = errno;
-    PutBack(aside);
+  if (!MoveAside(aside)) return false;
+  if (unlink(aside.c_str()) == 0) return true;
+  const int error = errno;
+  PutBack(aside);
+  ThrowFileFailure(error, path_);
+}
+
+/// A program may find the file right before it goes, and would write into nothing. So it gets a
+/// name first that nobody looks for: who found it before that is waiting for the lease by then.
+bool LinuxFileHold::MoveAside(const std::string& aside) {
+  if (!IsAlone(path_)) return false;
+  if (const int error = RenameWithoutReplacing(path_, aside); error != 0)
     ThrowFileFailure(error, path_);
-  }
+  if (IsAlone(aside)) return true;
   PutBack(aside);
   return false;
 }
@@ -72,15 +74,9 @@ bool LinuxFileHold::IsHere(const std::string& path) const {
          present.st_ino == status_.st_ino;
 }
 
-/// Beside a file that has come under its name meanwhile.
 void LinuxFileHold::PutBack(const std::string& aside) const {
-  const auto folder = FolderToCreateIn(path_);
-  const auto name =
-      FirstFreeName(std::string(FileNameOf(path_)), [&](const std::string& candidate) {
-        struct stat present;
-        return lstat(JoinPath(folder, candidate).c_str(), &present) == 0;
-      });
-  if (rename(aside.c_str(), JoinPath(folder, name).c_str()) != 0) ThrowFileFailure(errno, path_);
+  auto path = path_;
+  if (const int error = RenameToFree(aside, path); error != 0) ThrowFileFailure(error, path_);
 }
 
 }  // namespace ostrel

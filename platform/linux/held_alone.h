@@ -14,7 +14,7 @@ namespace ostrel {
 enum class LeaseAnswer {
   kGiven,
   kOpenElsewhere,  // some process, or another descriptor of this one, has the file open
-  kNone,           // a file of another owner, or a file system that cannot tell
+  kNone,           // a file of another owner, or a file system that cannot tell of every writer
 };
 
 /// Asks for a lease on the open file `descriptor`. Once given it lasts until the descriptor is
@@ -28,13 +28,18 @@ class LinuxFileHold : public FileHold {
       : file_(std::move(file)), path_(std::move(path)), status_(status), lease_(lease) {}
 
   bool Delete() override;
+  /// Renames the file to `aside`, in its folder. False when what that got is another version that
+  /// had come under the file's name, or when somebody is about to write to it: it is back under its
+  /// name then, or beside what has come there since. Throws Failure.
+  bool MoveAside(const std::string& aside);
+  /// Renames what lies at `aside` back. Throws Failure.
+  void PutBack(const std::string& aside) const;
 
  private:
   bool IsAlone(const std::string& path) const;
   bool IsUnwritten() const;
   bool HasMoved() const;
   bool IsHere(const std::string& path) const;
-  void PutBack(const std::string& aside) const;
 
   Descriptor file_;
   std::string path_;

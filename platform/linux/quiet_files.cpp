@@ -9,7 +9,6 @@
 namespace ostrel {
 namespace {
 
-constexpr seconds kQuietTime{10};
 constexpr std::size_t kMostLooks = 100;
 
 }  // namespace

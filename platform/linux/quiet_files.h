@@ -12,11 +12,14 @@
 
 namespace ostrel {
 
+/// For so long a file must have had the same size and last-write time.
+inline constexpr seconds kQuietTime{10};
+
 class QuietFiles {
  public:
-  /// True when the file at `path`, which stands as `status` tells, has been seen with this size and
-  /// last-write time ten seconds or more before `now`, which is monotonic. Looks at the files
-  /// around it too when it is new, so that not each of many waits its ten seconds after the other.
+  /// True when the file at `path`, which stands as `status` tells, has been seen like this
+  /// kQuietTime or more before `now`, which is monotonic. Looks at the files
+  /// around it too when it is new, so that not each of many waits after the other.
   bool IsQuiet(const std::string& path, const struct stat& status, milliseconds now);
 
  private:

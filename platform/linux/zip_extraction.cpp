@@ -86,9 +86,10 @@ ExtractResult ZipExtraction::Unpack(const std::string& archive) {
   for (zip_int64_t index = 0; index < count; ++index) {
     const bool enough = index >= limits_.members;
     if (enough) Stop(fmt::format("after {} members", limits_.members));
-    if (enough || TakeMember(opened.get(), static_cast<zip_uint64_t>(index)) == Progress::kStop) {
-      break;
-    }
+    const bool isEnd =
+        enough || TakeMember(opened.get(), static_cast<zip_uint64_t>(index)) == Progress::kStop;
+    source.CheckReadings();
+    if (isEnd) break;
   }
   return {.opened = true, .files = written_, .remark = Remark()};
 }

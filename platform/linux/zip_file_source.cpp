@@ -24,6 +24,10 @@ zip_t* ZipFileSource::Open(int& error) {
   return archive;
 }
 
+void ZipFileSource::CheckReadings() const {
+  if (failure_) throw Failure(*failure_);
+}
+
 zip_int64_t ZipFileSource::Call(void* source, void* data, zip_uint64_t size,
                                 zip_source_cmd_t command) {
   return static_cast<ZipFileSource*>(source)->Answer(data, size, command);

@@ -18,6 +18,8 @@ class ZipFileSource {
   /// Opens the archive for reading. Returns null with the library's number in `error` when it is no
   /// archive; throws Failure when the file cannot be read. The source must outlive the archive.
   zip_t* Open(int& error);
+  /// Throws Failure when the file could not be read since: what looks damaged is none.
+  void CheckReadings() const;
 
  private:
   static zip_int64_t Call(void* source, void* data, zip_uint64_t size, zip_source_cmd_t command);

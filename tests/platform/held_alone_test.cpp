@@ -87,7 +87,9 @@ TEST_F(HeldAlone, EndsWhenSomebodyWantsToWriteAndNotByReading) {
 
 TEST_F(HeldAlone, IsAFileThatStandsUnchangedForTenSecondsWhereLeasesSayNothing) {
   const std::pair<int, decltype(fileSystem)> systems[] = {
-      {EACCES, 0}, {EINVAL, 0}, {EAGAIN, NFS_SUPER_MAGIC}, {EAGAIN, 0xFE534D42}};
+      {EACCES, 0},          {EINVAL, 0},           {EAGAIN, NFS_SUPER_MAGIC},
+      {EAGAIN, 0xFE534D42}, {0, FUSE_SUPER_MAGIC},  // where the kernel grants a lease
+      {0, NFS_SUPER_MAGIC}, {0, 0x12345678}};
   for (const auto& [error, system] : systems) {
     leaseError = error, fileSystem = system;
     // A server's clock runs ahead, and the file grows.
@@ -110,6 +112,11 @@ TEST_F(HeldAlone, IsAFileThatStandsUnchangedForTenSecondsWhereLeasesSayNothing) 
     files_.Append(path_, "late");
     EXPECT_FALSE(hold->Delete());
     EXPECT_TRUE(files_.HoldAlone(folder_ / "neighbour", WhenUnknown::kWait)->Delete());
+  }
+  for (const long local : {0xEF53L, 0x9123683EL, 0x01021994L, 0x58465342L, 0x794C7630L}) {
+    leaseError = 0, fileSystem = local;
+    files_.WriteAll(path_, "new");
+    EXPECT_EQ(Test(), 0) << "a lease is enough, " << local;
   }
   leaseError = EAGAIN, fileSystem = EXT4_SUPER_MAGIC;
   Test();

@@ -103,5 +103,20 @@ TEST_F(ZipArchivesTest, LeavesNothingWhenAMemberCannotBeWritten) {
             failure_number::kPathAccess);
 }
 
+TEST_F(ZipArchivesTest, TakesNoFailedReadingForADamagedMember) {
+  Make({{"ONE.TXT", SampleText(5000, 1)}, {"TWO.TXT", SampleText(5000, 2)}});
+  int reads = 0, failing = 0;
+  files.readFault = [&](const auto&) {
+    if (++reads == failing) throw Failure(failure_number::kDeviceError, "cannot be read");
+  };
+  do {
+    reads = 0, ++failing;
+    const auto number = FailureOf([&] { EXPECT_EQ(Extract().files.size(), 2U); });
+    EXPECT_EQ(number, reads < failing ? 0 : failure_number::kDeviceError) << failing;
+    EXPECT_EQ(Names("out").size(), number == 0 ? 2U : 0U) << "it is tried again";
+  } while (reads >= failing);
+  EXPECT_GT(failing, 4);
+}
+
 }  // namespace
 }  // namespace ostrel
