@@ -37,18 +37,30 @@ std::vector<std::string> GetTexts(const toml::table& table, std::string_view key
 /// The tables that stand under [[key]]; none where there are none.
 std::vector<const toml::table*> GetTables(const toml::table& table, std::string_view key);
 
-/// Reads the file and has `take` make something of its table. Throws std::runtime_error that names
-/// file and line for what is wrong.
-template <typename Take>
-auto ReadTomlFile(const std::string& path, Take&& take) {
+/// Has `take` make something of the table that `parse` returns for the file. Throws
+/// std::runtime_error that names file and line for what is wrong.
+template <typename Parse, typename Take>
+auto TakeToml(const std::string& path, Parse&& parse, Take&& take) {
   try {
-    return take(toml::parse_file(path));
+    return take(parse());
   } catch (const toml::parse_error& error) {
     throw std::runtime_error(
         fmt::format("{}: line {}: {}.", path, error.source().begin.line, error.description()));
   } catch (const std::runtime_error& error) {
     throw std::runtime_error(fmt::format("{}: {}", path, error.what()));
   }
+}
+
+template <typename Take>
+auto ReadTomlFile(const std::string& path, Take&& take) {
+  return TakeToml(
+      path, [&] { return toml::parse_file(path); }, take);
+}
+/// The same for the file's text, where it was read already.
+template <typename Take>
+auto ReadTomlText(const std::string& path, std::string_view text, Take&& take) {
+  return TakeToml(
+      path, [&] { return toml::parse(text, path); }, take);
 }
 
 }  // namespace ostrel

@@ -58,12 +58,12 @@ void BrokerConnection::SetCallbacks() {
       Get(), [](mosquitto*, void* self, int reason, const mosquitto_property*) {
         if (reason >= MQTT_RC_UNSPECIFIED) Of(self).refusal_ = mosquitto_reason_string(reason);
       });
-  mosquitto_message_v5_callback_set(
-      Get(), [](mosquitto* client, void* self, const mosquitto_message* message,
-                const mosquitto_property* properties) {
-        const auto& take = Of(self).callbacks_.message;
-        if (take && !take(*message, properties)) shutdown(mosquitto_socket(client), SHUT_RDWR);
-      });
+  mosquitto_message_v5_callback_set(Get(),
+                                    [](mosquitto*, void* self, const mosquitto_message* message,
+                                       const mosquitto_property* properties) {
+                                      const auto& take = Of(self).callbacks_.message;
+                                      if (take && !take(*message, properties)) Of(self).Cut();
+                                    });
   mosquitto_publish_v5_callback_set(
       Get(), [](mosquitto*, void* self, int message, int reason, const mosquitto_property*) {
         if (Of(self).callbacks_.published) Of(self).callbacks_.published(message, reason);
@@ -73,6 +73,10 @@ void BrokerConnection::SetCallbacks() {
 BrokerConnection::~BrokerConnection() {
   ends_ = true;
   if (thread_.joinable()) thread_.join();
+}
+
+void BrokerConnection::Cut() {
+  shutdown(mosquitto_socket(Get()), SHUT_RDWR);
 }
 
 void BrokerConnection::Start() {
@@ -95,6 +99,7 @@ void BrokerConnection::KeepUp() {
 std::string BrokerConnection::RunOnce() {
   mosquitto_property* properties = nullptr;
   if (isKept_) mosquitto_property_add_int32(&properties, MQTT_PROP_SESSION_EXPIRY_INTERVAL, kKept);
+  mosquitto_property_add_int32(&properties, MQTT_PROP_MAXIMUM_PACKET_SIZE, kLargestMessage);
   refusal_.clear();
   int result = mosquitto_connect_bind_v5(Get(), address_.host.c_str(), address_.port, kKeepAlive,
                                          nullptr, properties);

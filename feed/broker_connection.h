@@ -8,12 +8,17 @@
 #include <thread>
 
 #include "broker/broker_address.h"
+#include "receive/product_assembler.h"
 
 struct mosquitto;
 struct mosquitto_message;
 struct mqtt5__property;
 
 namespace ostrel {
+
+/// A message beyond this the broker keeps to itself: the most that a product can have, and room for
+/// its name and number.
+inline constexpr std::size_t kLargestMessage = kMostProductBlocks * kReceivedBlock + 64 * 1024;
 
 class BrokerConnection {
  public:
@@ -35,6 +40,8 @@ class BrokerConnection {
 
   /// Connects, and again whenever the connection is lost, with waits from a second to a minute.
   void Start();
+  /// Has it made anew: what the broker has not got an answer to comes again.
+  void Cut();
   /// For the library's functions.
   mosquitto* Get() const { return client_.get(); }
   const BrokerAddress& address() const { return address_; }

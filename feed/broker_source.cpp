@@ -20,6 +20,7 @@ namespace {
 
 constexpr int kQualityOfService = 1;
 constexpr std::size_t kMostUnderWay = 100;
+constexpr std::chrono::seconds kAgain{10};
 constexpr std::size_t kIdLength = 36;  // of a file in the outbox, in front of "_" and its name
 constexpr const char* kId = "id";
 constexpr const char* kHash = "sha256";
@@ -53,41 +54,40 @@ void Add(mosquitto_property*& properties, const char* name, const std::string& v
 
 BrokerSource::BrokerSource(const BrokerSettings& settings, Delivery& delivery, FeedBook& book)
     : Source(NameOfSource(settings), delivery, book),
-      connection_(
-          settings.address, settings.session,
-          {.connected =
-               [this] {
-                 SetState("connected", true);
-                 const auto topics = connection_.address().topic + "/+";
-                 // A message that the broker keeps for newcomers is an old one.
-                 mosquitto_subscribe_v5(connection_.Get(), nullptr, topics.c_str(),
-                                        kQualityOfService, MQTT_SUB_OPT_SEND_RETAIN_NEVER, nullptr);
-               },
-           .lost = [this](const std::string& why) { SetState(why, false); },
-           .message = [this](const auto& message,
-                             const auto* properties) { return TakeMessage(message, properties); },
-           .published = {}}) {}
+      connection_(settings.address, settings.session,
+                  {.connected = [this] { Safely([this] { Subscribe(); }); },
+                   .lost = [this](const auto& why) { Safely([&] { SetState(why, false); }); },
+                   .message =
+                       [this](const auto& message, const auto* properties) {
+                         return Safely([&] { TakeMessage(message, properties); });
+                       },
+                   .published = {}}) {}
 
-bool BrokerSource::TakeMessage(const mosquitto_message& message,
+void BrokerSource::Subscribe() {
+  SetState("connected", true);
+  const auto topics = connection_.address().topic + "/+";
+  // A message that the broker keeps for newcomers is an old one.
+  const int result =
+      mosquitto_subscribe_v5(connection_.Get(), nullptr, topics.c_str(), kQualityOfService,
+                             MQTT_SUB_OPT_SEND_RETAIN_NEVER, nullptr);
+  if (result != MOSQ_ERR_SUCCESS) connection_.Cut();
+}
+
+void BrokerSource::TakeMessage(const mosquitto_message& message,
                                const mosquitto_property* properties) {
   const std::string topic(message.topic);
-  FeedProduct product{
+  const FeedProduct product{
       .given = topic.substr(std::min(topic.size(), connection_.address().topic.size() + 1)),
-      .content = std::string(static_cast<const char*>(message.payload),
-                             static_cast<std::size_t>(message.payloadlen)),
+      .content = {static_cast<const char*>(message.payload),
+                  static_cast<std::size_t>(message.payloadlen)},
       .mark = MarkOf(PropertyOf(properties, kId)),
       .isPublished = false};
   const auto hash = PropertyOf(properties, kHash);
   if (!hash.empty() && hash != HashOf(product.content)) {
     book_.Log(fmt::format("{} came damaged and is not taken", product.given));
-    return true;
+    return;
   }
-  try {
-    if (product.mark.key.empty() || !delivery_.IsTaken(product.mark)) Take(product);
-    return true;
-  } catch (const Failure&) {  // the book has it
-    return false;
-  }
+  if (product.mark.key.empty() || !delivery_.IsTaken(product.mark)) Take(product);
 }
 
 BrokerPublisher::BrokerPublisher(const BrokerAddress& address, std::string outbox,
@@ -95,13 +95,19 @@ BrokerPublisher::BrokerPublisher(const BrokerAddress& address, std::string outbo
     : Source("publishing at " + address.host, delivery, book),
       outbox_(std::move(outbox)),
       connection_(address, "",
-                  {.connected = [this] { Connected(); },
-                   .lost = [this](const std::string& why) { Lost(why); },
+                  {.connected = [this] { Safely([this] { Connected(); }); },
+                   .lost = [this](const auto& why) { Safely([&] { Lost(why); }); },
                    .message = {},
-                   .published = [this](int message, int reason) { Published(message, reason); }}) {}
+                   .published =
+                       [this](int message, int reason) {
+                         Safely([=, this] { Published(message, reason); });
+                       }}) {}
 
 void BrokerPublisher::Start() {
-  delivery_.TellOfOutbox([this] { PublishMore(); });
+  const auto more = [this] { Safely([this] { PublishMore(); }); };
+  delivery_.TellOfOutbox(more);
+  QObject::connect(&again_, &QTimer::timeout, &again_, more);
+  again_.start(kAgain);
   connection_.Start();
 }
 
@@ -124,8 +130,9 @@ void BrokerPublisher::Published(int message, int reason) {
   const auto found = underWay_.find(message);
   if (found == underWay_.end()) return;
   if (reason < MQTT_RC_UNSPECIFIED) {
-    std::error_code ignored;
-    std::filesystem::remove(found->second, ignored);
+    std::error_code error;
+    std::filesystem::remove(found->second, error);
+    if (error) refused_.insert(found->second);  // it would be published again at once
   } else {
     refused_.insert(found->second);
     SetState(fmt::format("the broker refuses: {}", mosquitto_reason_string(reason)), false);
@@ -140,22 +147,29 @@ void BrokerPublisher::PublishMore() {
   if (!isConnected_ || underWay_.size() >= kMostUnderWay) return;
   std::vector<std::pair<std::filesystem::file_time_type, std::string>> files;
   std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(outbox_, error)) {
-    const auto path = entry.path().string();
+  std::filesystem::directory_iterator at(outbox_, error);
+  for (; !error && at != std::filesystem::directory_iterator(); at.increment(error)) {
+    const auto path = at->path().string();
     const bool isUnderWay = std::any_of(underWay_.begin(), underWay_.end(),
                                         [&](const auto& one) { return one.second == path; });
+    std::error_code ignored;
     if (!FileNameOf(path).starts_with('.') && !isUnderWay && refused_.count(path) == 0)
-      files.emplace_back(entry.last_write_time(error), path);
+      files.emplace_back(at->last_write_time(ignored), path);
   }
   std::sort(files.begin(), files.end());
   files.resize(std::min(files.size(), kMostUnderWay - underWay_.size()));
-  for (const auto& [time, path] : files) Publish(path);
+  std::string trouble = error ? error.message() : "";
+  for (const auto& [time, path] : files) Publish(path, trouble);
+  if (refused_.empty()) SetState(trouble.empty() ? "connected" : trouble, trouble.empty());
 }
 
-void BrokerPublisher::Publish(const std::string& path) {
+/// What cannot be read now is tried again.
+void BrokerPublisher::Publish(const std::string& path, std::string& trouble) {
   try {
     const auto message = Hand(path);
     underWay_[message] = path;
+  } catch (const Failure& failure) {
+    trouble = failure.text();
   } catch (const std::exception& error) {  // a file that a hand laid there, or too large a one
     if (refused_.insert(path).second) book_.Log(fmt::format("{}: {}", path, error.what()));
   }
@@ -165,7 +179,8 @@ void BrokerPublisher::Publish(const std::string& path) {
 int BrokerPublisher::Hand(const std::string& path) {
   const std::string file(FileNameOf(path));
   const auto content = ReadWhole(path);
-  if (file.size() <= kIdLength + 1) throw std::runtime_error("this is no product of the feed");
+  if (file.size() <= kIdLength + 1 || content.size() > kLargestMessage)
+    throw std::runtime_error("this is no product of the feed");
   mosquitto_property* properties = nullptr;
   Add(properties, kId, file.substr(0, kIdLength));
   Add(properties, kHash, HashOf(content));

@@ -3,6 +3,7 @@
 // number in each message tells that it is the same one.
 #pragma once
 
+#include <QTimer>
 #include <map>
 #include <mutex>
 #include <set>
@@ -20,7 +21,9 @@ class BrokerSource : public Source {
   void Start() override { connection_.Start(); }
 
  private:
-  bool TakeMessage(const mosquitto_message& message, const mqtt5__property* properties);
+  void Subscribe();
+  /// Throws Failure when it could not be taken.
+  void TakeMessage(const mosquitto_message& message, const mqtt5__property* properties);
 
   BrokerConnection connection_;
 };
@@ -37,7 +40,7 @@ class BrokerPublisher : public Source {
   void Lost(const std::string& why);
   void Published(int message, int reason);
   void PublishMore();
-  void Publish(const std::string& path);
+  void Publish(const std::string& path, std::string& trouble);
   int Hand(const std::string& path);
 
   std::string outbox_;
@@ -45,6 +48,7 @@ class BrokerPublisher : public Source {
   bool isConnected_ = false;
   std::map<int, std::string> underWay_;  // paths by the library's number of the message
   std::set<std::string> refused_;        // paths that are not tried again in this connection
+  QTimer again_;
   BrokerConnection connection_;
 };
 

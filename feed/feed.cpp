@@ -1,7 +1,6 @@
 #include "feed/feed.h"
 
 #include <QCoreApplication>
-#include <filesystem>
 #include <fmt/format.h>
 #include <stdexcept>
 
@@ -18,6 +17,7 @@ namespace ostrel {
 namespace {
 
 constexpr const char* kStore = "KvRegistry.db";
+constexpr std::chrono::seconds kAgain{2};
 
 bool IsAmong(const SourceSettings& settings, SourceKinds kinds) {
   const bool isSerial = std::holds_alternative<SerialSettings>(settings);
@@ -51,7 +51,8 @@ Feed::Feed(const std::string& station, SourceKinds kinds, bool isSpoken)
                                     .ingestFolder = [this] { return IngestFolder(); },
                                     .unknownFolder = config_.unknownFolder,
                                     .outbox = outbox,
-                                    .repeats = config_.repeats},
+                                    .repeats = config_.repeats,
+                                    .largest = config_.largest},
                     NameRules(config_.names));
   AddSources(kinds);
   if (config_.publish)
@@ -71,7 +72,7 @@ void Feed::OpenMemory() {
     const std::string_view why = failure.text();
     if (why.find("not a database") == why.npos && why.find("malformed") == why.npos) throw;
     book_->Log(fmt::format("{}. A new one is begun; files from before are left.", why));
-    std::filesystem::rename(path, path + ".damaged");
+    files_.Rename(path, path + ".damaged");
     memory_.emplace(path);
     for (auto& source : config_.sources) {
       if (auto* const folder = std::get_if<FolderSettings>(&source)) folder->takesOldFiles = false;
@@ -126,22 +127,20 @@ void Feed::Start() {
   QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &stopNotifier_,
                    [this] { book_->Log("The feed ends."); });
   book_->Log("The feed begins.");
-  try {
-    delivery_->Finish();
-  } catch (const Failure& failure) {  // each delivery tries again
-    book_->SetTrouble(failure.text());
-  }
+  delivery_->GoOn();
+  QObject::connect(&again_, &QTimer::timeout, &again_, [this] { delivery_->GoOn(); });
+  again_.start(kAgain);
   for (const auto& source : sources_) source->Start();
 }
 
 /// The operator may name another ingest folder while the feed runs: the station's store is asked
-/// each time. A store that cannot be read at the moment has not changed.
+/// each time. A store that cannot be read at the moment, or is gone, has not changed.
 std::string Feed::IngestFolder() {
   if (config_.deliverTo) return *config_.deliverTo;
   try {
     auto fallback = JoinPath(station_, "KvData/RxFiles");
     const auto path = JoinPath(station_, kStore);
-    if (!std::filesystem::exists(path)) return fallback;
+    if (!files_.Exists(path)) return ingestFolder_.empty() ? fallback : ingestFolder_;
     SqliteSettingsStores stores(path);
     ingestFolder_ =
         OpenAtRoot(stores)->ReadSetting(KeyPath(Section::kSettings), "IngestPath", fallback);

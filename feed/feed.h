@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QSocketNotifier>
+#include <QTimer>
 #include <memory>
 #include <optional>
 #include <string>
@@ -58,6 +59,7 @@ class Feed {
   std::optional<Delivery> delivery_;
   std::string ingestFolder_;  // as last read from the station's settings
   std::vector<std::unique_ptr<Source>> sources_;
+  QTimer again_;
   QSocketNotifier stopNotifier_;
 };
 

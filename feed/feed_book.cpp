@@ -20,6 +20,8 @@ std::string LineOf(std::string_view given, const std::string& name, int urgency,
       return fmt::format("{} came again as {} and is dropped", name, came);
     case FeedOutcome::kUnknown:
       return fmt::format("{} has no name that a rule makes short; kept as {}", came, name);
+    case FeedOutcome::kTooLarge:
+      return fmt::format("{} is too large for the station; kept as {}", came, name);
     case FeedOutcome::kDelivered:
       break;
   }
@@ -64,9 +66,10 @@ void FeedBook::Note(std::size_t source, std::string_view given, const std::strin
                     int urgency, FeedOutcome outcome) {
   const std::lock_guard lock(mutex_);
   auto& figures = figures_.sources.at(source);
-  auto& count = outcome == FeedOutcome::kRepeat    ? figures_.repeats
-                : outcome == FeedOutcome::kUnknown ? figures_.unknown
-                                                   : figures_.delivered;
+  auto& count = outcome == FeedOutcome::kRepeat     ? figures_.repeats
+                : outcome == FeedOutcome::kUnknown  ? figures_.unknown
+                : outcome == FeedOutcome::kTooLarge ? figures_.tooLarge
+                                                    : figures_.delivered;
   ++count;
   ++figures.products;
   figures_.lastCame = FeedFigures::Clock::now();

@@ -17,7 +17,7 @@ class logger;
 namespace ostrel {
 
 /// What became of a product.
-enum class FeedOutcome { kDelivered, kRepeat, kUnknown };
+enum class FeedOutcome { kDelivered, kRepeat, kUnknown, kTooLarge };
 
 struct FeedFigures {
   using Clock = std::chrono::steady_clock;
@@ -35,7 +35,7 @@ struct FeedFigures {
 
   std::vector<Source> sources = {};
   std::deque<Product> last = {};  // newest first
-  long long delivered = 0, repeats = 0, unknown = 0;
+  long long delivered = 0, repeats = 0, unknown = 0, tooLarge = 0;
   Clock::time_point lastCame = Clock::now();  // the last product, or the start
   std::string trouble = {};                   // why nothing is taken at present
 };

@@ -1,9 +1,14 @@
 #include "feed/feed_config.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <set>
 
 #include "base/names.h"
 #include "config/toml_reading.h"
+#include "feed/placing.h"
+#include "platform/linux/file_io.h"
+#include "platform/linux/system_error.h"
 
 namespace ostrel {
 namespace {
@@ -14,6 +19,7 @@ using std::chrono::seconds;
 constexpr int kDay = 86'400, kYear = 366 * kDay;  // seconds
 constexpr std::size_t kLongestPattern = 200;
 constexpr int kLargestPort = 65'535;
+constexpr int kMostBytes = kMostProductBlocks * kReceivedBlock;
 
 bool IsWithin(const std::string& path, const std::string& folder) {
   return path == folder || path.starts_with(folder.ends_with('/') ? folder : folder + "/");
@@ -24,13 +30,15 @@ class Reader {
   explicit Reader(const std::string& station) : station_(station) {}
 
   FeedConfig Read(const toml::table& file) const {
-    CheckKeys(file, {"deliver", "unknown", "repeats", "quiet", "name", "folder", "serial", "udp",
-                     "tcp", "broker", "publish"});
+    CheckKeys(file, {"deliver", "unknown", "repeats", "quiet", "largest", "name", "folder",
+                     "serial", "udp", "tcp", "broker", "publish"});
     FeedConfig config;
     if (file.contains("deliver")) config.deliverTo = Path(file, "deliver", "");
     config.unknownFolder = Path(file, "unknown", FeedFolder(station_) + "/unknown");
     config.repeats = seconds(GetNumber(file, "repeats", 600, 0, kYear));
     config.quiet = seconds(GetNumber(file, "quiet", 1200, 1, kYear));
+    config.largest =
+        static_cast<std::size_t>(GetNumber(file, "largest", kLargestProduct, 1, kMostBytes));
     for (const auto* const table : GetTables(file, "name")) config.names.push_back(Name(*table));
     const NameRules valid(config.names);
     AddSources(file, config);
@@ -114,8 +122,20 @@ class Reader {
             .baud = GetNumber(table, "baud", 9600, 300, 115'200)};
   }
   static UdpSettings Udp(const toml::table& table) {
-    CheckKeys(table, {"port"});
-    return {.port = GetNumber(table, "port", 0, 1, kLargestPort)};
+    CheckKeys(table, {"port", "address", "from"});
+    UdpSettings udp;
+    udp.where.port = GetNumber(table, "port", 0, 1, kLargestPort);
+    udp.where.address = Get<std::string>(table, "address", udp.where.address);
+    const auto address = ReadIpv4(udp.where.address);
+    if (!address) Refuse(table, R"("address" is four numbers, as in "192.168.1.7".)");
+    for (const auto& text : GetTexts(table, "from")) {
+      const auto network = ReadIpv4Network(text);
+      if (!network) Refuse(table, R"("from" names senders as "192.168.1.20" or "10.0.0.0/8".)");
+      udp.from.push_back(*network);
+    }
+    if (!IsLoopback(*address) && udp.from.empty())
+      Refuse(table, R"("from" is missing: who may send to this address.)");
+    return udp;
   }
   static TcpSettings Tcp(const toml::table& table) {
     CheckKeys(table, {"host", "port", "silence"});
@@ -154,7 +174,7 @@ struct SourceNames {
   }
   std::string operator()(const SerialSettings& serial) const { return "serial " + serial.device; }
   std::string operator()(const UdpSettings& udp) const {
-    return fmt::format("udp port {}", udp.port);
+    return fmt::format("udp {}:{}", udp.where.address, udp.where.port);
   }
   std::string operator()(const TcpSettings& tcp) const {
     return fmt::format("tcp {}:{}", tcp.host, tcp.port);
@@ -178,10 +198,29 @@ std::string Details(const FolderSettings& folder) {
       folder.unpacks ? "unpacked" : "taken as they are");
 }
 
+std::string Details(const UdpSettings& udp) {
+  if (udp.from.empty()) return "    From this computer alone.\n";
+  std::vector<std::string> senders;
+  for (const auto& network : udp.from) senders.push_back(SpellIpv4Network(network));
+  const bool isAnybody = std::any_of(udp.from.begin(), udp.from.end(),
+                                     [](const auto& network) { return network.mask == 0; });
+  return fmt::format("    From {}{}.\n", fmt::join(senders, ", "),
+                     isAnybody ? ": from anybody who reaches this computer" : " alone");
+}
+
+/// A file that cannot be read at the moment is no wrong one: another try may end otherwise.
+std::string TextOf(const std::string& path) {
+  const auto file = OpenToRead(path, Links::kFollowed);
+  if (!file && errno == ENOENT) throw std::runtime_error(path + " is missing.");
+  if (!file) ThrowFileFailure(errno, path);
+  return ReadOpened(file.Get(), path);
+}
+
 }  // namespace
 
 FeedConfig ReadFeedConfig(const std::string& path, const std::string& station) {
-  return ReadTomlFile(path, [&](const toml::table& file) { return Reader(station).Read(file); });
+  return ReadTomlText(path, TextOf(path),
+                      [&](const toml::table& file) { return Reader(station).Read(file); });
 }
 
 std::string FeedFolder(const std::string& station) {
@@ -197,6 +236,7 @@ std::string Explain(const FeedConfig& config) {
   for (const auto& source : config.sources) {
     text += fmt::format("  {}\n", NameOfSource(source));
     if (const auto* const folder = std::get_if<FolderSettings>(&source)) text += Details(*folder);
+    if (const auto* const udp = std::get_if<UdpSettings>(&source)) text += Details(*udp);
     if (const auto* const broker = std::get_if<BrokerSettings>(&source))
       text += fmt::format("    What comes while this is away is kept for {}.\n", broker->session);
   }
@@ -204,6 +244,8 @@ std::string Explain(const FeedConfig& config) {
           : config.deliverTo ? fmt::format("Products go to {}.\n", *config.deliverTo)
                              : "Products go to the station's ingest folder.\n";
   text += fmt::format("The same product again within {} s is dropped.\n", config.repeats.count());
+  text += fmt::format("What has more than {} bytes is kept in {}.\n", config.largest,
+                      config.unknownFolder);
   for (const auto& rule : config.names)
     text += fmt::format("A name like {} becomes {}.\n", rule.pattern, rule.name);
   text += fmt::format("What has no short name goes to {}.\n", config.unknownFolder);

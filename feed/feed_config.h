@@ -9,6 +9,8 @@
 
 #include "broker/broker_address.h"
 #include "feed/product_name.h"
+#include "receive/datagram_port.h"
+#include "receive/product_assembler.h"
 
 namespace ostrel {
 
@@ -30,9 +32,10 @@ struct SerialSettings {
   int baud = 9600;
 };
 
-/// Datagrams of a station's packet host.
+/// Datagrams of a station's packet host. Anybody's where nobody is named.
 struct UdpSettings {
-  int port = 0;
+  DatagramAddress where = {};
+  std::vector<Ipv4Network> from = {};
 };
 
 /// A packet stream over TCP. Connected anew after so long a silence; 0 is never.
@@ -56,15 +59,16 @@ struct FeedConfig {
   /// Where products go; the station's own ingest folder where nothing is said, nowhere when empty.
   std::optional<std::string> deliverTo = {};
   std::string unknownFolder = {};
-  std::chrono::seconds repeats{600};  // the same name and content is dropped for so long
-  std::chrono::seconds quiet{1200};   // nothing for so long is shown as trouble
+  std::chrono::seconds repeats{600};      // the same name and content is dropped for so long
+  std::chrono::seconds quiet{1200};       // nothing for so long is shown as trouble
+  std::size_t largest = kLargestProduct;  // bytes; what has more is kept apart
   std::vector<NameRule> names = {};
   std::vector<SourceSettings> sources = {};
   std::optional<BrokerAddress> publish = {};
 };
 
 /// Reads the file; relative paths in it are the `station` folder's. Throws std::runtime_error that
-/// names file, line and what is wrong.
+/// names file, line and what is wrong, and Failure when it is there and cannot be read.
 FeedConfig ReadFeedConfig(const std::string& path, const std::string& station);
 
 /// The folder of the feed's own in a station: its memory, its log, what waits to be published.

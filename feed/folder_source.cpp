@@ -5,8 +5,6 @@
 #include <fmt/format.h>
 #include <fnmatch.h>
 #include <optional>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 #include "base/failure.h"
@@ -14,8 +12,10 @@
 #include "base/scope_guard.h"
 #include "base/text.h"
 #include "feed/placing.h"
+#include "feed/put_away.h"
 #include "platform/linux/file_io.h"
-#include "platform/linux/held_alone.h"
+#include "platform/linux/free_name.h"
+#include "platform/linux/quiet_files.h"
 #include "platform/linux/system_error.h"
 
 namespace ostrel {
@@ -27,21 +27,18 @@ using std::chrono::seconds;
 using std::chrono::steady_clock;
 using Afterwards = FolderSettings::Afterwards;
 
-constexpr seconds kInterval{10};
+// A little more than a file must stand still for: the second look at it finds that it did.
+constexpr seconds kInterval = kQuietTime + seconds(1);
 constexpr std::chrono::milliseconds kSoon{100}, kAgain{2000}, kSlice{100};
 // Who has not written for so long, and not closed either, has been forgotten or has crashed.
 constexpr minutes kLongestWriting{10};
+constexpr minutes kUntilRoom{10};  // among what is kept apart
+constexpr off_t kLargestArchive = 64 * 1024 * 1024;
 
-std::string StateOf(const struct stat& status) {
-  return fmt::format("{}-{}.{:09}", status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec);
-}
-
-/// The state of a file that has something in it; nothing for all else, links too.
-std::optional<std::string> StateAt(const std::string& path) {
-  struct stat status;
-  if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size == 0)
-    return std::nullopt;
-  return StateOf(status);
+/// True for a file from before `began`: its tree may be a share that was mounted later.
+bool IsFromBefore(const struct stat& status, std::chrono::system_clock::time_point began) {
+  return seconds(status.st_mtim.tv_sec) + std::chrono::nanoseconds(status.st_mtim.tv_nsec) <
+         began.time_since_epoch();
 }
 
 bool IsArchiveName(const std::string& path) {
@@ -57,38 +54,40 @@ FolderSource::FolderSource(const FolderSettings& settings, Archives& archives, s
       settings_(settings),
       archives_(archives),
       workshop_(std::move(workshop)),
-      watch_({.writing =
-                  [this](const auto& path) {
-                    writing_[path] = steady_clock::now();
-                    if (const auto seen = seen_.find(path); seen != seen_.end())
-                      seen->second.isClosed = false;
-                  },
-              .whole =
-                  [this](const auto& path) {
-                    writing_.erase(path);
-                    seen_[path].isClosed = true;
-                    if (!Look(path)) soon_.start(kAgain);
-                  },
-              .newFolder = [this] { soon_.start(kSoon); }}) {
+      watch_({.writing = [this](const auto& path) { Safely([&] { Writing(path); }); },
+              .whole = [this](const auto& path) { Safely([&] { Closed(path); }); },
+              .newFolder = [this] { soon_.start(kSoon); }}),
+      large_(delivery, number(), [this](const auto& end) { Safely([&] { EndLarge(end); }); }) {
   soon_.setSingleShot(true);
-  QObject::connect(&soon_, &QTimer::timeout, &soon_,
-                   [this] { toLook_.empty() ? Scan() : LookOn(); });
-  QObject::connect(&interval_, &QTimer::timeout, &interval_, [this] { Scan(); });
+  const auto safely = [this](QTimer& timer, auto step) {
+    QObject::connect(&timer, &QTimer::timeout, &timer, [=, this] { Safely(step); });
+  };
+  safely(soon_, [this] { toLook_.empty() ? Scan() : LookOn(); });
+  safely(interval_, [this] { Scan(); });
 }
 
 void FolderSource::Start() {
-  Scan();
   interval_.start(kInterval);
+  Safely([this] { Scan(); });
+}
+
+void FolderSource::Writing(const std::string& path) {
+  writing_[path] = steady_clock::now();
+  if (const auto seen = seen_.find(path); seen != seen_.end()) seen->second.isClosed = false;
+}
+
+void FolderSource::Closed(const std::string& path) {
+  writing_.erase(path);
+  seen_[path].isClosed = true;
+  if (!Look(path)) soon_.start(kAgain);
 }
 
 void FolderSource::Scan() {
   ++scan_;
   std::vector<std::string> files;
-  std::string missing;
-  for (const auto& folder : settings_.paths) {
-    if (!ScanTree(folder, files)) missing = folder;
-  }
-  SetState(missing.empty() ? "watched" : missing + " cannot be read", missing.empty());
+  std::string unread;
+  for (const auto& folder : settings_.paths) ScanFolder(folder, files, unread);
+  SetState(unread.empty() ? "watched" : unread + " cannot be read", unread.empty());
   toLook_.assign(files.begin(), files.end());
   LookOn();
   std::erase_if(writing_, [](const auto& entry) {
@@ -108,21 +107,33 @@ void FolderSource::LookOn() {
   std::erase_if(seen_, [this](const auto& entry) { return entry.second.scan != scan_; });
 }
 
-/// Adds the wanted files, the oldest first: a newer one of its name comes after it.
-bool FolderSource::ScanTree(const std::string& folder, std::vector<std::string>& files) {
+/// Adds the files of the tree, the oldest of a folder first: a newer one of its name comes after
+/// it. What cannot be read hides nothing but itself; one such folder is named in `unread`.
+void FolderSource::ScanFolder(const std::string& folder, std::vector<std::string>& files,
+                              std::string& unread) {
   std::vector<std::pair<fs::file_time_type, std::string>> found;
+  std::vector<std::string> folders, asides;
   std::error_code error, ignored;
   watch_.Watch(folder);
-  fs::recursive_directory_iterator at(folder, fs::directory_options::skip_permission_denied, error);
-  for (; !error && at != fs::recursive_directory_iterator(); at.increment(error)) {
+  fs::directory_iterator at(folder, error);
+  for (; !error && at != fs::directory_iterator(); at.increment(error)) {
+    auto path = at->path().string();
     const auto type = at->symlink_status(ignored).type();
-    if (type == fs::file_type::directory) watch_.Watch(at->path().string());
-    if (type == fs::file_type::regular)
-      found.emplace_back(at->last_write_time(ignored), at->path().string());
+    if (type == fs::file_type::directory) {
+      folders.push_back(std::move(path));
+    } else if (type == fs::file_type::regular) {
+      if (PathOfAside(path)) {
+        asides.push_back(std::move(path));
+      } else {
+        found.emplace_back(at->last_write_time(ignored), std::move(path));
+      }
+    }
   }
+  if (error) unread = folder;
+  for (const auto& aside : asides) Safely([&] { Recover(aside); });
   std::sort(found.begin(), found.end());
   for (auto& [time, path] : found) files.push_back(std::move(path));
-  return !error;
+  for (const auto& below : folders) ScanFolder(below, files, unread);
 }
 
 bool FolderSource::IsWanted(const std::string& path) const {
@@ -140,7 +151,9 @@ bool FolderSource::Look(const std::string& path) {
   auto& seen = seen_[path];
   seen.scan = scan_;
   try {
-    if (IsNew(path, seen) && IsWhole(path, seen)) TakeFile(path, seen);
+    const auto status = StatusOf(path);
+    if (!status) return true;
+    IsDone(path, *status, seen) ? PutAwayAgain(path, seen) : TakeFile(path, seen);
     return true;
   } catch (const std::exception& error) {
     book_.SetTrouble(error.what());
@@ -148,109 +161,152 @@ bool FolderSource::Look(const std::string& path) {
   }
 }
 
-/// Notes how the file stands. False for one that is done with, or is none.
-bool FolderSource::IsNew(const std::string& path, Seen& seen) {
-  const auto state = StateAt(path);
-  if (!state) return false;
-  if (seen.state == *state) {
-    if (seen.isDone) PutAway(path, seen);  // the same once more, or what could not be put away
-    return !seen.isDone;
-  }
-  seen.state = *state;
-  seen.isTold = false;
-  seen.since = steady_clock::now();
-  const Mark mark{.key = path, .state = *state};
-  seen.isDone = delivery_.IsTaken(mark);
-  if (seen.isDone) {
-    PutAway(path, seen);  // the program may have ended between the two
-  } else if (!settings_.takesOldFiles && !seen.isClosed && IsFromBefore(path)) {
+/// Notes how the file stands. True for one that is done with.
+bool FolderSource::IsDone(const std::string& path, const struct stat& status, Seen& seen) {
+  const auto state = StateOf(status);
+  // Two versions may have one size and time. A changed number alone says nothing: some file systems
+  // give another one whenever they are asked.
+  const bool isAnother = seen.isDone && seen.inode != 0 && seen.inode != status.st_ino &&
+                         (seen.isClosed || seen.isReplaced);
+  if (seen.state == state && !isAnother) return seen.isDone;
+  const Mark mark{.key = path, .state = state};
+  bool isDone = !isAnother && delivery_.IsTaken(mark);
+  if (!isDone && !settings_.takesOldFiles && !seen.isClosed && IsFromBefore(status, began_)) {
     delivery_.Leave(mark);
-    seen.isDone = true;
+    isDone = true;
   }
-  return !seen.isDone;
+  seen = {.state = state,
+          .since = steady_clock::now(),
+          .isClosed = seen.isClosed,
+          .isDone = isDone,
+          .scan = seen.scan};
+  return isDone;
 }
 
-/// True for a file from before this began: its tree may be a share that was mounted later.
-bool FolderSource::IsFromBefore(const std::string& path) const {
-  std::error_code error;
-  return fs::last_write_time(path, error) < began_;
+bool FolderSource::IsWhole(const std::string& path, const Seen& seen, LeaseAnswer lease) const {
+  if (seen.isClosed || lease == LeaseAnswer::kGiven) return true;
+  return writing_.count(path) == 0 && steady_clock::now() - seen.since >= kQuietTime;
 }
 
-bool FolderSource::IsWhole(const std::string& path, const Seen& seen) const {
-  if (seen.isClosed) return true;
-  const auto file = OpenToRead(path, Links::kRefused);
-  if (file && TakeLease(file.Get()) == LeaseAnswer::kGiven) return true;
-  return writing_.count(path) == 0 && steady_clock::now() - seen.since >= kInterval - seconds(1);
-}
-
+/// One that cannot be read is told: the others must not wait for it.
 void FolderSource::TakeFile(const std::string& path, Seen& seen) {
-  const auto content = ReadUnchanged(path, seen);
-  if (!content) return;
-  if (content->size() >= kLargestContent) {
-    if (!std::exchange(seen.isTold, true)) book_.Log(path + " is too large and is left");
-    return;
+  try {
+    auto opened = OpenFileOf(path);
+    if (StateOf(opened.status) != seen.state) return;  // the next look sees it
+    if (IsWhole(path, seen, opened.lease)) TakeOpened(path, std::move(opened), seen);
+  } catch (const UnreadableFile& failure) {
+    if (!failure.IsMissing())
+      TellOnce(seen, fmt::format("{} cannot be read: {}", path, failure.text()));
   }
-  if (!settings_.unpacks || !IsArchiveName(path)) {
-    TakeContent(path, *content, seen);
-  } else if (!TakeArchive(path, seen)) {
-    if (!std::exchange(seen.isTold, true)) book_.Log(path + " is no archive and is left");
+}
+
+void FolderSource::TakeOpened(const std::string& path, OpenedFile opened, Seen& seen) {
+  const auto size = static_cast<std::size_t>(opened.status.st_size);
+  if (settings_.unpacks && IsArchiveName(path)) {
+    if (!TakeArchive(path, opened.status, seen)) return;
+  } else if (size > delivery_.largest()) {
+    return BeginLarge(path, std::move(opened), seen);
+  } else if (!TakeContent(path, opened, seen)) {
     return;
   }
   seen.isDone = true;
-  PutAway(path, seen);
+  PutAwayHeld(path, std::move(opened), seen);
 }
 
-/// Nothing for a file that changes meanwhile, or that cannot be read: the others must not wait for
-/// it.
-std::optional<std::string> FolderSource::ReadUnchanged(const std::string& path, Seen& seen) {
-  try {
-    auto content = ReadWhole(path);
-    if (StateAt(path) == seen.state) return content;
-  } catch (const Failure& failure) {
-    if (!std::exchange(seen.isTold, true))
-      book_.Log(fmt::format("{} cannot be read: {}", path, failure.text()));
-  }
-  return std::nullopt;
-}
-
-void FolderSource::TakeContent(const std::string& path, const std::string& content,
-                               const Seen& seen) {
+/// False for one that changes meanwhile.
+bool FolderSource::TakeContent(const std::string& path, const OpenedFile& opened, Seen& seen) {
+  const auto content = ContentOf(opened, path);
+  if (!IsUnchanged(opened.file.Get(), opened.status)) return false;
   Take({.given = std::string(FileNameOf(path)),
         .content = content,
         .mark = {.key = path, .state = seen.state}});
+  return true;
 }
 
-/// False for what is no archive. Whether it was taken is remembered when all of it was.
-bool FolderSource::TakeArchive(const std::string& path, const Seen& seen) {
+/// False for what is no archive, or another one by now. Whether it was taken is remembered when all
+/// of it was.
+bool FolderSource::TakeArchive(const std::string& path, const struct stat& status, Seen& seen) {
+  if (status.st_size > kLargestArchive) {
+    TellOnce(seen, path + " is too large and is left");
+    return false;
+  }
   std::error_code ignored;
   fs::remove_all(workshop_, ignored);
   MakeFolders(workshop_);
   const ScopeGuard emptied([&] { fs::remove_all(workshop_, ignored); });
   const auto result = archives_.Extract(path, workshop_, {});
-  if (!result.opened) return false;
-  if (!result.remark.empty()) book_.Log(fmt::format("{}: {}", path, result.remark));
-  for (const auto& file : result.files) {
-    const auto name = FileNameOf(file);  // two members of one name have got numbers
-    Take({.given = std::string(IsNumberedCopy(name) ? StripDupSuffix(name) : name),
-          .content = ReadWhole(file)});
+  const auto present = StatusOf(path);
+  if (!present || present->st_ino != status.st_ino || !IsSameContent(*present, status))
+    return false;
+  if (!result.opened) {
+    TellOnce(seen, path + " is no archive and is left");
+    return false;
   }
+  if (!result.remark.empty()) book_.Log(fmt::format("{}: {}", path, result.remark));
+  for (const auto& file : result.files)
+    Take({.given = std::string(FileNameOf(file)), .content = ReadWhole(file)});
   delivery_.Leave({.key = path, .state = seen.state});
   return true;
 }
 
-void FolderSource::PutAway(const std::string& path, Seen& seen) {
-  if (settings_.afterwards == Afterwards::kLeave || StateAt(path) != seen.state) return;
+/// One at a time; others of its size wait for the next scan.
+void FolderSource::BeginLarge(const std::string& path, OpenedFile opened, Seen& seen) {
+  if (large_.IsBusy() || steady_clock::now() < seen.nextTry) return;
   try {
-    if (access(std::string(FolderOf(path)).c_str(), W_OK) != 0) ThrowFileFailure(errno, path);
-    if (settings_.afterwards == Afterwards::kMove) {
-      MakeFolders(settings_.moveTo);
-      Place(WriteHidden(settings_.moveTo, std::string(FileNameOf(path)), ReadWhole(path)));
-    }
-    if (unlink(path.c_str()) != 0) ThrowFileFailure(errno, path);
+    large_.Begin(path, std::move(opened));
   } catch (const Failure& failure) {
-    if (!std::exchange(seen.isTold, true))
-      book_.Log(fmt::format("{} was taken and stays where it is: {}", path, failure.text()));
+    EndLarge({.path = path, .state = seen.state, .trouble = failure.text()});
   }
+}
+
+void FolderSource::EndLarge(const ApartFiles::End& end) {
+  auto& seen = seen_[end.path];
+  if (!end.trouble.empty()) {
+    seen.nextTry = steady_clock::now() + kUntilRoom;
+    TellOnce(seen, fmt::format("{} is too large and is left: {}", end.path, end.trouble));
+  } else if (seen.state == end.state) {
+    seen.isDone = true;
+    PutAwayAgain(end.path, seen);
+  }
+}
+
+/// What could not be put away before, or the very same file once more.
+void FolderSource::PutAwayAgain(const std::string& path, Seen& seen) {
+  if (settings_.afterwards == Afterwards::kLeave) return;
+  try {
+    auto opened = OpenFileOf(path);
+    if (StateOf(opened.status) == seen.state) PutAwayHeld(path, std::move(opened), seen);
+  } catch (const UnreadableFile&) {  // the next scan tries again
+  }
+}
+
+void FolderSource::PutAwayHeld(const std::string& path, OpenedFile opened, Seen& seen) {
+  seen.inode = opened.status.st_ino;
+  seen.isClosed = false;
+  if (settings_.afterwards == Afterwards::kLeave) return;
+  LinuxFileHold hold(std::move(opened.file), path, opened.status, opened.lease);
+  try {
+    if (PutAway(settings_, path, hold)) return;
+    seen.isReplaced = true;
+    soon_.start(kSoon);
+  } catch (const Failure& failure) {
+    TellOnce(seen, fmt::format("{} was taken and stays where it is: {}", path, failure.text()));
+  }
+}
+
+/// The last run ended between the two steps of a file's putting away.
+void FolderSource::Recover(const std::string& aside) {
+  const auto status = StatusOf(aside);
+  if (!status) return;
+  auto path = PathOfAside(aside).value_or(aside);
+  const bool isTaken = delivery_.IsTaken({.key = path, .state = StateOf(*status)});
+  if (isTaken && settings_.afterwards != Afterwards::kLeave)
+    return FinishPuttingAway(settings_, aside);
+  if (const int error = RenameToFree(aside, path); error != 0) ThrowFileFailure(error, path);
+}
+
+void FolderSource::TellOnce(Seen& seen, const std::string& text) {
+  if (!std::exchange(seen.isTold, true)) book_.Log(text);
 }
 
 }  // namespace ostrel

@@ -3,7 +3,9 @@
 
 #include <QTcpSocket>
 #include <QTimer>
+#include <chrono>
 #include <deque>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,6 +13,7 @@
 
 #include "feed/feed_config.h"
 #include "feed/source.h"
+#include "receive/datagram_port.h"
 #include "receive/line.h"
 #include "receive/product_assembler.h"
 #include "receive/stream_decoder.h"
@@ -21,7 +24,7 @@ namespace ostrel {
 /// come again.
 class PacketSource : public Source {
  public:
-  using Source::Source;
+  PacketSource(const std::string& name, Delivery& delivery, FeedBook& book);
 
  protected:
   void Receive(const std::vector<StreamEvent>& events);
@@ -29,14 +32,20 @@ class PacketSource : public Source {
   void DeliverWaiting();
   /// True when no more may be read before something was delivered.
   bool IsFull() const;
-  /// A new stream begins: what was half there will not be finished.
-  void Forget() { assembler_ = {}; }
 
  private:
-  void Keep(ReceivedProduct product);
+  /// A whole product; a large one has its bytes on the disk already.
+  struct Waiting {
+    ReceivedProduct product;
+    std::unique_ptr<LargeProduct> large;
+  };
+
+  std::unique_ptr<LargeProduct> BeginLarge(const std::string& name, std::size_t bytes);
+  void Keep(Waiting product);
+  void Deliver(const Waiting& waiting);
 
   ProductAssembler assembler_;
-  std::deque<ReceivedProduct> waiting_;
+  std::deque<Waiting> waiting_;
   std::size_t waitingBytes_ = 0;
   std::chrono::steady_clock::time_point nextTry_ = {};
 };
@@ -45,22 +54,24 @@ class PacketSource : public Source {
 /// report itself ready all the time.
 class LineSource : public PacketSource {
  public:
-  using PacketSource::PacketSource;
+  LineSource(const std::string& name, Delivery& delivery, FeedBook& book);
   void Start() override;
 
  protected:
-  virtual OpenFile Open() const = 0;
-  virtual std::vector<StreamEvent> Decode(std::string_view bytes) = 0;
-  /// What a reading of nothing means: the end of a device, an empty datagram.
-  virtual bool EndsWithNothing() const { return true; }
+  /// Both throw std::system_error, or another std::runtime_error.
+  virtual void Open() = 0;
+  /// Takes one reading; false when there is nothing at the moment.
+  virtual bool ReadOnce() = 0;
+  virtual void Close() = 0;
+  /// What is told of a line that is well.
+  virtual std::string State() const { return "open"; }
 
  private:
   void Look();
-  void OpenAgain();
   void ReadAll();
   void Lose(const std::string& why);
 
-  std::optional<OpenFile> line_;
+  bool isOpen_ = false, hasFailed_ = false;
   QTimer timer_;
   GrowingWait wait_;
 };
@@ -71,11 +82,13 @@ class SerialSource : public LineSource {
       : LineSource(NameOfSource(settings), delivery, book), settings_(settings) {}
 
  protected:
-  OpenFile Open() const override { return OpenLine(settings_.device, settings_.baud); }
-  std::vector<StreamEvent> Decode(std::string_view bytes) override { return decoder_.Feed(bytes); }
+  void Open() override { line_.emplace(OpenLine(settings_.device, settings_.baud)); }
+  bool ReadOnce() override;
+  void Close() override { line_.reset(); }
 
  private:
   SerialSettings settings_;
+  std::optional<OpenFile> line_;
   StreamDecoder decoder_;
 };
 
@@ -85,12 +98,20 @@ class UdpSource : public LineSource {
       : LineSource(NameOfSource(settings), delivery, book), settings_(settings) {}
 
  protected:
-  OpenFile Open() const override { return OpenDatagramPort(settings_.port); }
-  std::vector<StreamEvent> Decode(std::string_view datagram) override;
-  bool EndsWithNothing() const override { return false; }
+  void Open() override { port_.emplace(settings_.where); }
+  bool ReadOnce() override;
+  void Close() override { port_.reset(); }
+  std::string State() const override { return state_; }
 
  private:
+  bool IsWelcome(Ipv4 sender) const;
+  void Drop(Ipv4 sender);
+
   UdpSettings settings_;
+  std::optional<DatagramPort> port_;
+  std::string state_ = "open";
+  long long dropped_ = 0;
+  std::chrono::steady_clock::time_point nextTelling_ = {};
 };
 
 class TcpSource : public PacketSource {

@@ -101,7 +101,10 @@ std::optional<ProductName> NameRules::NameOf(std::string_view given) const {
     if (!std::regex_match(text, match, rule.pattern)) continue;
     if (auto name = ReadShortName(match.format(rule.name))) return ProductName{.name = *name};
   }
-  return std::nullopt;
+  // Two files of one name have got numbers.
+  const auto bare = StripDupSuffix(given);
+  const bool isNumbered = IsNumberedCopy(given) && bare.size() < given.size();
+  return isNumbered ? NameOf(bare) : std::nullopt;
 }
 
 std::string HarmlessName(std::string_view given) {

@@ -40,8 +40,8 @@ class NameRules {
   explicit NameRules(const std::vector<NameRule>& rules);
 
   /// The name that the station takes: by its form, or by the first rule whose pattern fits and
-  /// whose outcome is a short name. Nothing for an unknown one, and for one longer than a folder
-  /// holds.
+  /// whose outcome is a short name; of a numbered copy the name without its number, where the whole
+  /// one has none. Nothing for an unknown one, and for one longer than a folder holds.
   std::optional<ProductName> NameOf(std::string_view given) const;
 
  private:

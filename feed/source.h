@@ -4,7 +4,10 @@
 #include <algorithm>
 #include <chrono>
 #include <string>
+#include <utility>
 
+#include "base/failure.h"
+#include "base/reporting.h"
 #include "feed/delivery.h"
 #include "feed/feed_book.h"
 
@@ -25,6 +28,21 @@ class Source {
   /// Throws Failure when the product could not be taken.
   FeedOutcome Take(const FeedProduct& product) { return delivery_.Take(number_, product); }
   void SetState(const std::string& state, bool isWell) { book_.SetState(number_, state, isWell); }
+  std::size_t number() const { return number_; }
+
+  /// Runs what the event loop or a library calls: nothing that is thrown goes further. What cannot
+  /// be done now is done later; each source sees to that. False when something was thrown.
+  template <typename Step>
+  bool Safely(Step&& step) {
+    try {
+      std::forward<Step>(step)();
+      return true;
+    } catch (const std::exception& error) {
+      TryStep([&] { book_.Log(error.what()); });
+    } catch (const StopRequested&) {  // the program is about to end
+    }
+    return false;
+  }
 
   Delivery& delivery_;
   FeedBook& book_;

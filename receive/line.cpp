@@ -2,13 +2,10 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdint>
 #include <cstdlib>
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <netinet/in.h>
 #include <stdexcept>
-#include <sys/socket.h>
 #include <system_error>
 #include <termios.h>
 #include <unistd.h>
@@ -88,20 +85,12 @@ PseudoTerminal MakePseudoTerminal() {
 OpenFile OpenLine(const std::string& path, std::optional<int> baud) {
   OpenFile line(open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
   if (line.Get() < 0) Fail(fmt::format("cannot open {}", path));
-  if (isatty(line.Get()) != 0) MakeRaw(line.Get(), baud);
-  return line;
-}
-
-OpenFile OpenDatagramPort(int port) {
-  OpenFile host(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_ANY);
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  if (bind(host.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-    Fail(fmt::format("cannot listen for datagrams to port {}", port));
+  if (isatty(line.Get()) != 0) {
+    MakeRaw(line.Get(), baud);
+  } else if (errno != ENOTTY) {  // a device that does not answer would stay at its old rate
+    Fail(fmt::format("cannot open {}", path));
   }
-  return host;
+  return line;
 }
 
 LineState ReadLine(const OpenFile& line, std::span<char> buffer, std::size_t& size) {

@@ -49,10 +49,6 @@ PseudoTerminal MakePseudoTerminal();
 /// given, `baud` with 8 data bits and no parity. Throws std::runtime_error.
 OpenFile OpenLine(const std::string& path, std::optional<int> baud);
 
-/// A socket that hears datagrams for `port` on every IPv4 address of this machine, broadcasts
-/// included. Throws std::system_error.
-OpenFile OpenDatagramPort(int port);
-
 /// What a reading found. Nothing at the moment is not the end.
 enum class LineState { kData, kNothing, kEnd };
 /// Reads what is there into `buffer` without waiting; `size` tells how much. Throws

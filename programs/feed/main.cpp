@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fmt/format.h>
+#include <system_error>
 #include <unistd.h>
 
 #include "base/failure.h"
@@ -79,6 +80,9 @@ int main(int count, char* arguments[]) {
     return EXIT_SUCCESS;
   } catch (const Failure& failure) {  // it may pass
     fmt::print(stderr, "{}: {}\n", called, failure.text());
+    return EXIT_FAILURE;
+  } catch (const std::system_error& error) {  // so may this
+    fmt::print(stderr, "{}: {}\n", called, error.what());
     return EXIT_FAILURE;
   } catch (const std::exception& error) {
     fmt::print(stderr, "{}: {}\n", called, error.what());

@@ -50,6 +50,8 @@ QString Spell(FeedOutcome outcome) {
       return "came before";
     case FeedOutcome::kUnknown:
       return "unknown name, kept";
+    case FeedOutcome::kTooLarge:
+      return "too large, kept";
   }
   return {};
 }
@@ -85,10 +87,11 @@ void FeedWindow::Refresh(const Feed& feed) {
   const auto figures = feed.Figures();
   ShowSources(figures);
   ShowProducts(figures);
-  counts_->setText(QString("%1 delivered, %2 came again, %3 of unknown name")
+  counts_->setText(QString("%1 delivered, %2 came again, %3 of unknown name, %4 too large")
                        .arg(figures.delivered)
                        .arg(figures.repeats)
-                       .arg(figures.unknown));
+                       .arg(figures.unknown)
+                       .arg(figures.tooLarge));
   const auto silence = FeedFigures::Clock::now() - figures.lastCame;
   if (!figures.trouble.empty()) {
     ShowTrouble(QString::fromStdString("Nothing is taken: " + figures.trouble));

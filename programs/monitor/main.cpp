@@ -13,6 +13,7 @@
 #include "programs/monitor/line_pacer.h"
 #include "programs/monitor/receiver.h"
 #include "programs/monitor/reference.h"
+#include "receive/datagram_port.h"
 #include "receive/datagram_reader.h"
 #include "receive/line.h"
 
@@ -26,7 +27,7 @@ struct Options {
   std::string link;
   std::optional<int> baud;
   std::string device;
-  std::optional<int> udpPort;
+  std::string udp;  // [ADDRESS:]PORT
   std::string folder;
   std::optional<int> idleSeconds;
   ReferenceOptions reference;
@@ -100,13 +101,13 @@ void ListenToLine(const OpenFile& line, std::optional<int> baud, Listener& liste
   receiver.Take(decoder.Finish());
 }
 
-void ListenToDatagrams(const OpenFile& socket, Listener& listener, Receiver& receiver) {
+void ListenToDatagrams(DatagramPort port, Listener& listener, Receiver& receiver) {
   std::array<char, 4096> buffer{};
-  while (listener.Wait(&socket, Listener::kLongWait)) {
-    std::size_t size = 0;
-    if (ReadLine(socket, buffer, size) != LineState::kData) continue;
+  while (listener.Wait(&port.Readiness(), Listener::kLongWait)) {
+    const auto datagram = port.Next(buffer);
+    if (!datagram) continue;
     listener.Heard();
-    const std::optional<StreamEvent> event = ReadDatagram({buffer.data(), size});
+    const std::optional<StreamEvent> event = ReadDatagram(datagram->bytes);
     if (!event) {
       ShowLine("the station has ended its stream");
       return;
@@ -143,15 +144,15 @@ bool ListenWithReference(const Options& options, Listener& listener) {
 
 int Run(const Options& options) {
   const OpenFile stop = OpenStopSignals();
-  if (options.reference.port != 0) {
+  if (options.reference.station.port != 0) {
     Listener listener(stop, options.idleSeconds);
     return ListenWithReference(options, listener) ? 0 : 1;
   }
   ProductStore store(options.folder);
   Receiver receiver(store);
   Listener listener(stop, options.idleSeconds);
-  if (options.udpPort) {
-    ListenToDatagrams(OpenDatagramPort(*options.udpPort), listener, receiver);
+  if (!options.udp.empty()) {
+    ListenToDatagrams(DatagramPort(ReadDatagramAddress(options.udp)), listener, receiver);
   } else if (!options.device.empty()) {
     ListenToLine(OpenLine(options.device, options.baud), std::nullopt, listener, receiver);
   } else {
@@ -161,15 +162,22 @@ int Run(const Options& options) {
   return receiver.SawBadBlock() ? 1 : 0;
 }
 
-/// The port of "udp:9510". Throws CLI::ValidationError.
-int PortOf(const std::string& where) {
+/// What is wrong with "[ADDRESS:]PORT"; nothing when empty.
+std::string CheckAddress(const std::string& where) {
+  try {
+    ReadDatagramAddress(where);
+    return {};
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+}
+
+/// Where "udp:9510" is, or "udp:0.0.0.0:9510". Throws CLI::ValidationError.
+DatagramAddress StationOf(const std::string& where) {
   constexpr std::string_view kWay = "udp:";
-  int port = 0;
-  const bool isPort = where.starts_with(kWay) &&
-                      CLI::detail::lexical_cast(where.substr(kWay.size()), port) && port > 0 &&
-                      port <= 65535;
-  if (!isPort) throw CLI::ValidationError("--reference", "is udp: and a port, as in udp:9510");
-  return port;
+  const bool isRight = where.starts_with(kWay) && CheckAddress(where.substr(kWay.size())).empty();
+  if (isRight) return ReadDatagramAddress(where.substr(kWay.size()));
+  throw CLI::ValidationError("--reference", "is udp:[ADDRESS:]PORT, as in udp:9510");
 }
 
 /// Either products are kept, or what is heard is held against what the station says that it sends.
@@ -177,9 +185,10 @@ void DeclareReference(CLI::App& app, ReferenceOptions& options, CLI::Option* dev
                       CLI::Option* out) {
   auto* reference =
       app.add_option_function<std::string>(
-             "--reference", [&options](const std::string& where) { options.port = PortOf(where); },
+             "--reference",
+             [&options](const std::string& where) { options.station = StationOf(where); },
              "Compare what DEVICE hears with what the station's datagrams say was sent")
-          ->type_name("udp:PORT")
+          ->type_name("udp:[ADDRESS:]PORT")
           ->needs(device)
           ->excludes(out);
   const auto add = [&](const char* name, auto& value, const char* help) {
@@ -206,8 +215,11 @@ void Declare(CLI::App& app, Options& options) {
       ->check(CLI::Range(50, 4000000));
   auto* device =
       app.add_option("DEVICE", options.device, "Listen to this serial device or recorded file");
-  auto* udp = app.add_option("--udp", options.udpPort, "Listen to the datagrams to this port")
-                  ->check(CLI::Range(1, 65535));
+  auto* udp = app.add_option("--udp", options.udp,
+                             "Listen to the datagrams to this port: of this computer's station, or "
+                             "of other ones with an address of this computer, or 0.0.0.0 for all")
+                  ->type_name("[ADDRESS:]PORT")
+                  ->check(CheckAddress);
   auto* out = app.add_option("--out", options.folder, "Folder for the products");
   app.add_option("--exit-when-idle", options.idleSeconds,
                  "End when nothing was heard for this many seconds after the first byte")
@@ -229,7 +241,7 @@ int main(int argc, char** argv) {
   ostrel::Options options;
   ostrel::Declare(app, options);
   CLI11_PARSE(app, argc, argv);
-  if (options.folder.empty() && options.reference.port == 0)
+  if (options.folder.empty() && options.reference.station.port == 0)
     return app.exit(CLI::RequiredError("--out or --reference"));
   try {
     return ostrel::Run(options);

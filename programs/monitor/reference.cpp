@@ -45,10 +45,9 @@ void Put(const std::string& file, const std::string& text) {
 }  // namespace
 
 ReferenceListener::ReferenceListener(const ReferenceOptions& options)
-    : options_(options),
-      station_(OpenDatagramPort(options.port)),
-      comparison_(
-          [](const auto& name) { Say(fmt::format("{:<12}  sent, and not heard whole", name)); }) {
+    : options_(options), station_(options.station), comparison_([](const auto& name) {
+        Say(fmt::format("{:<12}  sent, and not heard whole", name));
+      }) {
   std::signal(SIGCHLD, SIG_IGN);  // the alarm's command is not waited for
 }
 
@@ -68,9 +67,8 @@ void ReferenceListener::Take(const std::vector<StreamEvent>& events) {
 
 void ReferenceListener::HearStation() {
   std::array<char, 4096> buffer{};
-  std::size_t size = 0;
-  while (ReadLine(station_, buffer, size) == LineState::kData) {
-    const auto event = ReadDatagram({buffer.data(), size});
+  while (const auto datagram = station_.Next(buffer)) {
+    const auto event = ReadDatagram(datagram->bytes);
     if (!event) comparison_.Ended();
     if (const auto* const packet = event ? std::get_if<ReceivedPacket>(&*event) : nullptr)
       comparison_.Sent(*packet, Now());

@@ -7,13 +7,13 @@
 
 #include "alarms/alarm_command.h"
 #include "programs/monitor/comparison.h"
-#include "receive/line.h"
+#include "receive/datagram_port.h"
 #include "receive/stream_decoder.h"
 
 namespace ostrel {
 
 struct ReferenceOptions {
-  int port = 0;               // of the station's datagrams
+  DatagramAddress station;    // where its datagrams come in
   std::string json, metrics;  // files for the figures, "-" for standard output; none when empty
   double interval = 10;       // seconds between two figures
   double alarmAfter = 0;      // seconds of sending without hearing; 0: no alarm
@@ -25,7 +25,7 @@ class ReferenceListener {
   explicit ReferenceListener(const ReferenceOptions& options);
 
   /// Where the station's datagrams come in.
-  const OpenFile& station() const { return station_; }
+  const OpenFile& station() const { return station_.Readiness(); }
   /// Takes what came from the receiver, if anything did, and what the station said meanwhile. Comes
   /// often: losses, figures and the alarm go by the clock.
   void Take(const std::vector<StreamEvent>& events);
@@ -38,7 +38,7 @@ class ReferenceListener {
   void Watch();
 
   ReferenceOptions options_;
-  OpenFile station_;
+  DatagramPort station_;
   Comparison comparison_;
   double nextFigures_ = 0;
   bool isAlarmed_ = false;

@@ -24,6 +24,11 @@ TEST(ProductName, IsShortOrStandsBehindTheLastHyphenOfALongOne) {
       {head + "1-4-RADALLUS.GIF", "RADALLUS.GIF 4"},
       {head + "123456-TORDMXIA.TXT", "TORDMXIA.TXT"},
       {"z_eipq10kwbc161430rra_c_kwin_20260516143012_7-3-gms008ja.gif", "GMS008JA.GIF 3"},
+      {"TORDMXIA.TXT.1", "TORDMXIA.TXT"},
+      {head + "123456-1-TORDMXIA.TXT.12", "TORDMXIA.TXT 1"},
+      {"TORDMXIA.TXT.01", ""},
+      {"TORDMXIA.TXT.1.2.3", "TORDMXIA.TXT"},
+      {"TORNADO-DMXIA.1", ""},
       {head + "123456-5-TORDMXIA.TXT", ""},
       {head + "123456-1-TORDMXIAX.TXT", ""},
       {head + "123456-1-TORDMXIA.TXT.part", ""},
@@ -53,6 +58,7 @@ TEST(ProductName, IsMadeShortByTheFirstRuleThatDoes) {
   EXPECT_EQ(Told(rules, "nws-x"), "") << "what the rule makes is no short name";
   EXPECT_EQ(Told(rules, "x/nws-tordmxia-12.txt"), "") << "a pattern is the whole name's";
   EXPECT_EQ(Told(rules, "nws.html"), "PAGE.HTM");
+  EXPECT_EQ(Told(rules, "nws.html.1"), "PAGE.HTM") << "two of one name have got numbers";
   EXPECT_EQ(Told(rules, std::string(4096, 'a') + ".html"), "");
   const std::vector<NameRule> wrong{{"(", "X.TXT"}};
   EXPECT_THROW(NameRules{wrong}, std::runtime_error);

@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
 # The feed as a program: started by a station as its companion, killed at any instant, and between
 # stations over a broker.
-#   feed_test.sh BIN SOURCE [PRODUCTS [KILLS]]    60 products and 8 kills unless told otherwise
+#   feed_test.sh BIN SOURCE [PRODUCTS [KILLS [CORRECTIONS]]]
+#       60 products, 8 kills and 200 corrections unless told otherwise
 set -euo pipefail
 PATH=$PATH:/usr/sbin
 bin=$(realpath "$1")
 source=$(realpath "$2")
 products=${3:-60}
 kills=${4:-8}
+corrections=${5:-200}
 # shellcheck source=tests/programs/trial.sh
 source "$(dirname "${BASH_SOURCE[0]}")/trial.sh"
 nap() { sleep "0.$((RANDOM % 60 + 10))"; }
@@ -115,6 +117,44 @@ grep -q '^MOVED_TO P' "$work/seen" || fail "nothing was seen"
 kill -TERM "$feed"
 wait "$feed" || fail "the feed ended with status $?"
 
+echo "$corrections corrections that come while the version before them is moved away."
+moving=$work/moving
+mkdir -p "$moving/KvData/RxFiles" "$moving/tree" "$moving/done"
+cp "$bin/ostrel-feed" "$moving"
+printf '[[folder]]\npaths = ["%s"]\nafterwards = "move"\nmove_to = "%s"\n' "$moving/tree" \
+  "$moving/done" >"$moving/Feed.toml"
+start "$moving/ostrel-feed"
+feed=${pids[-1]}
+until_true 10 grep -q watched "$moving/KvData/Feed/FeedLog.txt"
+# A new version is renamed over the path 0 to 6 ms after the one before it was delivered.
+perl -MTime::HiRes=sleep,time -e '
+  my ($moving, $rounds) = @ARGV;
+  sub lay {
+    my ($path, $text) = @_;
+    open my $file, ">", "$moving/next" or die $!;
+    print $file $text;
+    close $file;
+    rename "$moving/next", $path or die $!;
+  }
+  for my $round (1 .. $rounds) {
+    my $name = sprintf "P%07d.TXT", $round;
+    my $end = time + 30;
+    lay("$moving/tree/$name", "first $round\n");
+    until (-e "$moving/KvData/RxFiles/$name") { die "$name does not come" if time > $end }
+    my $at = time + rand 0.006;
+    1 while time < $at;
+    lay("$moving/tree/$name", "other $round\n");
+  }' "$moving" "$corrections"
+count() { find "$moving/$1" -type f | wc -l; }
+all_corrections() { [ "$(count KvData/RxFiles)" -eq $((2 * corrections)) ] && [ "$(count tree)" -eq 0 ]; }
+lost() { fail "$((2 * corrections - $(count KvData/RxFiles))) of $((2 * corrections)) versions are lost"; }
+for ((look = 0; look < 150; look++)); do ! all_corrections || break; sleep 0.2; done
+all_corrections || lost
+cat "$moving/KvData/RxFiles"/* | sort >"$work/versions"
+seq "$corrections" | sed 's/.*/first &\nother &/' | sort | cmp - "$work/versions" || fail "other versions came"
+kill -TERM "$feed"
+wait "$feed" || fail "the feed ended with status $?"
+
 echo "One receiver, a broker and two stations, stopped and started at random."
 port=$((21000 + $$ % 20000))
 cat >"$work/mosquitto.conf" <<END
@@ -166,3 +206,12 @@ for ((kill_ = 0; kill_ < kills; kill_++)); do
 done
 wait "$writer"
 for name in one two; do expect_all "$work/$name.out" "$work/receiver/tree.expected"; done
+
+# What came damaged over the broker's road is not taken.
+publish() { mosquitto_pub -p "$port" -V 5 -q 1 -t "emwin/$1" -m text -D publish user-property sha256 "$2"; }
+publish DAMAGED.TXT 0
+publish SOUND.TXT "$(printf text | sha256sum | cut -d ' ' -f 1)"
+sound() { compgen -G "$work/one.out/* SOUND.TXT"; }
+until_true 30 sound >/dev/null
+! compgen -G "$work/one.out/* DAMAGED.TXT" || fail "a damaged message was taken"
+grep -q 'DAMAGED.TXT came damaged and is not taken' "$work/one/KvData/Feed/FeedLog.txt" || fail "nobody was told"

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <numeric>
 
+#include "receive/datagram_port.h"
 #include "receive/datagram_reader.h"
 #include "receive/product_assembler.h"
 
@@ -118,6 +119,89 @@ TEST(ProductAssembler, MakesProductsOfWholeBlocksOnly) {
   EXPECT_EQ(Assemble({first, first, second, third, second, third}), "LONG.TXT:2051 LONG.TXT:2051 ");
   EXPECT_EQ(Assemble({first, twin, second, twinEnd, third}), "-1 LONG.TXT:2051 ");
   EXPECT_EQ(Assemble({second, third, first, second}), "-0 ") << "tuned in late: none is missing";
+}
+
+/// Of a large product, what came and whether it went without an end.
+struct LargeBytes : LargeProduct {
+  explicit LargeBytes(std::string& taken) : bytes(taken) { bytes += "["; }
+  ~LargeBytes() override { bytes += "]"; }
+  void Append(std::string_view more) override { bytes += more; }
+  std::string& bytes;
+};
+
+TEST(ProductAssembler, HandsOnWhatIsTooLargeAsItComes) {
+  const auto block = [](int number, const std::string& name, const std::string& text) {
+    return ReceivedPacket{name, number, 4, "stamp", text + std::string(1024 - text.size(), '\0')};
+  };
+  std::string taken;
+  std::size_t announced = 0;
+  const auto begin = [&](const std::string&, std::size_t bytes) {
+    announced = bytes;
+    return std::make_unique<LargeBytes>(taken);
+  };
+  const std::string full(1024, 'f'), text = full + full + full + "end";
+  // The fourth block has at least one byte, so 3072 are too few and 3073 may be enough.
+  for (const bool isLarge : {true, false}) {
+    ProductAssembler assembler(isLarge ? 3072 : 3073, begin);
+    taken.clear();
+    for (int number = 1; number < 4; ++number) assembler.Accept(block(number, "LONG.TXT", full));
+    EXPECT_EQ(taken, isLarge ? "[" + full : "") << "two blocks are held back";
+    auto outcome = assembler.Accept(block(4, "LONG.TXT", "end"));
+    EXPECT_EQ(outcome.large != nullptr, isLarge);
+    EXPECT_EQ(isLarge ? taken : "[" + outcome.product.value().data, "[" + text);
+  }
+  EXPECT_EQ(announced, 4096U);
+  ProductAssembler assembler(3000, begin);
+  taken.clear();
+  const std::string archive = std::string("PK\5\6") + std::string(18, '\0');  // ends with zeros
+  for (const auto& [number, part] : {std::pair{1, "PK" + full.substr(2)}, {2, full}, {3, full}})
+    assembler.Accept(block(number, "PACK.ZIP", part));
+  EXPECT_NE(assembler.Accept(block(4, "PACK.ZIP", archive)).large, nullptr);
+  EXPECT_EQ(taken, "[PK" + full.substr(2) + full + full + archive + "]");
+  taken.clear();
+  assembler.Accept(block(1, "LONG.TXT", full));
+  assembler.Accept(block(3, "LONG.TXT", full));
+  EXPECT_EQ(taken, "[]") << "one is missing: it goes at once";
+  EXPECT_TRUE(assembler.Accept(block(4, "LONG.TXT", "end")).endedIncomplete);
+  ProductAssembler unwilling(3000);
+  unwilling.Accept(block(1, "LONG.TXT", full));
+  EXPECT_EQ(unwilling.Accept(block(2, "LONG.TXT", full)).missing, 0);
+}
+
+TEST(ProductAssembler, HoldsNoMoreThanAMemoryHas) {
+  ProductAssembler assembler;
+  const std::string full(64 * 1024, 'f');
+  constexpr int kProducts = 15, kBlocks = 150;  // of ten million bytes each
+  int whole = 0;
+  for (int number = 1; number <= kBlocks; ++number) {
+    for (int product = 0; product < kProducts; ++product) {
+      const auto outcome =
+          assembler.Accept({fmt::format("P{}.TXT", product), number, kBlocks, "stamp", full});
+      whole += outcome.product.has_value();
+    }
+  }
+  EXPECT_GE(whole, kProducts - 3);
+  EXPECT_LT(whole, kProducts) << "the oldest gave way";
+}
+
+TEST(DatagramAddress, IsThisComputersUnlessTold) {
+  EXPECT_EQ(ReadDatagramAddress("9510").address, "127.0.0.1");
+  EXPECT_EQ(ReadDatagramAddress("0.0.0.0:9510").address, "0.0.0.0");
+  EXPECT_EQ(ReadDatagramAddress("192.168.1.7:9510").port, 9510);
+  for (const auto* wrong : {"", "0", "65536", "x", "9510x", "host:9510", "1.2.3:9510", ":9510"})
+    EXPECT_THROW(ReadDatagramAddress(wrong), std::runtime_error) << wrong;
+  const std::pair<const char*, const char*> networks[] = {{"192.168.1.0/24", "192.168.1.0/24"},
+                                                          {"10.1.2.3", "10.1.2.3"},
+                                                          {"10.1.2.3/32", "10.1.2.3"},
+                                                          {"0.0.0.0/0", "0.0.0.0/0"}};
+  for (const auto& [text, spelt] : networks)
+    EXPECT_EQ(SpellIpv4Network(ReadIpv4Network(text).value()), spelt);
+  for (const auto* wrong : {"", "10.0.0.0/33", "10.0.0.0/-1", "10.0.0.0/", "10.0.0/8", "any"})
+    EXPECT_FALSE(ReadIpv4Network(wrong)) << wrong;
+  const auto network = ReadIpv4Network("192.168.1.128/25").value();
+  EXPECT_TRUE(network.Holds(ReadIpv4("192.168.1.200").value()));
+  EXPECT_FALSE(network.Holds(ReadIpv4("192.168.1.127").value()));
+  EXPECT_TRUE(ReadIpv4Network("0.0.0.0/0")->Holds(ReadIpv4("203.0.113.9").value()));
 }
 
 }  // namespace

@@ -1,81 +1,13 @@
 // The sources of the feed, with real files, a pseudo-terminal and sockets.
-#include <QCoreApplication>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QUdpSocket>
-#include <fstream>
-#include <gtest/gtest.h>
-#include <optional>
-#include <set>
 
-#include "feed/delivery.h"
-#include "feed/folder_source.h"
 #include "feed/packet_source.h"
-#include "feed/placing.h"
-#include "tests/support/virtual_station.h"
+#include "tests/feed/sources/sources_fixture.h"
 
 namespace ostrel {
 namespace {
-
-namespace fs = std::filesystem;
-using Names = std::multiset<std::string>;
-
-constexpr const char* kLong = "A_WFUS53KDMX161430_C_KWIN_20260516143012_123456-1-TORDMXIA.TXT";
-
-class SourcesTest : public testing::Test {
- protected:
-  SourcesTest() {
-    fs::create_directories(folder_ / "tree");
-    fs::create_directory(folder_ / "in");
-  }
-  Delivery MakeDelivery(FeedMemory& memory) {
-    return Delivery({.memory = memory,
-                     .book = book_,
-                     .now = [] { return FeedMemory::Time(std::chrono::seconds(1'000'000)); },
-                     .ingestFolder = [this] { return folder_ / "in"; },
-                     .unknownFolder = folder_ / "in",
-                     .outbox = {},
-                     .repeats = std::chrono::seconds(600)},
-                    NameRules({}));
-  }
-  /// Lets events come until `isTrue`, or for long.
-  template <typename Test>
-  static bool Until(Test&& isTrue) {
-    for (int look = 0; look < 1500 && !isTrue(); ++look) {
-      QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-      std::this_thread::sleep_for(10ms);
-    }
-    return isTrue();
-  }
-  static void Wait(milliseconds duration) {
-    const auto end = std::chrono::steady_clock::now() + duration;
-    Until([&] { return std::chrono::steady_clock::now() >= end; });
-  }
-  Names In(const std::string& folder) const {
-    Names names;
-    for (const auto& entry : fs::directory_iterator(folder_ / folder))
-      names.insert(entry.path().filename().string() + "=" + ReadWhole(entry.path().string()));
-    return names;
-  }
-  std::ofstream Write(const std::string& name, const std::string& content) const {
-    std::ofstream file(folder_ / "tree/" + name, std::ios::trunc);
-    file << content << std::flush;
-    return file;
-  }
-  std::unique_ptr<FolderSource> Watch(FolderSettings settings) {
-    settings.paths = {folder_ / "tree"};
-    auto source = std::make_unique<FolderSource>(settings, station_.archives, folder_ / "workshop",
-                                                 delivery_, book_);
-    source->Start();
-    return source;
-  }
-
-  TemporaryFolder folder_;
-  FeedBook book_{folder_ / "log", false};
-  FeedMemory memory_{folder_ / "memory.db"};
-  Delivery delivery_{MakeDelivery(memory_)};
-  VirtualStation station_;
-};
 
 TEST_F(SourcesTest, FilesAreTakenWhenTheirWriterIsDoneWithThem) {
   Write("OLD.TXT", "old");
@@ -87,6 +19,7 @@ TEST_F(SourcesTest, FilesAreTakenWhenTheirWriterIsDoneWithThem) {
   auto slow = Write(path, "first half, ");
   Write(".HIDDEN.TXT", "x");
   Write("TORDMXIA.TXT.part", "x");
+  Write("UPPER.TXT.PART", "x");
   Write("EMPTY.TXT", "");
   Wait(500ms);
   Names expected{"OLD.TXT=old"};
@@ -193,7 +126,7 @@ TEST_F(StreamTest, ComesAsDatagramsThatGetLost) {
   ASSERT_TRUE(sender.bind(QHostAddress::LocalHost));
   const auto port = sender.localPort();
   sender.close();
-  UdpSource source({.port = port}, delivery_, book_);
+  UdpSource source({.where = {.port = port}}, delivery_, book_);
   source.Start();
   for (const std::size_t lost : {5U, 12U}) {
     for (std::size_t number = 0; number < packets_.size(); ++number) {
@@ -203,6 +136,42 @@ TEST_F(StreamTest, ComesAsDatagramsThatGetLost) {
       Wait(1ms);
     }
     sender.writeDatagram("E0000", 5, QHostAddress::LocalHost, port);
+  }
+  ExpectAll();
+}
+
+TEST_F(StreamTest, ComesFromThoseWhoMaySendAlone) {
+  QUdpSocket sender;
+  ASSERT_TRUE(sender.bind(QHostAddress::LocalHost));
+  const auto port = sender.localPort();
+  sender.close();
+  const auto send = [&] {
+    for (const auto& packet : packets_) {
+      const auto datagram = "R0001" + packet;
+      sender.writeDatagram(datagram.data(), std::ssize(datagram), QHostAddress::LocalHost, port);
+      Wait(1ms);
+    }
+  };
+  std::optional<UdpSource> source;
+  source.emplace(UdpSettings{.where = {.address = "0.0.0.0", .port = port},
+                             .from = {ReadIpv4Network("192.0.2.0/24").value()}},
+                 delivery_, book_);
+  source->Start();
+  send();
+  EXPECT_TRUE(Until([&] {
+    return book_.Figures().sources.back().state.find("of others dropped, the last of 127.0.0.1") !=
+           std::string::npos;
+  }));
+  EXPECT_EQ(In("in"), Names{});
+  source.reset();
+  // As a station sends them unless told otherwise: to all of this computer.
+  source.emplace(UdpSettings{.where = {.port = port}, .from = {}}, delivery_, book_);
+  source->Start();
+  for (const auto& packet : packets_) {
+    const auto datagram = "R0001" + packet;
+    sender.writeDatagram(datagram.data(), std::ssize(datagram), QHostAddress("127.255.255.255"),
+                         port);
+    Wait(1ms);
   }
   ExpectAll();
 }
