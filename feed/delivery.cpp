@@ -128,6 +128,7 @@ bool Delivery::DropRepeat(Arrival& arrival) {
 
 FeedOutcome Delivery::Record(const Arrival& arrival, const std::vector<HiddenFile*>& files) {
   std::vector<Placement> placements;
+  placements.reserve(files.size());
   for (const auto* const file : files) placements.push_back(file->placement());
   parts_.memory.Record(arrival.name, arrival.hash, arrival.mark, parts_.now(), placements);
   for (auto* const file : files) file->Release();
