@@ -14,7 +14,11 @@ using Afterwards = FolderSettings::Afterwards;
 
 class PutAwayTest : public SourcesTest {
  protected:
-  ~PutAwayTest() override { call_shim::Watch({}); }
+  /// The tests behind this one wait in real time.
+  ~PutAwayTest() override {
+    call_shim::Watch({});
+    call_shim::SpeedUp(1);
+  }
 
   void Empty() const {
     for (const auto* folder : {"in", "done"}) {

@@ -27,7 +27,7 @@ namespace {
 std::atomic<const Watcher*> watcher = nullptr;
 thread_local bool isWatching = false;
 std::atomic<int> speed = 1;
-timespec began = {};
+timespec began = {}, shown = {};  // the time at the last change of speed, and what it was told as
 
 /// The error that the call fails with; 0 lets it be.
 int ErrorOf(const char* call, const char* path = "") {
@@ -50,8 +50,8 @@ constexpr long kSecond = 1'000'000'000;
 
 timespec Faster(const timespec& now) {
   const long passed = (now.tv_sec - began.tv_sec) * kSecond + now.tv_nsec - began.tv_nsec;
-  const long total = began.tv_nsec + passed * speed;
-  return {began.tv_sec + total / kSecond, total % kSecond};
+  const long total = shown.tv_nsec + passed * speed;
+  return {shown.tv_sec + total / kSecond, total % kSecond};
 }
 
 timespec Shorter(const timespec& wait) {
@@ -73,7 +73,10 @@ void Watch(Watcher next) {
 }
 
 void SpeedUp(int times) {
-  Real<int(clockid_t, timespec*)>("clock_gettime")(CLOCK_MONOTONIC, &began);
+  timespec now;
+  Real<int(clockid_t, timespec*)>("clock_gettime")(CLOCK_MONOTONIC, &now);
+  shown = Faster(now);
+  began = now;
   speed = times;
 }
 

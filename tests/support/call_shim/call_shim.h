@@ -16,7 +16,8 @@ using Watcher = std::function<int(std::string_view call, std::string_view path)>
 /// One at a time; none when empty. To be called while no other thread calls the system.
 void Watch(Watcher watcher);
 
-/// From here on the monotonic clock goes so many times as fast as it does, and so do all waits.
+/// From here on the monotonic clock goes so many times as fast as it does, and so do all waits. It
+/// never jumps: 1 lets it go on as it does from the time that it shows.
 void SpeedUp(int times);
 
 }  // namespace call_shim
