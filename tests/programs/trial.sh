@@ -32,3 +32,9 @@ start() {
   "$@" >>"$work/$(basename "$1").log" 2>&1 &
   pids+=($!)
 }
+# catches_sigterm PID: it ends in its own way then.
+catches_sigterm() {
+  local mask
+  mask=$(sed -n 's/^SigCgt:[[:space:]]*//p' "/proc/$1/status")
+  (((0x$mask >> 14) & 1))
+}
