@@ -127,7 +127,9 @@ void QueueService::ServeFile(Priority p) {
   auto& onAir = *onAir_[p];
   const int n = onAir.nextBlock++;
   const auto [count, why] = parts_.builder.MakePacket(parts_.values.InSentFolder(onAir.file), n);
-  if (IsUnread(why)) onAir.unread = why;
+  const bool isOut = onAir.blockCount > 0 && n > onAir.blockCount;  // all of it was read before
+  if (IsUnread(why) && !isOut) onAir.unread = why;
+  if (!why) onAir.blockCount = count;
   if (n > count) return RetireFile(p);
   isFollowed_ = true;
   parts_.status.blocksBuilt[p] = n;

@@ -42,6 +42,7 @@ class QueueService {
   struct OnAir {
     std::string file;
     int nextBlock = 1;
+    long long blockCount = 0;  // as the last look at the file said
     /// While it waited for a more urgent file, that took its place in the sent folder.
     bool isDisplaced = false;
     /// A block could not be read, or the file not be looked at.

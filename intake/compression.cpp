@@ -22,28 +22,27 @@ std::string BlockName(LocalTime now) {
 
 }  // namespace
 
-std::optional<std::string> Compression::CompressFile(const std::string& source,
-                                                     const std::string& name) {
-  std::optional<std::string> placedAs;
+std::optional<TransmitQueue::Placed> Compression::CompressFile(const std::string& source,
+                                                               const std::string& name) {
+  std::optional<TransmitQueue::Placed> placed;
   RunStep(parts_.reporting, kFileProcedure, [&] {
     const auto archive = parts_.queue.FreeName(std::string(StripExtension(name)) + ".ZIP");
     const auto uncompressed = SizeOrZero(source);
     if (uncompressed > kLargestArchive || !MakeArchive(source, archive)) {
-      placedAs = parts_.queue.Place(source, name);
+      placed = parts_.queue.Place(source, name);
       return;
     }
     const auto compressed = SizeOrZero(parts_.queue.PathOf(archive));
     if (compressed <= uncompressed) {
       Count(compressed, uncompressed);
-      placedAs = archive;
+      placed = TransmitQueue::Placed{archive};
       return;
     }
     Count(uncompressed, uncompressed);
-    RunStep(parts_.reporting, kFileProcedure,
-            [&] { parts_.files.Delete(parts_.queue.PathOf(archive)); });
-    placedAs = parts_.queue.Place(source, name);
+    parts_.queue.TakeBack({archive}, source);
+    placed = parts_.queue.Place(source, name);
   });
-  return placedAs;
+  return placed;
 }
 
 CreateResult Compression::CreateArchive(const std::string& name, const char* procedure) {
@@ -84,7 +83,7 @@ void Compression::CompressBlock() {
     const auto archived = AddListedFiles(*created.writer, uncompressed);
     created.writer->Close();  // a failure ends here: all files stay, nothing is queued
     const int priority = LeadingInteger(parts_.setup.BlockPriority.Get());
-    parts_.queue.Add(Priority(priority), name, JoinPath(BlockFolder(), name));
+    parts_.queue.Add(Priority(priority), {name}, JoinPath(BlockFolder(), name));
     Count(SizeOrZero(parts_.queue.PathOf(name)), uncompressed);
     const auto id = parts_.queue.Entries(Priority(priority)).back().product.id;
     for (const auto& file : archived)

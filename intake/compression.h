@@ -35,9 +35,9 @@ class Compression {
 
   /// Places the file `source`, whose queue name is `name`, in RtXmit: as an archive, or
   /// uncompressed when an archive would be larger, cannot be made or would hold too much. Returns
-  /// the name under which it waits; nothing when it could not be placed at all, which has been
-  /// reported.
-  std::optional<std::string> CompressFile(const std::string& source, const std::string& name);
+  /// nothing when it could not be placed at all, which has been reported.
+  std::optional<TransmitQueue::Placed> CompressFile(const std::string& source,
+                                                    const std::string& name);
 
   /// Reads the list of files that await block compression from their folder. Throws Failure.
   void RefreshCompressList();

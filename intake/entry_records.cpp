@@ -36,6 +36,7 @@ std::string EntryRecords::Make(Priority p, const std::string& name, const std::s
   try {
     auto record = FreeName(p, name);
     Keep(file, PathOf(p, record));
+    if (root_ == 0) TryStep([&] { root_ = parts_.files.FolderId(Root()); });  // not at the start
     parts_.files.Secure(PathOf(p, record), source);
     toldOfNone_ = false;
     return record;

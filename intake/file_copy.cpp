@@ -24,15 +24,15 @@ std::string SystemErrorText(int code) {
 
 }  // namespace
 
-/// `step` returns a copy code.
+/// `step` returns a copy code, and so does this: one of success.
 template <typename Step>
-void FileCopy::Repeat(Step&& step) {
+int FileCopy::Repeat(Step&& step) {
   int code = copy_code::kInUse;
   for (int attempt = 0; attempt < kAttempts && code == copy_code::kInUse; ++attempt) {
     code = step();
     if (code == copy_code::kInUse) clock_.Sleep(kWait);
   }
-  if (code == copy_code::kDone) return;
+  if (code == copy_code::kDone || code == copy_code::kMoved) return code;
   throw Failure(CopyFailureNumber(code), "Copy File Failed: dll error - " + SystemErrorText(code),
                 "CopyFile");
 }
@@ -41,8 +41,8 @@ void FileCopy::CopyFile(const std::string& source, const std::string& destinatio
   Repeat([&] { return files_.Copy(source, destination, links); });
 }
 
-void FileCopy::PlaceFile(const std::string& source, const std::string& destination) {
-  Repeat([&] { return files_.Place(source, destination); });
+bool FileCopy::PlaceFile(const std::string& source, const std::string& destination) {
+  return Repeat([&] { return files_.Place(source, destination); }) == copy_code::kMoved;
 }
 
 bool IsDiskFull(const Failure& failure) {

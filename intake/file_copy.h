@@ -22,8 +22,9 @@ class FileCopy {
                 Links links = Links::kRefused);
 
   /// Gives a file its next place before the caller deletes `source`, without writing its bytes
-  /// where one file system holds both: see Files::Place. Waits and throws as CopyFile.
-  void PlaceFile(const std::string& source, const std::string& destination);
+  /// where one file system holds both: see Files::Place. True when the file itself moved, and
+  /// `source` is gone. Waits and throws as CopyFile.
+  bool PlaceFile(const std::string& source, const std::string& destination);
   /// Makes the placed file independent of a source that stays: from here on a program that writes
   /// into the source does not change it. Throws as CopyFile.
   void Detach(const std::string& placed) { CopyFile(placed, placed); }
@@ -35,7 +36,7 @@ class FileCopy {
 
  private:
   template <typename Step>
-  void Repeat(Step&& step);
+  int Repeat(Step&& step);
 
   Files& files_;
   Clock& clock_;

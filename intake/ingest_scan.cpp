@@ -86,14 +86,17 @@ void IngestScan::TakeFile(const std::string& listedName) {
     if (!IsPrepared(listedName, name, target)) return;
     placed = Route(path, name, target);
     large_.erase(listedName);
+    copies_.erase(listedName);
   }
   DeleteTaken(*hold, path, placed);
 }
 
-/// False while a copy or the way to its next place is being made for a large file.
+/// False while a copy or the way to its next place is being made for a large file. One that is only
+/// kept gets its copies when it comes back.
 bool IngestScan::IsPrepared(const std::string& listedName, const std::string& name,
                             const std::optional<Target>& target) {
-  if (!MakeCopies(listedName, name)) return false;
+  const bool isKept = !target && parts_.kept.IsKeeping();
+  if (!isKept && !MakeCopies(listedName, name)) return false;
   const auto folder =
       target ? parts_.values.HoldingFolder(target->folder()) : parts_.values.KeptFolder();
   return IsReady(listedName, folder, Means::kPlace);
@@ -174,11 +177,12 @@ void IngestScan::Unpack(const std::string& path) {
 
 /// False while the next copy of a large file is being made; those before it are not made again.
 bool IngestScan::MakeCopies(const std::string& listedName, const std::string& name) {
+  const auto entries = parts_.rules.CopiesOf(name);
+  if (entries.empty()) return true;
   const auto& folder = parts_.values.ingestPath;
-  const auto known = large_.find(listedName);
-  const int made = known == large_.end() ? 0 : known->second.copies;
+  auto& copies = CopiesOf(listedName);
   int number = 0;
-  for (const auto& entry : parts_.rules.CopiesOf(name)) {
+  for (const auto& entry : entries) {
     for (int j = 1; j < std::min(entry.count, kMostCopies); ++j) {
       const auto copy = fmt::format("{}.{}", name, j);
       if (copy.size() > kLongestName) {
@@ -186,14 +190,20 @@ bool IngestScan::MakeCopies(const std::string& listedName, const std::string& na
                                   fmt::format("Copies left out, no name is so long: {}", copy));
         break;
       }
-      if (++number <= made) continue;
+      if (++number <= copies.made) continue;
       if (!IsReady(listedName, std::string(FolderOf(folder)), Means::kCopy)) return false;
       parts_.copy.CopyFile(folder + listedName, folder + copy);
-      const auto large = large_.find(listedName);
-      if (large != large_.end()) large->second.copies = number;
+      copies.made = number;
     }
   }
   return true;
+}
+
+IngestScan::Copies& IngestScan::CopiesOf(const std::string& listedName) {
+  const auto status = parts_.files.Status(parts_.values.ingestPath + listedName);
+  auto& copies = copies_[listedName];
+  if (copies.of != status) copies = {.of = status};
+  return copies;
 }
 
 std::string IngestScan::PlaceInFolder(const std::string& folder, const std::string& path,

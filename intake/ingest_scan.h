@@ -49,7 +49,11 @@ class IngestScan {
   struct Underway {
     std::string folder;
     Means means = Means::kPlace;
-    int copies = 0;  // made so far
+  };
+  /// What was made of a received file before a later step of it failed, or has to wait.
+  struct Copies {
+    FileStatus of;
+    int made = 0;
   };
   bool MayBeScanned();
   bool IsUnderway(const std::string& listedName);
@@ -59,6 +63,7 @@ class IngestScan {
                   const std::optional<Target>& target);
   bool IsReady(const std::string& listedName, const std::string& folder, Means means);
   bool MakeCopies(const std::string& listedName, const std::string& name);
+  Copies& CopiesOf(const std::string& listedName);
   std::string Route(const std::string& path, const std::string& name,
                     const std::optional<Target>& target);
   std::string PlaceInFolder(const std::string& folder, const std::string& path,
@@ -71,6 +76,7 @@ class IngestScan {
   PlacedFiles placed_;
   std::map<std::string, int> archiveDepths_;  // of archives that came out of others, by path
   std::map<std::string, Underway> large_;     // by name as listed
+  std::map<std::string, Copies> copies_;      // likewise
   int lockedFileCount_ = 0;
   std::string checkedPath_;  // the ingest path that was looked at last
   bool mayBeScanned_ = true;

@@ -18,7 +18,7 @@ constexpr std::size_t kFilesThatGo = 1'000;  // so that the folder is seldom loo
 }  // namespace
 
 std::string KeptFiles::Keep(const std::string& path, const std::string& name) {
-  if (parts_.rules.AllAreKnown()) return {};
+  if (!IsKeeping()) return {};
   const auto folder = parts_.values.KeptFolder();
   if (!parts_.files.Exists(folder)) parts_.files.CreateFolder(folder);
   MakeRoom();

@@ -31,6 +31,8 @@ class KeptFiles {
   };
   explicit KeptFiles(const Parts& parts) : parts_(parts) {}
 
+  /// While a list is unknown.
+  bool IsKeeping() const { return !parts_.rules.AllAreKnown(); }
   /// A file that no known rule names, before its caller deletes it: placed in the folder under a
   /// free name while a list is unknown. Returns its path there; nothing for a file that nobody
   /// wants. Of 10,000 files the 1,000 oldest make room for those that follow, with a log line.

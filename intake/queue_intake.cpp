@@ -124,10 +124,10 @@ std::optional<std::string> QueueIntake::Queue(Priority p, const std::string& sou
   const auto name = ToUpper(file);
   const auto position = IsOverwritten(p) ? parts_.queue.PositionOfProduct(p, name) : std::nullopt;
   if (position) MakeRoom(p, *position, name);
-  std::optional<std::string> placedAs;
-  RunRetried(file, [&] { placedAs = Place(p, source, name); });
-  if (!placedAs || !RunRetried(file, [&] { Enter(p, position, *placedAs, source); })) return {};
-  return placedAs;
+  std::optional<TransmitQueue::Placed> placed;
+  RunRetried(file, [&] { placed = Place(p, source, name); });
+  if (!placed || !RunRetried(file, [&] { Enter(p, position, *placed, source); })) return {};
+  return placed->name;
 }
 
 /// A folder is not listed by age, and of a product the last one taken is the one that stays.
@@ -168,8 +168,8 @@ void QueueIntake::MakeRoom(Priority p, std::size_t position, const std::string& 
   }
 }
 
-std::optional<std::string> QueueIntake::Place(Priority p, const std::string& source,
-                                              const std::string& name) {
+std::optional<TransmitQueue::Placed> QueueIntake::Place(Priority p, const std::string& source,
+                                                        const std::string& name) {
   // An archive that came back is not zipped a second time.
   const bool isBackAsArchive =
       parts_.handedBack.Contains(p, std::string(FileNameOf(source))) && IsArchive(name);
@@ -178,12 +178,12 @@ std::optional<std::string> QueueIntake::Place(Priority p, const std::string& sou
   return parts_.queue.Place(source, name);
 }
 
-void QueueIntake::Enter(Priority p, std::optional<std::size_t> position, const std::string& name,
-                        const std::string& source) {
+void QueueIntake::Enter(Priority p, std::optional<std::size_t> position,
+                        const TransmitQueue::Placed& placed, const std::string& source) {
   if (position) {
-    parts_.queue.Replace(p, *position, name, source);
+    parts_.queue.Replace(p, *position, placed, source);
   } else {
-    parts_.queue.Add(p, name, source);
+    parts_.queue.Add(p, placed, source);
   }
 }
 

@@ -50,8 +50,9 @@ class QueueIntake {
   bool IsOverwritten(Priority p) const { return IsChecked(parts_.setup.chkOverWrite[p]); }
   bool IsSuperseded(Priority p, const std::string& file) const;
   void MakeRoom(Priority p, std::size_t position, const std::string& name);
-  std::optional<std::string> Place(Priority p, const std::string& source, const std::string& name);
-  void Enter(Priority p, std::optional<std::size_t> position, const std::string& name,
+  std::optional<TransmitQueue::Placed> Place(Priority p, const std::string& source,
+                                             const std::string& name);
+  void Enter(Priority p, std::optional<std::size_t> position, const TransmitQueue::Placed& placed,
              const std::string& source);
   /// Runs a step; while the file is in use elsewhere it is tried again, 20 times in one call of the
   /// intake for all steps together. Returns true when it did its work.

@@ -30,6 +30,7 @@ void TransmitQueue::GiveBack() {
     parts_.records.Prepare();
     ClearFolder();
     parts_.handedBack.HandBack([](Priority, const std::string&) { return false; });
+    isGivenBack_ = true;
   });
 }
 
@@ -78,15 +79,31 @@ std::string TransmitQueue::FreeName(std::string name) const {
                        [this](const std::string& n) { return parts_.files.Exists(PathOf(n)); });
 }
 
-std::string TransmitQueue::Place(const std::string& source, const std::string& name) {
-  auto freeName = FreeName(name);
+TransmitQueue::Placed TransmitQueue::Place(const std::string& source, const std::string& name) {
+  Placed placed{FreeName(name)};
   try {
-    parts_.copy.PlaceFile(source, PathOf(freeName));
+    placed.isMoved = parts_.copy.PlaceFile(source, PathOf(placed.name));
   } catch (const Failure&) {
     RestoreFolder();
     throw;
   }
-  return freeName;
+  return placed;
+}
+
+void TransmitQueue::TakeBack(const Placed& placed, const std::string& source) {
+  if (!IsTakenBack(placed, source)) unqueued_.emplace_back(placed, source);
+}
+
+bool TransmitQueue::IsTakenBack(const Placed& placed, const std::string& source) {
+  const auto failure = FailureIn([&] {
+    if (!placed.isMoved) return parts_.files.Delete(PathOf(placed.name));
+    const std::string folder(FolderOf(source));
+    const auto name = FirstFreeName(std::string(FileNameOf(source)), [&](const std::string& n) {
+      return parts_.files.Exists(JoinPath(folder, n));
+    });
+    parts_.files.Rename(PathOf(placed.name), JoinPath(folder, name));
+  });
+  return !failure || failure->IsMissing();
 }
 
 void TransmitQueue::Detach(Priority p, const std::string& name) {
@@ -99,20 +116,21 @@ void TransmitQueue::Detach(Priority p, const std::string& name) {
   });
 }
 
-void TransmitQueue::Add(Priority p, const std::string& name, const std::string& source) {
-  Append(p, Recorded(p, name, source));
+void TransmitQueue::Add(Priority p, const Placed& placed, const std::string& source) {
+  Append(p, Recorded(p, placed, source));
 }
 
-void TransmitQueue::Replace(Priority p, std::size_t position, const std::string& name,
+void TransmitQueue::Replace(Priority p, std::size_t position, const Placed& placed,
                             const std::string& source) {
-  auto replaced = std::exchange(entries_[p][position], Recorded(p, name, source));
+  auto replaced = std::exchange(entries_[p][position], Recorded(p, placed, source));
   parts_.status.Count(&Counts::replaced);
-  parts_.mainFields.PriorityList[p].Replace(position, name);
+  parts_.mainFields.PriorityList[p].Replace(position, placed.name);
   End(p, replaced, Fate::kReplaced);
 }
 
-TransmitQueue::Entry TransmitQueue::Recorded(Priority p, const std::string& name,
+TransmitQueue::Entry TransmitQueue::Recorded(Priority p, const Placed& placed,
                                              const std::string& source) {
+  const auto& name = placed.name;
   try {
     Entry entry{.name = name, .record = parts_.records.Make(p, name, PathOf(name), source)};
     TryStep([&] { entry.bytes = parts_.files.Status(PathOf(name)).size; });
@@ -122,13 +140,7 @@ TransmitQueue::Entry TransmitQueue::Recorded(Priority p, const std::string& name
     entry.product = parts_.history.Enter(p, source, PathOf(name), record);
     return entry;
   } catch (const Failure&) {
-    // A disk without any room let the file itself move: it goes back then.
-    TryStep([&] {
-      if (parts_.files.Exists(source))
-        parts_.files.Delete(PathOf(name));
-      else
-        parts_.files.Rename(PathOf(name), source);
-    });
+    TakeBack(placed, source);
     throw;
   }
 }
@@ -378,6 +390,8 @@ void TransmitQueue::ListHeldBack() {
   if (now >= nextLook_) {
     nextLook_ = now + kLookInterval;
     parts_.records.RetryDrops();
+    std::erase_if(unqueued_,
+                  [this](const auto& pair) { return IsTakenBack(pair.first, pair.second); });
     LookThrough();
   }
   while (!heldBack_.empty() && heldBack_.front().returnAt <= now) {
@@ -390,13 +404,20 @@ void TransmitQueue::ListHeldBack() {
   }
 }
 
-/// A folder of records that went away and came back holds what a start would find there.
+/// A folder of records that went away and came back holds what a start would find there; so does
+/// one that the start could not look at, which it reported.
 void TransmitQueue::LookThrough() {
-  if (!parts_.records.WasReplaced()) return;
-  RunStep(parts_.reporting, kCategory, [this] {
+  const auto handBack = [this] {
     parts_.handedBack.HandBack(
         [this](Priority p, const std::string& record) { return HoldsRecord(p, record); });
-  });
+  };
+  if (!isGivenBack_)
+    isGivenBack_ = TryStep([&] {
+      parts_.records.Prepare();
+      handBack();
+    });
+  else if (parts_.records.WasReplaced())
+    RunStep(parts_.reporting, kCategory, handBack);
 }
 
 bool TransmitQueue::HoldsRecord(Priority p, const std::string& record) const {

@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/priority.h"
@@ -60,6 +61,12 @@ class TransmitQueue {
     long long blocksSent = 0, blockCount = 0;
   };
 
+  /// A file of RtXmit that is to become an entry.
+  struct Placed {
+    std::string name;
+    bool isMoved = false;  // it is the source itself, which had no room for a second name
+  };
+
   explicit TransmitQueue(const Parts& parts) : parts_(parts) {}
 
   /// Before the first tick: gives what an earlier run left back to the holding folders, and clears
@@ -73,17 +80,17 @@ class TransmitQueue {
   /// Where RtXmit was removed: makes it anew, and restores the files of its entries out of their
   /// records. True when it did.
   bool RestoreFolder();
-  /// Gives `source` a place in RtXmit under `name` or the next free name, which it returns. Throws
-  /// Failure.
-  std::string Place(const std::string& source, const std::string& name);
+  /// Gives `source` a place in RtXmit under `name` or the next free name. Throws Failure.
+  Placed Place(const std::string& source, const std::string& name);
+  /// It is not queued: it is deleted, or moved back to `source`; later, where that fails now.
+  void TakeBack(const Placed& placed, const std::string& source);
 
-  /// The file `name`, which lies in RtXmit and was made of `source`, becomes the last entry of `p`;
-  /// `source` may be deleted then. Throws Failure when that cannot be; the file is gone then, and
-  /// the queue as it was.
-  void Add(Priority p, const std::string& name, const std::string& source);
+  /// The placed file, which was made of `source`, becomes the last entry of `p`; `source` may be
+  /// deleted then. Throws Failure when that cannot be; the file is taken back then, and the queue
+  /// as it was.
+  void Add(Priority p, const Placed& placed, const std::string& source);
   /// The same in the place of the waiting entry at `position`, which ends.
-  void Replace(Priority p, std::size_t position, const std::string& name,
-               const std::string& source);
+  void Replace(Priority p, std::size_t position, const Placed& placed, const std::string& source);
   /// The source of the file `name`, the newest entry of `p`, stays: the file becomes independent of
   /// what is written into the source. A failure is reported.
   void Detach(Priority p, const std::string& name);
@@ -160,8 +167,8 @@ class TransmitQueue {
   /// Nothing of the retired entries waits in the port any more.
   void ReleaseSent();
   /// Lists the entries again that were held back for long enough. Every two seconds: deletes the
-  /// records that could not be deleted before, and where the folder of the records was away and
-  /// came back, restores what they hold and no entry knows.
+  /// records that could not be deleted before, takes back what could not be, and where the folder
+  /// of the records was away and came back, restores what they hold and no entry knows.
   void ListHeldBack();
 
  private:
@@ -180,7 +187,8 @@ class TransmitQueue {
   bool MayComeBack(const Entry& entry);
   void WaitToReturn(Priority p, Entry entry);
   void SetAside(Priority p, Entry entry, const std::string& reason);
-  Entry Recorded(Priority p, const std::string& name, const std::string& source);
+  Entry Recorded(Priority p, const Placed& placed, const std::string& source);
+  bool IsTakenBack(const Placed& placed, const std::string& source);
   void Append(Priority p, Entry entry);
   Entry TakeFirst(Priority p);
   Entry& Waiting(const Listed& listed);
@@ -196,9 +204,11 @@ class TransmitQueue {
   static Fate FateOfRetired(const Entry& entry);
 
   Parts parts_;
-  PerPriority<std::deque<Entry>> entries_;  // as PriorityList shows them
-  std::deque<Unlisted> sent_, heldBack_;    // oldest first
-  milliseconds nextLook_{0};                // monotonic: at the folder of the records
+  PerPriority<std::deque<Entry>> entries_;                // as PriorityList shows them
+  std::deque<Unlisted> sent_, heldBack_;                  // oldest first
+  std::vector<std::pair<Placed, std::string>> unqueued_;  // with their sources: to be taken back
+  milliseconds nextLook_{0};                              // monotonic: at the folder of the records
+  bool isGivenBack_ = false;                              // what an earlier run left
 };
 
 }  // namespace ostrel

@@ -19,6 +19,7 @@ namespace ostrel {
 /// The codes of a whole-file copy; 0 is success. CopyFile's reports carry them.
 namespace copy_code {
 inline constexpr int kDone = 0;
+inline constexpr int kMoved = -1;  // of Files::Place alone: done, and the source is gone
 inline constexpr int kFileNotFound = 2;
 inline constexpr int kPathNotFound = 3;
 inline constexpr int kAccessDenied = 5;
@@ -105,7 +106,8 @@ class Files {
   /// Gives a regular file its next place, before the caller deletes `source`. Within one file
   /// system `destination` becomes a second name of the file, and no byte is written; what its
   /// writer did not flush is flushed. Elsewhere it is copied. A file system that has room for
-  /// neither lets the file itself move: `source` is gone then. In all else as Copy.
+  /// neither lets the file itself move: `source` is gone then, and kMoved is returned. In all else
+  /// as Copy.
   virtual int Place(const std::string& source, const std::string& destination) = 0;
   /// True when Place or Copy of `source` into `folder` will not keep the station waiting. For a
   /// large file the work is begun beside the station, and the answer is false until it is done: ask

@@ -187,7 +187,7 @@ int LinuxFiles::Place(const std::string& source, const std::string& destination)
   const int code = CopyOpened(placed, destination);
   if (code != copy_code::kDiskFull) return code;
   const int error = MoveFileItself(placed, destination, clock_.UtcNow());
-  return error == 0 ? copy_code::kDone : code;
+  return error == 0 ? copy_code::kMoved : code;
 }
 
 bool LinuxFiles::IsReady(const std::string& source, const std::string& folder, Means means) {

@@ -75,6 +75,7 @@ std::string ZipWriter::ReadProduct(const std::string& path) {
 
 void ZipWriter::Add(const std::string& folder, const std::string& name) {
   const std::string path = JoinPath(folder, name);
+  const auto time = std::chrono::floor<seconds>(files_.Status(path).written).time_since_epoch();
   const auto& content = contents_.emplace_back(ReadProduct(path));
   const std::string bareName(FileNameOf(name));
   zip_t* const archive = archive_.get();
@@ -85,7 +86,6 @@ void ZipWriter::Add(const std::string& folder, const std::string& name) {
     ArchiveFails(zip_strerror(archive));
   }
   const auto index = static_cast<zip_uint64_t>(added);
-  const auto time = std::chrono::floor<seconds>(files_.Status(path).written).time_since_epoch();
   if (zip_set_file_compression(archive, index, ZIP_CM_DEFLATE, kStrongest) != 0 ||
       zip_file_set_mtime(archive, index, time.count(), 0) != 0) {
     ArchiveFails(zip_strerror(archive));

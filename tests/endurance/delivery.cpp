@@ -42,7 +42,9 @@ void Delivery::Hear(std::string_view bytes) {
 }
 
 bool Delivery::TakeContent(const std::string& content) {
-  return awaited_.erase(content) > 0 || known_.contains(content);
+  const bool isOurs = awaited_.erase(content) > 0 || known_.contains(content);
+  if (isOurs) ++times[content];
+  return isOurs;
 }
 
 bool Delivery::TakeArchive(const std::string& bytes) {

@@ -28,7 +28,8 @@ class Delivery {
 
   Lines foreign;     // received products that are none of those dropped, in whole or in part
   int received = 0;  // products
-  int files = 0, fills = 0;  // begun; the fill files are among the files
+  std::map<std::string, int> times;  // how often each content came
+  int files = 0, fills = 0;          // begun; the fill files are among the files
 
  private:
   bool TakeContent(const std::string& content);

@@ -1,6 +1,6 @@
 // One short stretch of the station's work that touches every road a file can take, lived through
-// again and again: once with the power failing at each single change of the file system, once with
-// each single change refused.
+// again and again: with the power failing at each single change of the file system, with each
+// single change refused, and with the file system giving no answer from some question on.
 #include <gtest/gtest.h>
 
 #include "tests/endurance/delivery.h"
@@ -11,12 +11,17 @@ namespace {
 
 using Kind = Trouble::Kind;
 
+enum class Operators { kPresent, kAbsent };
+
 class Scenario : public VirtualStation {
  public:
   /// Begins seven seconds before a block is looked for. What has `elsewhere` in its path lies on
   /// another disk.
-  explicit Scenario(const std::string& elsewhere = "none")
-      : VirtualStation(kNoon + 8s), troubledFiles_(realFiles, machine.clock, elsewhere) {
+  explicit Scenario(const std::string& elsewhere = "none",
+                    Operators operators = Operators::kPresent)
+      : VirtualStation(kNoon + 8s),
+        operators_(operators),
+        troubledFiles_(realFiles, machine.clock, elsewhere) {
     WriteFile(Path("FillFile.txt"), SampleText(20 * 1024, 99));
     for (const auto& [list, keyword] : kManyRules) Rule(list, keyword);
     Set(kManySettings);
@@ -45,11 +50,13 @@ class Scenario : public VirtualStation {
     station = std::make_unique<Station>(
         machine.For(folder.path(), troubledFiles_, troubledArchives_, stores));
     try {
-      EXPECT_TRUE(station->Start() || trouble.kind == Kind::kRefused);
+      const bool isStarted = station->Start();
+      EXPECT_TRUE(isStarted || trouble.kind >= Kind::kRefused);
       changesOfStart = troubledFiles_.changes();
+      questionsOfStart = troubledFiles_.questions();
       for (int i = 0; i < kLongest && !IsDone(); ++i) {
         Run(500ms);
-        Operate(i);
+        if (operators_ == Operators::kPresent) Operate(i);
       }
     } catch (const PowerFailure&) {
     }
@@ -59,7 +66,8 @@ class Scenario : public VirtualStation {
   }
 
   Delivery delivery;
-  int changesOfStart = 0;
+  int changesOfStart = 0, questionsOfStart = 0;
+  int questions() const { return troubledFiles_.questions(); }
 
  private:
   /// Arrives, and must come out again, unless a later one of the same name does.
@@ -74,8 +82,8 @@ class Scenario : public VirtualStation {
   void Operate(int step) {
     auto& operations = station->operations();
     const auto last = LastWaiting();
-    const auto held = station->held().List();
     TryStep([&] {
+      const auto held = station->held().List();
       if (step % 4 == 3 && !held.empty()) operations.Release("bob", held.back().name);
       if (last.empty()) return;
       if (step == 0) operations.Hold("alice", last);
@@ -116,13 +124,17 @@ class Scenario : public VirtualStation {
     machine.clock.Advance(1s);
   }
 
+  Operators operators_;
   TroubledFiles troubledFiles_;
   ZipArchives troubledArchives_{troubledFiles_, machine.clock};
 };
 
-/// One life after the other in one folder; the last one must set everything right.
-void LiveThrough(const std::vector<Trouble>& lives, const std::string& elsewhere = "none") {
-  Scenario scenario(elsewhere);
+/// One life after the other in one folder; the last one must set everything right. Returns how
+/// often each content was received.
+std::map<std::string, int> LiveThrough(const std::vector<Trouble>& lives,
+                                       const std::string& elsewhere = "none",
+                                       Operators operators = Operators::kPresent) {
+  Scenario scenario(elsewhere, operators);
   auto story = elsewhere + " elsewhere; ";
   for (const auto& trouble : lives) {
     scenario.Live(trouble);
@@ -130,8 +142,10 @@ void LiveThrough(const std::vector<Trouble>& lives, const std::string& elsewhere
   }
   EXPECT_EQ(scenario.delivery.Missing(), Lines{}) << story;
   EXPECT_EQ(scenario.delivery.foreign, Lines{}) << story;
-  if (lives.back().kind == Kind::kRefused) return;  // a refused tidying is left to the next start
+  // A refused tidying is left to the next start.
+  if (lives.back().kind == Kind::kRefused) return scenario.delivery.times;
   EXPECT_EQ(LeftBehind(scenario.Path("KvData")), Lines{}) << story;
+  return scenario.delivery.times;
 }
 
 TEST(PowerFailure, AtAnyChangeOfTheFileSystemLosesNothingAndLeavesNothingBehind) {
@@ -185,6 +199,25 @@ TEST(RefusedChange, HoldsUpAtMostWhatItTouchesUntilItIsOver) {
         if (at <= trial.changesOfStart) lives.emplace_back();
         LiveThrough(lives);
       }
+    }
+  }
+}
+
+/// With nobody who sends anything again, each content comes as often as in a life without trouble.
+TEST(UnansweredQuestion, EndsNothingAndRepeatsNothing) {
+  constexpr int kStride = 7;  // another failure each time
+  const std::int32_t failures[] = {failure_number::kPermissionDenied, failure_number::kDeviceError,
+                                   ENOTCONN, ESTALE};
+  Scenario calm("none", Operators::kAbsent);
+  calm.Live();
+  ASSERT_GT(calm.questionsOfStart, kStride);
+  for (const milliseconds lasting : {0ms, 200ms, 20'000ms}) {
+    for (int at = 1; at <= calm.questions(); at += kStride) {
+      const Trouble trouble = {Kind::kUnanswered, at, lasting, 0, failures[at % 4]};
+      const auto times = LiveThrough({trouble, {}}, "none", Operators::kAbsent);
+      for (const auto& [content, count] : times)
+        EXPECT_LE(count, std::max(calm.delivery.times[content], 1))
+            << content.substr(0, 16) << " at question " << at << " for " << lasting.count();
     }
   }
 }

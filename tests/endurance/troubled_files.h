@@ -1,6 +1,7 @@
 // A file system that meets trouble at one chosen change: the power fails there, or it and what
-// follows for a while is refused. A part of it may lie on a second disk: then no link and no rename
-// leads across, and one of the two may lose with the power what it was not asked to flush.
+// follows for a while is refused. Or the trouble comes at a chosen question, and it and those that
+// follow for a while get no answer. A part of it may lie on a second disk: then no link and no
+// rename leads across, and one of the two may lose with the power what it was not asked to flush.
 #pragma once
 
 #include <filesystem>
@@ -25,9 +26,10 @@ struct Trouble {
     kPowerFailsAfter,   // the change is done, nothing more is
     kPowerFailsAmidst,  // half of what is being written lies in its hidden place
     kRefused,           // the change fails, and all of them until `lasting` has passed
+    kUnanswered,        // the same with a question
   };
   Kind kind = Kind::kNone;
-  int at = 0;  // the change that it strikes, the first is 1
+  int at = 0;  // the change or question that it strikes, the first is 1
   milliseconds lasting{0};
   int copyCode = 0;
   std::int32_t failure = 0;
@@ -44,11 +46,33 @@ class TroubledFiles : public FaultyFiles {
   void Meet(const Trouble& trouble) {
     for (auto& undo : undo_) undo.clear();
     trouble_ = trouble;
-    changes_ = 0;
+    changes_ = questions_ = 0;
     refusedUntil_ = {};
   }
   /// How often the file system was changed.
   int changes() const { return changes_; }
+  /// How often it was asked.
+  int questions() const { return questions_; }
+
+  std::optional<std::string> FirstFile(const std::string& f, const NameTest& t) override {
+    return Asked().FirstFile(f, t);
+  }
+  std::vector<std::string> ListFiles(const std::string& f) override { return Asked().ListFiles(f); }
+  bool Exists(const std::string& p) override { return Asked().Exists(p); }
+  std::string ActualPath(const std::string& p) override { return Asked().ActualPath(p); }
+  std::string RealPath(const std::string& p) override { return Asked().RealPath(p); }
+  FileStatus Status(const std::string& p) override { return Asked().Status(p); }
+  std::unique_ptr<FileHold> HoldAlone(const std::string& p, WhenUnknown w) override {
+    Asked();
+    return FaultyFiles::HoldAlone(p, w);
+  }
+  std::uint64_t FolderId(const std::string& p) override { return Asked().FolderId(p); }
+  int NameCount(const std::string& p) override { return Asked().NameCount(p); }
+  std::int64_t FreeBytes(const std::string& f) override { return Asked().FreeBytes(f); }
+  std::size_t ReadBlock(const std::string& p, std::int64_t o, std::span<char> b) override {
+    return Asked().ReadBlock(p, o, b);
+  }
+  std::string ReadAll(const std::string& p) override { return Asked().ReadAll(p); }
 
   int Copy(const std::string& s, const std::string& d, Links l) override {
     if (IsRefused()) return trouble_.copyCode;
@@ -129,11 +153,16 @@ class TroubledFiles : public FaultyFiles {
     }
     throw PowerFailure{};
   }
-  bool IsRefused() {
-    const bool isStruck = ++changes_ == trouble_.at;
-    if (trouble_.kind != Trouble::Kind::kRefused) return false;
-    if (isStruck) refusedUntil_ = clock_.Monotonic() + trouble_.lasting;
-    return isStruck || clock_.Monotonic() < refusedUntil_;
+  bool IsRefused() { return IsStruck(Trouble::Kind::kRefused, ++changes_); }
+  Files& Asked() {
+    if (IsStruck(Trouble::Kind::kUnanswered, ++questions_))
+      throw Failure(trouble_.failure, "Unanswered");
+    return real_;
+  }
+  bool IsStruck(Trouble::Kind kind, int count) {
+    if (trouble_.kind != kind) return false;
+    if (count == trouble_.at) refusedUntil_ = clock_.Monotonic() + trouble_.lasting;
+    return count == trouble_.at || clock_.Monotonic() < refusedUntil_;
   }
   void Amidst(const std::string& path) {
     if (changes_ != trouble_.at || trouble_.kind != Trouble::Kind::kPowerFailsAmidst) return;
@@ -146,7 +175,7 @@ class TroubledFiles : public FaultyFiles {
 
   const Clock& clock_;
   Trouble trouble_;
-  int changes_ = 0;
+  int changes_ = 0, questions_ = 0;
   std::string second_;
   TemporaryFolder kept_;
   std::vector<std::function<void()>> undo_[2];

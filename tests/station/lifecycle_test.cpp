@@ -180,7 +180,7 @@ TEST(Purge, DeletesWhatIsOlderThanTheLimitThatStartUpFound) {
       }
     }
     for (const auto* name : {"DUE", "YOUNG"})
-      station.station->queue().Add(Priority(2), name, station.Path(name));
+      station.station->queue().Add(Priority(2), {name}, station.Path(name));
     station.Run(61s);
     const Lines both = {"DUE", "YOUNG"}, left = hasLimit ? Lines{"YOUNG"} : both;
     EXPECT_EQ(station.Names("KvData/.pending/2"), left);

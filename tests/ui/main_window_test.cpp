@@ -51,7 +51,7 @@ TEST(MainWindow, TenThousandEntriesFollowTheirQueueAndTheOperatorDeletesSomeOfTh
   auto& queue = ostrel.station->queue();
   const auto add = [&](int p, const std::string& name) {
     ostrel.WriteFile(ostrel.InTransmitFolder(name), name);
-    queue.Add(Priority(p), name, ostrel.Path(name));
+    queue.Add(Priority(p), {name}, ostrel.Path(name));
   };
   auto* const view = ostrel.Find<ui::ListView>("PriorityList(1)");
   QSignalSpy reset(view->model(), &QAbstractItemModel::modelReset);
@@ -61,7 +61,7 @@ TEST(MainWindow, TenThousandEntriesFollowTheirQueueAndTheOperatorDeletesSomeOfTh
   ostrel.Select("PriorityList(1)", {2, 9000});
   queue.Remove(Priority(2), {0, 5000, 5000, 10000});
   ostrel.WriteFile(ostrel.InTransmitFolder("NEW"), "new");
-  queue.Replace(Priority(2), 0, "NEW", ostrel.Path("NEW"));
+  queue.Replace(Priority(2), 0, {"NEW"}, ostrel.Path("NEW"));
   EXPECT_EQ(view->Selected(), (std::vector<std::size_t>{1, 8998}));
   QTest::keyClick(view, Qt::Key_Delete);
   EXPECT_TRUE(view->Selected().empty());
