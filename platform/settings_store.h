@@ -4,8 +4,11 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "base/time.h"
 
 namespace ostrel {
 
@@ -45,12 +48,36 @@ class SettingsStore {
   virtual void WriteAll(const std::vector<StoredValue>& values) = 0;
 };
 
+enum class StoreState {
+  kGood,
+  kMissing,  // nothing was ever stored: there is no file, or it is blank
+  kDamaged,  // it is none, cannot be read, or does not hold what was stored
+};
+
+struct StoreLook {
+  StoreState state = StoreState::kGood;
+  std::string why;  // it is damaged
+};
+
 class SettingsStores {
  public:
   virtual ~SettingsStores() = default;
   /// Throws Failure 57 when the store cannot be opened. A store that another process holds is
   /// waited for: half a second in all for everything that is done with one opening.
   virtual std::unique_ptr<SettingsStore> Open() = 0;
+
+  /// Looks the whole store through. Throws Failure 57 when nothing can be said of it: another
+  /// process holds it, it may not be read, or a later version has made it.
+  virtual StoreLook Look() = 0;
+  /// Lays a copy of the store beside it, in the place of the last one, once it was looked through.
+  /// Nothing is written where the last one is the same. Throws Failure; the last one stays then.
+  virtual void KeepCopy() = 0;
+  /// Puts the copy in the place of the store, which is set aside. Returns the name that the store
+  /// has now, empty when there was none; nothing, and nothing is changed, when there is no good
+  /// copy. Throws Failure.
+  virtual std::optional<std::string> TakeCopy(UtcTime now) = 0;
+  /// Sets the store aside: the next one that is opened is a new one. Throws Failure.
+  virtual void SetAside(UtcTime now) = 0;
 };
 
 }  // namespace ostrel

@@ -110,16 +110,17 @@ std::string StationProfile::Dump() {
   const auto store = OpenAtRoot(stores_);
   std::vector<ProfileEntry> entries;
   for (const auto& place : places_) {
-    if (auto entry = Read(place, *store)) entries.push_back(std::move(*entry));
+    if (auto entry = Read(place, store.get())) entries.push_back(std::move(*entry));
   }
   return kHeading + FormatProfile(entries);
 }
 
-std::optional<ProfileEntry> StationProfile::Read(const Place& place, SettingsStore& store) {
+std::optional<ProfileEntry> StationProfile::Read(const Place& place, SettingsStore* store) {
   auto entry = place.entry;
   if (place.row != nullptr) {
+    if (store == nullptr) return std::nullopt;
     const auto& row = *place.row;
-    const auto value = store.ReadSetting(KeyPath(row.section), row.key, row.fallback);
+    const auto value = store->ReadSetting(KeyPath(row.section), row.key, row.fallback);
     entry.values = {WithoutFolder(value)};
     return entry;
   }
@@ -172,6 +173,20 @@ void StationProfile::CheckKind(const ProfileEntry& entry) const {
   });
 }
 
+/// A setting that the text leaves out would be one that nobody has chosen.
+void StationProfile::CheckNamesAll(const std::vector<ProfileEntry>& entries,
+                                   const std::string& loss) const {
+  for (const auto& place : places_) {
+    const bool isNamed = std::any_of(entries.begin(), entries.end(), [&](const auto& entry) {
+      return entry.Name() == place.entry.Name();
+    });
+    if (place.row != nullptr && !isNamed)
+      Refuse(
+          fmt::format("{} The text must name every setting, as a dump does, and does not name {}.",
+                      loss, place.entry.key));
+  }
+}
+
 /// The lists of rules that none of the changes is of.
 std::vector<ProfileEntry> StationProfile::RulesBeside(const std::vector<ProfileChange>& changes) {
   std::vector<ProfileEntry> staying;
@@ -205,7 +220,9 @@ std::vector<std::string> StationProfile::DoubtsAbout(const std::vector<ProfileCh
 
 std::vector<ProfileChange> StationProfile::ChangesBy(std::string_view text) {
   auto entries = ParseProfile(text);
-  const auto store = OpenAtRoot(stores_);
+  const auto loss = Loss();
+  if (!loss.empty()) CheckNamesAll(entries, loss);
+  const auto store = loss.empty() ? OpenAtRoot(stores_) : nullptr;
   // Where a new station gets rules, a list without a file would count as lost.
   const bool getsRules = std::any_of(entries.begin(), entries.end(), [](const auto& entry) {
     return entry.table == kRules && !entry.values.empty();
@@ -215,7 +232,7 @@ std::vector<ProfileChange> StationProfile::ChangesBy(std::string_view text) {
     CheckKind(entry);
     const auto& place = PlaceOf(entry);
     if (entry.table == kPorts) entry.values = {DeviceOf(entry.values.front())};
-    auto present = Read(place, *store);
+    auto present = Read(place, store.get());
     const bool isLaid = entry.table == kRules && getsRules && !files_.Exists(place.path);
     if (!isLaid && present && present->values == entry.values) continue;
     // What the station has already is its own business.
@@ -226,18 +243,23 @@ std::vector<ProfileChange> StationProfile::ChangesBy(std::string_view text) {
   return changes;
 }
 
-void StationProfile::Make(const std::vector<ProfileChange>& changes) {
+void StationProfile::Make(const std::vector<ProfileChange>& changes, UtcTime now) {
   if (changes.empty()) return;
+  const bool isLost = !Loss().empty();
   std::vector<ProfileEntry> before, after;
   for (const auto& change : changes) {
     before.push_back(Before(change));
     after.push_back(change.to);
   }
-  files_.WriteAll(NotePath(), FormatProfile(before));
+  const auto note = FormatProfile(before);
+  if (std::ssize(note) > kLargestText) Refuse("What the station has now is too large to be kept.");
+  files_.WriteAll(NotePath(), note);
   try {
     Keep(after);
     for (const auto& entry : after) Put(entry);
-    Store(after);  // the last step: a failure of it changes no setting
+    // The last step: a failure of it changes no setting.
+    if (isLost) stores_.SetAside(now);
+    Store(after, isLost ? Which::kAll : Which::kChanged);
   } catch (const std::exception&) {
     for (const auto& entry : before) Restore(entry);
     EndNote();
@@ -276,13 +298,15 @@ void StationProfile::Put(const ProfileEntry& entry) {
   files_.WriteAll(place.path, content);
 }
 
-/// All of them together, but for those that are so already: for them a full disk need have no room.
-void StationProfile::Store(const std::vector<ProfileEntry>& entries) {
+/// All of them together. Those that are so already can be left out: for them a full disk need have
+/// no room.
+void StationProfile::Store(const std::vector<ProfileEntry>& entries, Which which) {
   const auto store = OpenAtRoot(stores_);
   std::vector<StoredValue> stored;
   for (const auto& entry : entries) {
     const auto& place = PlaceOf(entry);
-    if (place.row != nullptr && Read(place, *store)->values != entry.values)
+    if (place.row == nullptr) continue;
+    if (which == Which::kAll || Read(place, store.get())->values != entry.values)
       stored.push_back({.keyPath = KeyPath(place.row->section),
                         .name = place.row->key,
                         .value = WithFolder(entry.values.front())});
@@ -318,7 +342,7 @@ bool StationProfile::Finish() {
   if (!IsUnfinished()) return false;
   const auto before = ParseProfile(files_.ReadAll(NotePath()));
   for (const auto& entry : before) Restore(entry);
-  Store(before);
+  if (Loss().empty()) Store(before, Which::kChanged);  // else nothing was stored
   EndNote();
   return true;
 }

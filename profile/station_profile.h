@@ -11,6 +11,7 @@
 #include "platform/settings_store.h"
 #include "profile/profile_text.h"
 #include "settings/all_settings.h"
+#include "settings/lost_settings.h"
 
 namespace ostrel {
 
@@ -26,14 +27,16 @@ class StationProfile {
   /// something cannot be read.
   std::string Dump();
   /// What `text` would change. What it does not name stays. Throws Failure, with the line, for a
-  /// text that the station could not use.
+  /// text that the station could not use; and where the settings are lost, for one that leaves a
+  /// setting to its default.
   std::vector<ProfileChange> ChangesBy(std::string_view text);
   /// What is strange about them, each with its line: a device that is not there, say, or a rule
   /// that matches nothing. A station reads them all the same.
   std::vector<std::string> DoubtsAbout(const std::vector<ProfileChange>& changes);
-  /// Makes these changes, all or none. After a failure the station is the one before, unless it
+  /// Makes these changes, all or none; where the settings are lost, in a store of their own: what
+  /// is left of the old one is set aside. After a failure the station is the one before, unless it
   /// IsUnfinished: it is once Finish has run. So it is after a power failure in the midst.
-  void Make(const std::vector<ProfileChange>& changes);
+  void Make(const std::vector<ProfileChange>& changes, UtcTime now);
   /// Takes back what a Make began and did not end, before anything else is done with the station.
   /// Returns whether there was one.
   bool Finish();
@@ -54,16 +57,21 @@ class StationProfile {
   void AddRules();
   void AddPorts();
   const Place& PlaceOf(const ProfileEntry& entry) const;
-  std::optional<ProfileEntry> Read(const Place& place, SettingsStore& store);
+  /// Nothing without a store for a setting.
+  std::optional<ProfileEntry> Read(const Place& place, SettingsStore* store);
   /// Of a list or a link; nothing for a file that was lost.
   std::optional<std::vector<std::string>> ValuesIn(const Place& place);
   bool MayBeMissing(const Place& place);
+  /// What has become of the settings; empty while they are there.
+  std::string Loss() { return LossOf(stores_, files_, folder_); }
+  void CheckNamesAll(const std::vector<ProfileEntry>& entries, const std::string& loss) const;
   void CheckKind(const ProfileEntry& entry) const;
   std::vector<ProfileEntry> RulesBeside(const std::vector<ProfileChange>& changes);
   ProfileEntry Before(const ProfileChange& change);
   void Keep(const std::vector<ProfileEntry>& entries);
   void Put(const ProfileEntry& entry);
-  void Store(const std::vector<ProfileEntry>& entries);
+  enum class Which { kChanged, kAll };
+  void Store(const std::vector<ProfileEntry>& entries, Which which);
   void Restore(const ProfileEntry& entry);
   void EndNote();
   std::string WithoutFolder(const std::string& value) const;

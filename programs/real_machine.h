@@ -7,6 +7,7 @@
 #include <string>
 
 #include "base/names.h"
+#include "base/station_files.h"
 #include "platform/linux/linux_clock.h"
 #include "platform/linux/linux_files.h"
 #include "platform/linux/linux_instance_lock.h"
@@ -42,8 +43,8 @@ struct RealMachine {
   QtLocalSocket socket;
   LinuxFiles files{clock};
   ZipArchives archives{files, clock};
-  SqliteSettingsStores stores{JoinPath(folder, "KvRegistry.db")};
-  SqliteHistory history{JoinPath(folder, "KvHistory.db")};
+  SqliteSettingsStores stores{JoinPath(folder, kSettingsFile)};
+  SqliteHistory history{JoinPath(folder, kHistoryFile)};
   Windows dialogs{clock};
   OtherPrograms desktop;
   LinuxInstanceLock instance{folder};

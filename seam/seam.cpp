@@ -57,6 +57,11 @@ Json OnAirOf(const std::optional<BlockOnAir>& block) {
           {"blocks", block->count}};
 }
 
+Json RestoredIn(const Figures& figures) {
+  if (!figures.restored) return nullptr;
+  return {{"at", Stamp(figures.restored->at)}, {"text", figures.restored->text}};
+}
+
 Json UnusableOf(const Figures& figures) {
   auto files = Json::array();
   for (const auto& [name, why] : figures.unusable) files.push_back({{"name", name}, {"why", why}});
@@ -111,6 +116,7 @@ std::string StatusLine(const Figures& figures) {
                  {"nextIdentification", Seconds(figures.nextIdentification)},
                  {"freeBytes", figures.freeBytes ? Json(*figures.freeBytes) : Json()},
                  {"intakePaused", figures.intakeIsPaused},
+                 {"restored", RestoredIn(figures)},
                  {"unusable", UnusableOf(figures)}});
 }
 

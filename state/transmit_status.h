@@ -43,6 +43,12 @@ struct BlockOnAir {
   long long number = 0, count = 0;
 };
 
+/// A settings store that was damaged or gone, in whose place its copy is.
+struct RestoredSettings {
+  UtcTime at;
+  std::string text;
+};
+
 struct StartedFile {
   LocalTime at;
   std::string name;
@@ -69,7 +75,8 @@ struct TransmitStatus {
   Counts sinceMidnight, sinceStart;
   int filesSinceStart = 0, fillsSinceStart = 0;
   std::optional<milliseconds> lastPacket, lastArrival;  // monotonic
-  std::optional<std::int64_t> freeBytes;  // where the queues lie, a minute ago at most
+  std::optional<std::int64_t> freeBytes;     // where the queues lie, a minute ago at most
+  std::optional<RestoredSettings> restored;  // in this run
   /// What lies in the station's folder and cannot be used, by name, with the reason.
   std::map<std::string, std::string, std::less<>> unusable;
 

@@ -176,9 +176,10 @@ void Actions::ShowErrorsClicked() {
   parts_.activity.Run([this] {
     parts_.values.showErrors = IsChecked(parts_.setup.chkShowErrors);
     TryStep([this] {
-      OpenAtRoot(parts_.stores)
-          ->WriteSetting(KeyPath(Section::kShared), "ShowErrors",
-                         parts_.values.showErrors ? "1" : "0");
+      parts_.care.Change([this](SettingsStore& store) {
+        store.WriteSetting(KeyPath(Section::kShared), "ShowErrors",
+                           parts_.values.showErrors ? "1" : "0");
+      });
     });
   });
 }

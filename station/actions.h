@@ -9,7 +9,6 @@
 #include "base/priority.h"
 #include "platform/desktop.h"
 #include "platform/dialogs.h"
-#include "platform/settings_store.h"
 #include "state/program_values.h"
 #include "state/setup_fields.h"
 #include "state/transmit_status.h"
@@ -22,6 +21,7 @@ class IngestPrograms;
 class MorseIdentification;
 class RuleLists;
 class Schedule;
+class SettingsCare;
 class SettingsIo;
 class SettingsTransfer;
 class TransmitQueue;
@@ -38,7 +38,7 @@ class Actions {
   struct Parts {
     Dialogs& dialogs;
     Desktop& desktop;
-    SettingsStores& stores;
+    SettingsCare& care;
     Activity& activity;
     SetupFields& setup;
     TransmitStatus& status;

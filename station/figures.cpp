@@ -138,6 +138,7 @@ Figures FiguresOf(const FigureSources& from) {
   figures.nextIdentification = NextIdentification(from);
   figures.freeBytes = status.freeBytes;
   figures.intakeIsPaused = status.intakeIsPaused;
+  figures.restored = status.restored;
   figures.unusable = status.unusable;
   return figures;
 }

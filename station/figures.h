@@ -57,6 +57,7 @@ struct Figures {
   std::optional<milliseconds> nextIdentification;
   std::optional<std::int64_t> freeBytes;
   bool intakeIsPaused = false;
+  std::optional<RestoredSettings> restored;
   std::map<std::string, std::string, std::less<>> unusable;  // files, with the reason
 };
 

@@ -18,6 +18,7 @@ void FilePurge::StartPurge() {
 }
 
 void FilePurge::Purge() {
+  alsoLook_();
   TryStep([this] { parts_.status.freeBytes = parts_.files.FreeBytes(parts_.values.dataRoot); });
   for (const auto& folder : folders_) {
     if (folder.age > milliseconds(0))

@@ -4,6 +4,7 @@
 // there, stays until it is off.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,8 @@ class FilePurge {
   /// Looks at the folders now, and from now on every minute.
   void StartPurge();
   void StopPurge() { parts_.timer.Stop(); }
+  /// What is to be looked at as often.
+  void AlsoLook(std::function<void()> look) { alsoLook_ = std::move(look); }
 
  private:
   struct Registration {
@@ -51,6 +54,7 @@ class FilePurge {
   void PurgeFolder(const Registration& registration);
 
   Parts parts_;
+  std::function<void()> alsoLook_ = [] {};
   Registration next_;
   std::vector<Registration> folders_;
 };

@@ -34,16 +34,14 @@ bool Lifecycle::StartUp() {
   hasBegun_ = true;
   parts_.status.started = parts_.clock.UtcNow();
   try {
+    parts_.care.Prepare();
     parts_.settings.LoadProgramValues();
-    const bool hasLostSettings = HasLostSettings();
+    parts_.care.KeepCopy();
     CreateFolders();
     RemoveTemporaries();
     PlaceMainWindow();
-    parts_.reporting.WriteLog(kCategory, fmt::format("Program Started - {}.{} build {}",
-                                                     kVersionMajor, kVersionMinor, kVersionBuild));
-    if (hasLostSettings)
-      parts_.reporting.WriteLog(
-          "Settings", "The settings store is empty. The station starts with the defaults.");
+    parts_.reporting.WriteLog(kCategory, fmt::format("{}{}.{} build {}", kStartText, kVersionMajor,
+                                                     kVersionMinor, kVersionBuild));
     parts_.transmitter.SetMayOpen(true);
     parts_.settings.LoadSettings();
     parts_.values.purgeAge = PurgeAge(parts_.setup);
@@ -68,18 +66,6 @@ bool Lifecycle::StartUp() {
         {kProgramName, fmt::format("{}: {}", kStartProcedure, report), MessageIcon::kStop});
     return false;
   }
-}
-
-/// A station that ran before stored something at its end: an empty store was deleted, or cut off,
-/// since. Nothing else would tell that it is on the air under another call sign.
-bool Lifecycle::HasLostSettings() {
-  const auto& values = parts_.values;
-  auto& files = parts_.files;
-  if (!files.Exists(LogPath(values.programFolder)) && !files.Exists(values.SentFolder()))
-    return false;
-  bool isEmpty = false;
-  TryStep([&] { isEmpty = OpenAtRoot(parts_.stores)->List(kFamilyTree).empty(); });
-  return isEmpty;
 }
 
 void Lifecycle::CreateFolders() {
@@ -154,8 +140,8 @@ void Lifecycle::ShutDown() {
 
 void Lifecycle::SavePlacement() {
   if (!placementIsKnown_) return;  // the window stands where nobody put it
-  const auto store = OpenAtRoot(parts_.stores);
-  StorePlacement(*store, parts_.dialogs.Placement());
+  parts_.care.Change(
+      [&](SettingsStore& store) { StorePlacement(store, parts_.dialogs.Placement()); });
 }
 
 }  // namespace ostrel

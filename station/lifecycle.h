@@ -15,6 +15,7 @@
 #include "state/transmit_status.h"
 #include "station/file_purge.h"
 #include "station/ingest_programs.h"
+#include "station/settings_care.h"
 #include "station/settings_io.h"
 
 namespace ostrel {
@@ -28,6 +29,7 @@ class Lifecycle {
     Dialogs& dialogs;
     InstanceLock& instance;
     Reporting& reporting;
+    SettingsCare& care;
     SettingsIo& settings;
     Transmitter& transmitter;
     Outputs& outputs;
@@ -54,7 +56,6 @@ class Lifecycle {
   void ShutDown();
 
  private:
-  bool HasLostSettings();
   void CreateFolders();
   void RemoveTemporaries();
   void PlaceMainWindow();

@@ -25,10 +25,6 @@ std::string LineOf(LocalTime time, std::string_view category, std::string_view t
 
 }  // namespace
 
-std::string LogPath(const std::string& programFolder) {
-  return programFolder + "/RtLog.txt";
-}
-
 std::string LogLine(LocalTime time, std::string_view category, std::string_view message) {
   return LineOf(time, category, Printable(message));
 }
@@ -77,7 +73,7 @@ void ProgramLog::RotateWhenTooLarge() {
 /// Where each account's files are kept from the others, the log of another one can neither be
 /// renamed nor replaced; its content can.
 void ProgramLog::MoveAside() {
-  const auto old = parts_.values.programFolder + "/RtLog.old";
+  const auto old = OldLogPath(parts_.values.programFolder);
   if (TryStep([&] { parts_.files.Rename(Path(), old); })) return;
   const int code = parts_.files.Copy(Path(), old, Links::kRefused);
   if (code != copy_code::kDone) throw Failure(code, fmt::format("{} {}", CopyCodeText(code), old));

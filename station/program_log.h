@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "base/reporting.h"
+#include "base/station_files.h"
 #include "platform/clock.h"
 #include "platform/dialogs.h"
 #include "platform/files.h"
@@ -15,9 +16,6 @@
 #include "state/transmit_status.h"
 
 namespace ostrel {
-
-/// Where the log of the station in `programFolder` lies.
-std::string LogPath(const std::string& programFolder);
 
 /// One line of the log, its end included; control characters of the message are written out.
 std::string LogLine(LocalTime time, std::string_view category, std::string_view message);

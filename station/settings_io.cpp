@@ -63,6 +63,7 @@ std::vector<std::string> SettingsIo::LoadWhatIsMissing() {
   auto unread = parts_.rules.LoadRuleLists();
   if (isLoaded_) return unread;
   TryPart(unread, kStoreName, [&] {
+    parts_.care.Prepare();
     for (const auto& [key, failure] : ReadProgramValues(*OpenAtRoot(parts_.stores)))
       unread.push_back(fmt::format("{} ({})", key, failure.text()));
     ShowProgramValues();
@@ -134,7 +135,7 @@ std::string SettingsIo::SaveUnsaved() {
   auto failed = parts_.rules.SaveRuleLists(unsaved_->rules);
   TryPart(failed, kStoreName, [&] {
     if (!unsaved_->areLoaded) throw Failure(failure_number::kDeviceError, "it was not loaded");
-    OpenAtRoot(parts_.stores)->WriteAll(unsaved_->values);
+    parts_.care.Change([&](SettingsStore& store) { store.WriteAll(unsaved_->values); });
   });
   if (failed.empty()) {
     unsaved_.reset();

@@ -18,6 +18,7 @@
 #include "state/program_values.h"
 #include "state/setup_fields.h"
 #include "station/save_outcome.h"
+#include "station/settings_care.h"
 
 namespace ostrel {
 
@@ -25,6 +26,7 @@ class SettingsIo {
  public:
   struct Parts {
     SettingsStores& stores;
+    SettingsCare& care;
     Dialogs& dialogs;
     SetupFields& setup;
     ProgramValues& values;

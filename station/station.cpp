@@ -59,18 +59,19 @@ Station::Station(const Platform& platform)
               compression_, service_, outputs_, log_, mainFields_, setup_, status_, values_}),
       ingest_(platform.desktop, log_, values_.programFolder),
       transfer_(platform.desktop, platform.dialogs, platform.files, values_.programFolder),
-      settings_({platform.stores, platform.dialogs, setup_, values_, rules_, schedule_,
+      care_({platform.stores, platform.files, platform.clock, log_, status_, values_}),
+      settings_({platform.stores, care_, platform.dialogs, setup_, values_, rules_, schedule_,
                  compression_, morse_, transmitter_, kept_, log_}),
       purge_({platform.files, platform.clock, platform.purgeTimer, queue_, log_, status_, values_}),
       lifecycle_({platform.clock, platform.files, platform.stores, platform.dialogs,
-                  platform.instance, log_, settings_, transmitter_, outputs_, queue_, history_,
-                  purge_, ingest_, mainFields_, setup_, status_, values_}),
-      actions_({platform.dialogs, platform.desktop, platform.stores, activity_, setup_, status_,
-                values_, morse_, schedule_, rules_, queue_, transmitter_, settings_, transfer_,
-                ingest_}),
+                  platform.instance, log_, care_, settings_, transmitter_, outputs_, queue_,
+                  history_, purge_, ingest_, mainFields_, setup_, status_, values_}),
+      actions_({platform.dialogs, platform.desktop, care_, activity_, setup_, status_, values_,
+                morse_, schedule_, rules_, queue_, transmitter_, settings_, transfer_, ingest_}),
       operations_({activity_, platform.files, queue_, held_, handedBack_, records_, history_, log_,
                    setup_, status_, values_}) {
   platform.cycleTimer.OnTick([this] { activity_.Run([this] { cycle_.Tick(); }); });
+  purge_.AlsoLook([this] { care_.KeepDailyCopy(); });
   HangRulesOnFields();
 }
 

@@ -38,6 +38,7 @@
 #include "station/lifecycle.h"
 #include "station/program_log.h"
 #include "station/queue_operations.h"
+#include "station/settings_care.h"
 #include "station/settings_io.h"
 #include "station/standstill.h"
 
@@ -108,6 +109,7 @@ class Station {
   TransmitCycle cycle_;
   IngestPrograms ingest_;
   SettingsTransfer transfer_;
+  SettingsCare care_;
   SettingsIo settings_;
   FilePurge purge_;
   Lifecycle lifecycle_;

@@ -1,9 +1,10 @@
 #include "platform/linux/sqlite_database.h"
 
+#include <algorithm>
 #include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
-#include "base/failure.h"
 #include "platform/linux/descriptor.h"
 #include "platform/linux/file_io.h"
 
@@ -23,6 +24,28 @@ void MakeForGroup(const std::string& path) {
   const Descriptor made(OpenOrMake(path.c_str(), O_RDWR));
 }
 
+/// A pipe would be waited for, a device do something, and what a link that leads nowhere names
+/// would be made.
+void CheckKind(const std::string& path, const std::string& called) {
+  struct stat status;
+  if (lstat(path.c_str(), &status) != 0) return;  // is made, or cannot be opened
+  const bool isLink = S_ISLNK(status.st_mode);
+  if (isLink && stat(path.c_str(), &status) != 0 && (errno == ENOENT || errno == ELOOP))
+    throw DamagedDatabase(called, "it is a link that leads nowhere");
+  if (!S_ISREG(status.st_mode) && !S_ISLNK(status.st_mode))
+    throw DamagedDatabase(called, "it is no file");
+}
+
+/// What a whole database never fails with, by a statement of ours.
+bool IsDamage(int extendedCode) {
+  constexpr int kCodes[] = {SQLITE_ERROR, SQLITE_CORRUPT, SQLITE_NOTADB, SQLITE_TOOBIG,
+                            SQLITE_MISMATCH};
+  constexpr int kReadCodes[] = {SQLITE_IOERR_READ, SQLITE_IOERR_SHORT_READ, SQLITE_IOERR_CORRUPTFS};
+  constexpr int kPlainCode = 0xFF;
+  return std::ranges::count(kCodes, extendedCode & kPlainCode) > 0 ||
+         std::ranges::count(kReadCodes, extendedCode) > 0;
+}
+
 /// Once: another thread may be about to open a file.
 void UseOwnOpen() {
   static const int result = [] {
@@ -38,9 +61,10 @@ void UseOwnOpen() {
 SqliteDatabase::SqliteDatabase(const std::string& path, std::string called, DatabaseUse use)
     : called_(std::move(called)) {
   UseOwnOpen();
-  int flags = SQLITE_OPEN_READONLY;
+  CheckKind(path, called_);
+  int flags = use == DatabaseUse::kReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
   if (use == DatabaseUse::kReadAndWrite) {
-    flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    flags |= SQLITE_OPEN_CREATE;
     MakeForGroup(path);
   }
   sqlite3* opened = nullptr;
@@ -66,7 +90,9 @@ int SqliteDatabase::Changes() const {
 }
 
 void SqliteDatabase::Fail() const {
-  throw Failure(failure_number::kDeviceError, called_ + ": " + sqlite3_errmsg(Handle()));
+  const std::string why = sqlite3_errmsg(Handle());
+  if (IsDamage(sqlite3_extended_errcode(Handle()))) throw DamagedDatabase(called_, why);
+  throw Failure(failure_number::kDeviceError, called_ + ": " + why);
 }
 
 SqliteStatement::SqliteStatement(const SqliteDatabase& database, const char* text)

@@ -7,17 +7,35 @@
 #include <string>
 #include <string_view>
 
+#include "base/failure.h"
+
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace ostrel {
 
-enum class DatabaseUse { kReadAndWrite, kReadOnly };
+enum class DatabaseUse {
+  kReadAndWrite,  // the file is made when missing
+  kExisting,      // it is not; where it may not be written, it is only read
+  kReadOnly,
+};
+
+/// Failure 57 of a database that is none, or is not whole. One that is held, may not be read or has
+/// no room fails with a plain Failure.
+class DamagedDatabase : public Failure {
+ public:
+  DamagedDatabase(const std::string& called, const std::string& why)
+      : Failure(failure_number::kDeviceError, called + ": " + why), why_(why) {}
+  const std::string& why() const { return why_; }
+
+ private:
+  std::string why_;
+};
 
 /// One opening. Every call throws Failure 57, which begins with what the database is called.
 class SqliteDatabase {
  public:
-  /// The file is made when missing, unless it is only read; its folder is not.
+  /// Its folder is never made. Nothing but a regular file is opened; a link may lead to one.
   SqliteDatabase(const std::string& path, std::string called, DatabaseUse use);
 
   void Execute(const char* command);

@@ -1,11 +1,18 @@
 #include "platform/linux/sqlite_settings_store.h"
 
 #include <chrono>
+#include <memory>
 #include <sqlite3.h>
 #include <thread>
 
 #include "base/failure.h"
+#include "base/reporting.h"
+#include "platform/linux/file_io.h"
+#include "platform/linux/set_aside.h"
+#include "platform/linux/settings_seal.h"
 #include "platform/linux/sqlite_database.h"
+#include "platform/linux/system_error.h"
+#include "platform/linux/temporary_file.h"
 
 namespace ostrel {
 namespace {
@@ -50,14 +57,29 @@ std::string Cut(std::string value, int longest) {
   return value;
 }
 
+/// One opening of the file, and how long it has waited for others.
+class WaitingDatabase {
+ public:
+  WaitingDatabase(const std::string& path, DatabaseUse use) : database_(path, kSettingsStore, use) {
+    sqlite3_busy_handler(database_.Handle(), WaitForStore, &waited_);
+  }
+  SqliteDatabase& operator*() { return database_; }
+  SqliteDatabase* operator->() { return &database_; }
+
+ private:
+  std::chrono::steady_clock::duration waited_{};
+  SqliteDatabase database_;
+};
+
 class SqliteSettingsStore : public SettingsStore {
  public:
   explicit SqliteSettingsStore(const std::string& path)
-      : database_(path, "Settings store", DatabaseUse::kReadAndWrite) {
-    sqlite3_busy_handler(database_.Handle(), WaitForStore, &waited_);
-    // When another process is just doing the same, its doing suffices.
-    sqlite3_exec(database_.Handle(), "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
-    database_.Execute("PRAGMA synchronous = NORMAL");
+      : opened_(path, DatabaseUse::kReadAndWrite), database_(*opened_) {
+    CheckFormat(database_);
+    // One file and nothing beside it: it is read on a full disk, and where nothing may be written.
+    // A store that was kept otherwise is turned when nobody else has it open.
+    sqlite3_exec(database_.Handle(), "PRAGMA journal_mode = DELETE", nullptr, nullptr, nullptr);
+    database_.Execute("PRAGMA synchronous = FULL");
     database_.Execute(kSchema);
   }
 
@@ -95,7 +117,9 @@ class SqliteSettingsStore : public SettingsStore {
 
   void WriteAll(const std::vector<StoredValue>& values) override {
     database_.InTransaction([&] {
+      MakeSeal(database_);
       for (const auto& value : values) Put(value);
+      Seal(database_);
     });
   }
 
@@ -110,15 +134,82 @@ class SqliteSettingsStore : public SettingsStore {
     write.Step();
   }
 
-  std::chrono::steady_clock::duration waited_{};
-  SqliteDatabase database_;
+  WaitingDatabase opened_;
+  SqliteDatabase& database_;
   std::uint32_t root_ = kHkeyLocalMachine;
 };
 
+/// Of what lies there, though nothing may.
+StoreLook LookAt(const std::string& path) {
+  try {
+    struct stat status;
+    if (lstat(path.c_str(), &status) != 0 && errno == ENOENT) return {StoreState::kMissing, ""};
+    WaitingDatabase database(path, DatabaseUse::kExisting);
+    CheckFormat(*database);
+    return {ContentState(*database), ""};
+  } catch (const DamagedDatabase& damage) {
+    return {StoreState::kDamaged, damage.why()};
+  }
+}
+
+/// The whole file at `path`, as it stands between two changes.
+std::string ImageOf(const std::string& path) {
+  WaitingDatabase database(path, DatabaseUse::kExisting);
+  database->Execute("BEGIN");
+  sqlite3_int64 size = 0;
+  const std::unique_ptr<unsigned char, decltype(&sqlite3_free)> image(
+      sqlite3_serialize(database->Handle(), "main", &size, 0), sqlite3_free);
+  if (!image) database->Fail();
+  return {reinterpret_cast<const char*>(image.get()), static_cast<std::size_t>(size)};
+}
+
+UtcTime Now() {
+  return std::chrono::floor<milliseconds>(std::chrono::system_clock::now());
+}
+
+void CheckWritten(int error, const std::string& path) {
+  if (error != 0) ThrowFileFailure(error, path);
+}
+
 }  // namespace
+
+SqliteSettingsStores::SqliteSettingsStores(std::string path)
+    : path_(std::move(path)), copyPath_(path_.substr(0, path_.rfind('.')) + ".copy.db") {}
 
 std::unique_ptr<SettingsStore> SqliteSettingsStores::Open() {
   return std::make_unique<SqliteSettingsStore>(path_);
+}
+
+StoreLook SqliteSettingsStores::Look() {
+  return LookAt(path_);
+}
+
+void SqliteSettingsStores::KeepCopy() {
+  const auto image = ImageOf(path_);
+  std::string present;
+  TryStep([&] { present = ImageOf(copyPath_); });
+  if (image == present) return;
+  TemporaryFile copy(FolderToCreateIn(copyPath_));
+  CheckWritten(copy.Error(), copyPath_);
+  CheckWritten(copy.Write(image), copyPath_);
+  const auto look = LookAt(copy.Path());
+  if (look.state != StoreState::kGood)
+    throw Failure(failure_number::kDeviceError, "what was stored is not whole: " + look.why);
+  CheckWritten(copy.Commit(copyPath_, Now()), copyPath_);
+  FlushFolder(FolderToCreateIn(copyPath_));
+}
+
+std::optional<std::string> SqliteSettingsStores::TakeCopy(UtcTime now) {
+  if (LookAt(copyPath_).state != StoreState::kGood) return std::nullopt;
+  auto aside = ostrel::SetAside(path_, now);
+  // Not by another copy of it: a full disk has no room.
+  CheckWritten(rename(copyPath_.c_str(), path_.c_str()) == 0 ? 0 : errno, path_);
+  FlushFolder(FolderToCreateIn(path_));
+  return aside;
+}
+
+void SqliteSettingsStores::SetAside(UtcTime now) {
+  ostrel::SetAside(path_, now);
 }
 
 }  // namespace ostrel

@@ -34,6 +34,9 @@ class TemporaryFile {
   /// overwritten; it bears the system's time then.
   int Commit(const std::string& path, UtcTime time);
 
+  /// Where it lies until then.
+  const std::string& Path() const { return path_; }
+
  private:
   int CommitInPlace(const std::string& path);
 

@@ -36,7 +36,8 @@ void Print(const ProfileChange& change) {
   const auto& now = change.to.values;
   const auto before = change.from ? change.from->values : std::vector<std::string>();
   if (!change.to.isList)
-    return fmt::print("{}: \"{}\" becomes \"{}\"\n", change.to.Name(), Printable(before.front()),
+    return fmt::print("{}: {} becomes \"{}\"\n", change.to.Name(),
+                      before.empty() ? "what was lost" : '"' + Printable(before.front()) + '"',
                       Printable(now.front()));
   if (!now.empty() && std::is_permutation(before.begin(), before.end(), now.begin(), now.end()))
     return fmt::print("{}: the order of its {} lines changes\n", change.to.Name(), now.size());
@@ -63,6 +64,7 @@ void FinishEarlier(StationFolder& station, StationProfile& profile) {
 void DumpStation(StationFolder& station) {
   StationProfile profile(station.files(), station.stores(), station.path());
   FinishEarlier(station, profile);
+  station.OpenStore();
   fmt::print("{}", profile.Dump());
 }
 
@@ -77,8 +79,9 @@ void ApplyToStation(StationFolder& station, const std::string& file, ApplyHow ho
     const StationAlone alone(station);
     Finish(station, profile);
     look();
-    profile.Make(changes);
+    profile.Make(changes, std::chrono::floor<milliseconds>(std::chrono::system_clock::now()));
     FlushFolder(station.path());  // or a power failure would take it back after all
+    station.KeepCopy();
   };
   const auto refusal = [&] {
     return fmt::format("{} was not applied, {}", file,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <fmt/format.h>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -20,8 +21,14 @@ class StationFolder {
 
   const std::string& path() const { return path_; }
   Files& files() { return files_; }
-  /// The settings store, its root key set.
-  std::unique_ptr<SettingsStore> OpenStore() { return OpenAtRoot(stores_); }
+  /// The settings store, its root key set. Throws Failure 57 for a damaged one; standard error
+  /// tells of one that is missing.
+  std::unique_ptr<SettingsStore> OpenStore();
+  /// Has `change` write to it, and lays the copy of it. Throws Failure 57 where the settings are
+  /// lost.
+  void ChangeStore(const std::function<void(SettingsStore&)>& change);
+  /// Lays the copy of the store. Standard error tells of one that cannot be.
+  void KeepCopy();
   SettingsStores& stores() { return stores_; }
   /// One line in the station's log. What was done is done, whether or not the log can be written.
   void Log(const std::string& text);

@@ -49,7 +49,7 @@ RegistryImport TakeFile(StationFolder& station, const std::string& file) {
   auto import = ParseRegistryText(Decode(station.files().ReadAll(file)));
   const AllSettings settings(station.path());
   for (const auto& value : import.values) settings.Check(value);
-  station.OpenStore()->WriteAll(import.values);
+  station.ChangeStore([&](SettingsStore& store) { store.WriteAll(import.values); });
   return import;
 }
 

@@ -25,8 +25,9 @@ void StoreSetting(StationFolder& station, const std::string& key, const std::str
   const AllSettings settings(station.path());
   const auto& row = settings.RowOf(key);
   CheckSetting(row, value);
-  if (!station.OpenStore()->WriteSetting(KeyPath(row.section), row.key, value))
-    throw Failure(failure_number::kDeviceError, row.key + " could not be stored.");
+  station.ChangeStore([&](SettingsStore& store) {
+    store.WriteAll({{.keyPath = KeyPath(row.section), .name = row.key, .value = value}});
+  });
 }
 
 }  // namespace ostrel

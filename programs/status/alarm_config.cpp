@@ -16,6 +16,7 @@ const std::map<std::string, AlarmKind> kKinds = {{"no arrivals", AlarmKind::kNoA
                                                  {"waiting", AlarmKind::kWaiting},
                                                  {"purged", AlarmKind::kPurged},
                                                  {"disk", AlarmKind::kDisk},
+                                                 {"restored", AlarmKind::kRestored},
                                                  {"no answer", AlarmKind::kNoAnswer}};
 
 Alarm AlarmOf(const toml::table& table, const std::string& command) {

@@ -40,6 +40,12 @@ std::optional<std::string> NoArrivals(const Alarm& alarm, const Status& status, 
   return fmt::format("no file came for {}", Spell(running));
 }
 
+std::optional<std::string> Restored(const Status& status) {
+  const auto restored = status.value("restored", Status());
+  if (restored.is_null()) return std::nullopt;
+  return restored["text"].get<std::string>();
+}
+
 std::optional<std::string> DiskFull(const Alarm& alarm, const Status& status) {
   const auto& free = status["freeBytes"];
   if (free.is_null() || free.get<double>() >= alarm.megabytes * 1e6) return std::nullopt;
@@ -96,6 +102,8 @@ std::optional<std::string> AlarmWatch::Trouble(const Alarm& alarm, const Status&
       return "products were too old before their turn and are deleted";
     case AlarmKind::kDisk:
       return DiskFull(alarm, status);
+    case AlarmKind::kRestored:
+      return Restored(status);
     case AlarmKind::kNoAnswer:
       return OlderThan(now - *lastAnswer_, alarm.seconds, "the station has not answered");
   }

@@ -24,6 +24,7 @@ enum class AlarmKind {
   kWaiting,     // a file of `priority` or a more urgent one waits longer than `seconds`
   kPurged,      // products were purged in the last `seconds`
   kDisk,        // less than `megabytes` are free
+  kRestored,    // a copy has taken the place of the settings store
   kNoAnswer,    // the station has not answered for `seconds`
 };
 

@@ -50,6 +50,8 @@ class Collection {
         Gauge("keyed", "1 while the transmitter is keyed", status_["keyed"] == true));
     families_.push_back(Gauge("intake_paused", "1 while an operator pauses the intake",
                               status_["intakePaused"] == true));
+    families_.push_back(Gauge("settings_restored", "1 when a copy took the place of the settings",
+                              !status_.value("restored", Status()).is_null()));
     families_.push_back(
         Gauge("unusable_files", "Lists, tables and texts that cannot be used",
               static_cast<double>(status_.value("unusable", Status::array()).size())));

@@ -67,6 +67,10 @@ std::string PageOf(const Status& status) {
   add("Next identification", next.is_null() ? "never" : "in " + Spell(next));
   add("Compression", fmt::format("{:.2f}:1", status["compressionRatio"].get<double>()));
   if (!free.is_null()) add("Free on the disk", fmt::format("{:.1f} GB", free.get<double>() / 1e9));
+  const auto restored = status.value("restored", Status());
+  if (!restored.is_null())
+    add("Settings", fmt::format("{} ({})", Printable(restored["text"].get<std::string>()),
+                                restored["at"].get<std::string>()));
   for (const auto& file : status.value("unusable", Status::array()))
     add("Cannot be used", fmt::format("{}: {}", Printable(file["name"].get<std::string>()),
                                       Printable(file["why"].get<std::string>())));

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "base/text.h"
+#include "tests/support/failure_of.h"
 #include "tests/support/virtual_station.h"
 
 namespace ostrel {
@@ -21,6 +22,10 @@ struct FaultyStores : SettingsStores {
     onOpen();
     return real.Open();
   }
+  StoreLook Look() override { return real.Look(); }
+  void KeepCopy() override { real.KeepCopy(); }
+  std::optional<std::string> TakeCopy(UtcTime now) override { return real.TakeCopy(now); }
+  void SetAside(UtcTime now) override { real.SetAside(now); }
 };
 
 /// The folder of a station that does not run.
@@ -36,7 +41,7 @@ struct StationOnDisk {
   std::string Dump() { return StationProfile(files, stores, path).Dump(); }
   void Apply(const std::string& text) {
     StationProfile profile(files, stores, path);
-    profile.Make(profile.ChangesBy(text));
+    profile.Make(profile.ChangesBy(text), kNoon);
   }
   void Store(const std::string& key, const std::string& value) {
     OpenAtRoot(stores)->WriteSetting(KeyPath(Section::kSettings), key, value);
@@ -126,6 +131,37 @@ TEST(StationProfile, WhatIsNotNamedStaysAndWhatIsWrongIsRefusedWithItsLine) {
           "line 4: /dev/nix is not there now."}));
   station.Apply("[rules]\ncopies = [\"TOR* | C=2\"]");
   EXPECT_EQ(station.files.ReadAll(station.path + "/RtList0.txt"), "TOR*\r\n");
+}
+
+TEST(StationProfile, MakesAStoreWhereTheSettingsWereLostOfATextThatNamesThemAll) {
+  StationOnDisk other;
+  other.Store("CWIDText", "DE KX1ABC");
+  const auto text = other.Dump();
+  for (int last = 0, steps = 1; last <= steps; ++last) {
+    SCOPED_TRACE(last);
+    StationOnDisk station;
+    station.Lay("KvRegistry.db", "damaged");
+    EXPECT_EQ(FailureOf([&] { station.Apply("[settings]\nCWIDText = \"DE KX1ABC\""); }), 13);
+    EXPECT_EQ(station.files.ReadAll(station.path + "/KvRegistry.db"), "damaged");
+    steps = 0;
+    const auto powerFails = [&](const auto&...) {
+      if (++steps > last) throw Failure(61, "no power");
+    };
+    station.files.writeFault = station.files.deleteFault = powerFails;
+    station.stores.onOpen = powerFails;
+    const bool isDone = TryStep([&] { station.Apply(text); });
+    station.files.writeFault = station.files.deleteFault = {};
+    station.stores.onOpen = [] {};
+    StationProfile(station.files, station.stores, station.path).Finish();
+    const auto loss = LossOf(station.stores, station.files, station.path);
+    EXPECT_TRUE(loss.empty() || !isDone) << "never a store with a part of it: " << loss;
+    if (!loss.empty()) station.Apply(text);
+    EXPECT_EQ(station.Dump(), text);
+    const auto names = station.files.ListFiles(station.path);
+    EXPECT_EQ(std::ranges::count_if(
+                  names, [](auto& name) { return name.starts_with("KvRegistry.damaged"); }),
+              1);
+  }
 }
 
 enum class Fault { kOnce, kDiskFull, kPower };

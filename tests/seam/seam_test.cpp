@@ -38,7 +38,7 @@ TEST(Seam, TellsWhatTheStationDoesAndWhatBecameOfEverything) {
   station.Rule(0, "TOR*");
   station.Rule(4, "AFD*");
   station.Rule(11, "JUNK*");
-  station.Set({{"TxUpTime", "1"}, {"TxDownTime", "5"}, {"IDTime", "10"}});
+  station.Set({{"TxUpTime", "1"}, {"TxDownTime", "5"}, {"CWIDTime", "9"}});
   station.Start();
   ToldSocket socket;
   const Seam seam(*station.station, socket);
@@ -68,7 +68,7 @@ TEST(Seam, TellsWhatTheStationDoesAndWhatBecameOfEverything) {
   EXPECT_NEAR(status["sinceArrival"], 0.875, 0.13);
   EXPECT_EQ(status["sinceStart"]["discarded"], 1);
   EXPECT_EQ(status["sinceMidnight"]["files"], 1);
-  EXPECT_NEAR(status["nextIdentification"], 9 * 60 + 27, 1);
+  EXPECT_NEAR(status["nextIdentification"], 8 * 60 + 27, 1);
   EXPECT_GT(status["freeBytes"], 0);
 
   Json paused;
@@ -84,6 +84,31 @@ TEST(Seam, TellsWhatTheStationDoesAndWhatBecameOfEverything) {
   station.machine.line.SetPresent(false);
   station.Run(1s);
   EXPECT_EQ(socket.Status()["state"], "port vanished");
+}
+
+TEST(Seam, TellsWhatIsDamagedInTheStationsFolder) {
+  VirtualStation station;
+  station.Rule(0, "TOR*");
+  station.Start();
+  ToldSocket socket;
+  {
+    const Seam seam(*station.station, socket);
+    const auto status = socket.Status();
+    EXPECT_EQ(status["restored"], nullptr);
+    EXPECT_EQ(status["unusable"], Json::array());
+  }
+  station.station->Stop();
+  station.WriteFile(station.Path("RtList0.txt"), std::string(9, '\0'));
+  station.WriteFile(station.Path("KvRegistry.db"), "damaged");
+  station.Restart();
+  const Seam seam(*station.station, socket);
+  const auto status = socket.Status();
+  EXPECT_EQ(status["restored"]["at"], "2026-11-18T12:00:00Z");
+  EXPECT_TRUE(status["restored"]["text"].get<std::string>().starts_with(
+      "The settings store is damaged (file is not a"));
+  EXPECT_EQ(status["unusable"].size(), 1U);
+  EXPECT_EQ(status["unusable"][0]["name"], "RtList0.txt");
+  EXPECT_TRUE(status["unusable"][0]["why"].get<std::string>().starts_with("Damaged"));
 }
 
 TEST(Seam, HasTwoOperatorsChangeTheQueuesAtOnceAndTheLineCarriesWhatTheyAskedFor) {

@@ -257,7 +257,7 @@ class Day : public VirtualStation {
     for (const auto& file : Names(name)) {
       const auto [size, written] = realFiles.Status(Path(name + "/" + file));
       const bool isTold = written <= machine.clock.UtcNow();
-      if (file != "KvRegistry.db")
+      if (!file.starts_with("KvRegistry."))
         Tell(fmt::format("{} {} {}", file, size,
                          isTold ? FormatLogStamp(machine.clock.ToLocal(written)) : ""));
     }

@@ -40,11 +40,15 @@ void VirtualStation::Start() {
 }
 
 void VirtualStation::Restart() {
+  MakeAnew();
+  Start();
+}
+
+void VirtualStation::MakeAnew() {
   if (!machine.dialogs.hasEnded) station->Stop();
   machine.clock.stopRequested = machine.clock.shutdownBegun = false;
   machine.dialogs.hasEnded = false;
   MakeStation();
-  Start();
 }
 
 void VirtualStation::StartBusy() {

@@ -47,8 +47,10 @@ class VirtualStation {
   /// Starts and puts the first priority on the air for minutes, so that all else waits.
   void StartBusy();
   void Run(milliseconds duration) { machine.loop.RunFor(duration); }
-  /// Ends the station, if it runs, and makes another one over the same folder and store.
+  /// Ends the station, if it runs, and makes another one over the same folder and store, which is
+  /// started, or is not yet.
   void Restart();
+  void MakeAnew();
 
   // Before Start
   void Rule(std::size_t list, const std::string& keyword);

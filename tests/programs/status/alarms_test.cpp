@@ -50,6 +50,10 @@ TEST(Alarms, BeginOnceAndEndOnceAsTheirTroubleDoes) {
        0,
        "products were too old before their turn and are deleted"},
       {{.kind = AlarmKind::kDisk, .megabytes = 500}, R"({"freeBytes":4e8})", 0, "400 MB are free"},
+      {{.kind = AlarmKind::kRestored},
+       R"({"restored":{"at":"2026-11-18T12:00:00Z","text":"The store was damaged."}})",
+       0,
+       "The store was damaged."},
       {{.kind = AlarmKind::kNoAnswer, .seconds = 30},
        "null",
        30,
@@ -101,7 +105,7 @@ TEST(Alarms, AreReadFromAFileThatSaysWhatIsWrongInIt) {
   EXPECT_EQ(read("command = x").find(": line 1: "), 0U);
   EXPECT_EQ(
       std::to_string(ReadAlarms(OSTREL_SOURCE_DIR "/packaging/station/Alarms.toml").alarms.size()),
-      "8");
+      "9");
 }
 
 }  // namespace
