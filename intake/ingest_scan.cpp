@@ -88,6 +88,7 @@ void IngestScan::TakeFile(const std::string& listedName) {
     large_.erase(listedName);
     copies_.erase(listedName);
   }
+  ++parts_.status.arrivedSinceStart;
   DeleteTaken(*hold, path, placed);
 }
 

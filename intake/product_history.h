@@ -70,9 +70,11 @@ class ProductHistory {
   void End(ProductRow& row, Fate fate);
   void Put(const ProductRow& row) { Put(row, nullptr); }
 
+  /// True for the name or path of the fill text, which is no product.
+  bool IsFill(std::string_view file) const;
+
  private:
   void Put(const ProductRow& row, std::unique_ptr<ProductContent> content);
-  bool IsFill(std::string_view file) const;
   ProductRow NewRow(const std::string& name);
   void Adopt(const std::string& folder, int priority);
   std::string InDataRoot(const std::string& path) const;

@@ -458,6 +458,7 @@ void TransmitQueue::DeleteFile(Entry& entry) {
 }
 
 void TransmitQueue::End(Priority p, Entry& entry, Fate fate) {
+  if (fate == Fate::kSent && !parts_.history.IsFill(entry.name)) ++parts_.status.sentSinceStart;
   parts_.history.End(entry.product, fate);
   DeleteFile(entry);
   if (!entry.record.empty()) parts_.records.Drop(p, std::exchange(entry.record, {}));

@@ -15,7 +15,7 @@ constexpr const char* kNoPort = "No Com Port Open";
 
 }  // namespace
 
-Transmitter::Transmitter(const Parts& parts) : parts_(parts) {
+Transmitter::Transmitter(const Parts& parts) : parts_(parts), stateSince_(parts.clock.Monotonic()) {
   parts_.port.OnNews([this](const PortNews& news) { Hear(news); });
   parts_.clock.OnSleep([this](milliseconds duration) { Announce(duration); });
 }
@@ -135,8 +135,15 @@ void Transmitter::ShowNoPort() {
   parts_.mainFields.lblDataRate.Set(kNoPort);
 }
 
+milliseconds Transmitter::OffAir() const {
+  const auto present = parts_.clock.Monotonic() - stateSince_;
+  return state_ == State::kOpen ? offAir_ : offAir_ + present;
+}
+
 /// The red ground stands for whatever keeps the station off the air.
 void Transmitter::SetState(State state) {
+  offAir_ = OffAir();
+  stateSince_ = parts_.clock.Monotonic();
   state_ = state;
   parts_.mainFields.lblDataRateBackColor.Set(state == State::kOpen ? Shade::kNone : Shade::kRed);
 }

@@ -54,6 +54,8 @@ class Transmitter : public Output {
     kVanished,  // open, but the device is gone for now
   };
   State state() const { return state_; }
+  /// For how long it has stood otherwise than open, in all.
+  milliseconds OffAir() const;
   /// The port is open and the transmitter was keyed. The device may be gone for now.
   bool portReady() const { return state_ == State::kOpen || state_ == State::kVanished; }
   /// What both windows say of a port that is not on the air, or only one that it is.
@@ -125,7 +127,9 @@ class Transmitter : public Output {
   Parts parts_;
   bool mayOpen_ = false;
   State state_ = State::kClosed;
-  bool isPresent_ = true;  // the open port's device
+  milliseconds stateSince_;  // monotonic
+  milliseconds offAir_{0};   // before that
+  bool isPresent_ = true;    // the open port's device
 };
 
 }  // namespace ostrel

@@ -92,6 +92,26 @@ Json HeldOf(Station& station, const Json& question) {
   return page.Answer();
 }
 
+Json LastDayOf(Station& station) {
+  const auto& day = station.lastDay();
+  const auto column = [&day](auto&& figure) {
+    auto figures = Json::array();
+    for (const auto& stretch : day.stretches())
+      figures.push_back(stretch ? Json(figure(*stretch)) : Json());
+    return figures;
+  };
+  using Stretch = LastDay::Stretch;
+  return {
+      {"stretch", Seconds(LastDay::kStretch)},
+      {"present", Seconds(station.clock().Monotonic() - day.begun())},
+      {"urgentTo", LastDay::kUrgent.number()},
+      {"urgentBytes", column([](const Stretch& stretch) { return stretch.most.urgent; })},
+      {"otherBytes", column([](const Stretch& stretch) { return stretch.most.others; })},
+      {"arrived", column([](const Stretch& stretch) { return stretch.within.arrived; })},
+      {"sent", column([](const Stretch& stretch) { return stretch.within.sent; })},
+      {"offAir", column([](const Stretch& stretch) { return Seconds(stretch.within.offAir); })}};
+}
+
 Json DoAsAsked(Station& station, const std::string& account, const Json& question) {
   auto& operations = station.operations();
   const auto name = [&] { return TextIn(question, "name"); };

@@ -22,6 +22,9 @@ Json ListOf(Station& station, const Json& question);
 /// The same for what is held.
 Json HeldOf(Station& station, const Json& question);
 
+/// The last 24 hours, a column for each figure.
+Json LastDayOf(Station& station);
+
 /// What an operation did; nothing for a question that is none. Throws Failure when it was refused.
 Json DoAsAsked(Station& station, const std::string& account, const Json& question);
 

@@ -147,6 +147,7 @@ std::string Seam::AnswerTo(Asker asker, const Json& question) {
   if (asked == "status") return StatusLine(station_.figures());
   if (asked == "list") return LineOf(ListOf(station_, question));
   if (asked == "held") return LineOf(HeldOf(station_, question));
+  if (asked == "day") return LineOf(LastDayOf(station_));
   const auto done = DoAsAsked(station_, socket_.AccountOf(asker), question);
   return done.is_null() ? Refusal("There is no such question.") : LineOf(done);
 }

@@ -74,6 +74,7 @@ struct TransmitStatus {
   milliseconds lastTick{0};            // monotonic
   Counts sinceMidnight, sinceStart;
   int filesSinceStart = 0, fillsSinceStart = 0;
+  int arrivedSinceStart = 0, sentSinceStart = 0;        // products; sent to their last block
   std::optional<milliseconds> lastPacket, lastArrival;  // monotonic
   std::optional<std::int64_t> freeBytes;     // where the queues lie, a minute ago at most
   std::optional<RestoredSettings> restored;  // in this run

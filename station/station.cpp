@@ -71,7 +71,10 @@ Station::Station(const Platform& platform)
       operations_({activity_, platform.files, queue_, held_, handedBack_, records_, history_, log_,
                    setup_, status_, values_}) {
   platform.cycleTimer.OnTick([this] { activity_.Run([this] { cycle_.Tick(); }); });
-  purge_.AlsoLook([this] { care_.KeepDailyCopy(); });
+  purge_.AlsoLook([this] {
+    care_.KeepDailyCopy();
+    lastDay();
+  });
   HangRulesOnFields();
 }
 
@@ -79,6 +82,17 @@ bool Station::Start() {
   bool succeeded = lifecycle_.IsFirstInstance();
   if (succeeded) activity_.Run([&] { succeeded = lifecycle_.StartUp(); });
   return succeeded;
+}
+
+const LastDay& Station::lastDay() {
+  LastDay::Waiting waiting;
+  for (const Priority p : AllPriorities()) {
+    auto& bytes = p.number() <= LastDay::kUrgent.number() ? waiting.urgent : waiting.others;
+    for (const auto& entry : queue_.Entries(p)) bytes += entry.bytes;
+  }
+  lastDay_.Note(clock_.Monotonic(), waiting,
+                {status_.arrivedSinceStart, status_.sentSinceStart, transmitter_.OffAir()});
+  return lastDay_;
 }
 
 /// The change rules hold wherever a change comes from, the load included.

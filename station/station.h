@@ -35,6 +35,7 @@
 #include "station/activity.h"
 #include "station/figures.h"
 #include "station/ingest_programs.h"
+#include "station/last_day.h"
 #include "station/lifecycle.h"
 #include "station/program_log.h"
 #include "station/queue_operations.h"
@@ -71,6 +72,8 @@ class Station {
   Figures figures() { return FiguresOf(FigureParts()); }
   /// What keeps it off the air until somebody helps; empty while there is nothing.
   std::string standstill() const { return Standstill(transmitter_, values_, status_); }
+  /// The last 24 hours up to this moment.
+  const LastDay& lastDay();
   /// What waits, in the order in which it is sent.
   void ForEachEntry(const EntryCall& call) { ostrel::ForEachEntry(FigureParts(), call); }
 
@@ -112,6 +115,7 @@ class Station {
   SettingsCare care_;
   SettingsIo settings_;
   FilePurge purge_;
+  LastDay lastDay_;
   Lifecycle lifecycle_;
   Actions actions_;
   QueueOperations operations_;

@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "client/station_client.h"
+#include "programs/status/day.h"
 #include "programs/status/page_html.h"
 #include "programs/status/reports.h"
 
@@ -67,7 +68,8 @@ Place PlaceOf(const std::string& where) {
 
 void Serve(const std::string& folder, const std::string& where, const LastAlarms& alarms) {
   const auto place = PlaceOf(where);
-  Latest latest(folder, R"({"ask":"status"})"), queue(folder, R"({"ask":"list"})");
+  Latest latest(folder, R"({"ask":"status"})"), queue(folder, R"({"ask":"list"})"),
+      day(folder, R"({"ask":"day"})");
   httplib::Server server;
   server.set_payload_max_length(kLongestRequest);
   server.set_default_headers(
@@ -92,6 +94,14 @@ void Serve(const std::string& folder, const std::string& where, const LastAlarms
     } catch (const std::exception& error) {
       response.status = kNotAnswering;
       response.set_content(Status({{"error", error.what()}}).dump(), "application/json");
+    }
+  });
+  server.Get("/day.html", [&](const httplib::Request&, httplib::Response& response) {
+    try {
+      const auto now = std::chrono::floor<milliseconds>(std::chrono::system_clock::now());
+      response.set_content(DayOf(Status::parse(day.Get()), now), "text/html; charset=utf-8");
+    } catch (const std::exception&) {
+      response.status = kNotAnswering;  // nor does one that does not know the question
     }
   });
   server.Get("/metrics", [&](const httplib::Request&, httplib::Response& response) {

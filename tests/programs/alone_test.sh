@@ -70,6 +70,7 @@ cell() { echo "document.querySelectorAll('#queues tr')[$1].cells[1].textContent"
 for product in "$source"/samples/products/{SVR,TOR}*; do cp "$product" "$station/KvData/RxFiles"; done
 until_true 30 shows "Number($(cell 0)) > 0"
 shows "document.getElementById('state').textContent.startsWith('Sending')" || fail "the page does not send"
+until_true 10 shows "document.querySelectorAll('#day svg.course path').length == 5"
 shows "document.documentElement.scrollWidth <= window.innerWidth" || fail "the page is wider than a phone"
 shows "getComputedStyle(document.body).backgroundColor == 'rgb(20, 23, 26)'" || fail "the page is light in the dark"
 until_true 90 shows "$(cell 0) == '0'"

@@ -70,6 +70,12 @@ TEST(Seam, TellsWhatTheStationDoesAndWhatBecameOfEverything) {
   EXPECT_EQ(status["sinceMidnight"]["files"], 1);
   EXPECT_NEAR(status["nextIdentification"], 8 * 60 + 27, 1);
   EXPECT_GT(status["freeBytes"], 0);
+  const auto day = socket.Ask(R"({"ask":"day"})");
+  EXPECT_NEAR(day["present"], 4, 1.3) << "keying and three seconds";
+  EXPECT_EQ(day["stretch"].get<double>() * 288, 24 * 60 * 60);
+  for (const auto& [column, value] :
+       {std::pair{"urgentBytes", 700}, {"otherBytes", 2500}, {"arrived", 3}, {"sent", 0}})
+    EXPECT_EQ(day[column], Json::array({value})) << column;
 
   Json paused;
   const auto hear = station.station->status().onTheAir.OnChange([&](OnTheAir use) {
