@@ -24,7 +24,7 @@ void ProductHistory::Begin() {
   places_.clear();
   strayed_.clear();
   if (values.historyDays <= 0) return;
-  try {
+  const auto failure = FailureIn([&] {
     auto earlier = parts_.store.Begin({.rows = std::chrono::days(values.historyDays),
                                        .products = std::chrono::days(values.keptDays),
                                        .now = parts_.clock.UtcNow()});
@@ -36,9 +36,20 @@ void ProductHistory::Begin() {
         places_[row.place] = std::move(row);
     }
     isOn_ = true;
-  } catch (const std::exception& error) {
-    parts_.reporting.WriteLog(
-        kCategory, fmt::format("{}. Nothing is written of this run.", AsFailure(error).text()));
+  });
+  TellNews();
+  if (!failure) return;
+  parts_.status.historyTrouble =
+      fmt::format("{}. Nothing is written of this run.", failure->text());
+  parts_.reporting.WriteLog(kCategory, parts_.status.historyTrouble);
+}
+
+void ProductHistory::TellNews() {
+  while (const auto news = parts_.store.TakeNews()) {
+    parts_.reporting.WriteLog(kCategory, news->text);
+    if (news->kind == HistoryNews::Kind::kBegunAnew) begunAnew_ = news->text;
+    const bool works = news->kind == HistoryNews::Kind::kWorksAgain;
+    parts_.status.historyTrouble = works ? begunAnew_ : news->text;
   }
 }
 
@@ -192,7 +203,7 @@ void ProductHistory::End(ProductRow& row, Fate fate) {
 void ProductHistory::Put(const ProductRow& row, std::unique_ptr<ProductContent> content) {
   if (row.id == 0 || !isOn_) return;
   parts_.store.Put(row, std::move(content));
-  if (const auto news = parts_.store.TakeNews()) parts_.reporting.WriteLog(kCategory, *news);
+  TellNews();
 }
 
 std::string ProductHistory::InDataRoot(const std::string& path) const {

@@ -16,6 +16,7 @@
 #include "platform/history.h"
 #include "state/program_values.h"
 #include "state/setup_fields.h"
+#include "state/transmit_status.h"
 
 namespace ostrel {
 
@@ -27,6 +28,7 @@ class ProductHistory {
     Clock& clock;
     Reporting& reporting;
     const SetupFields& setup;
+    TransmitStatus& status;
     const ProgramValues& values;
   };
   explicit ProductHistory(const Parts& parts) : parts_(parts) {}
@@ -75,12 +77,14 @@ class ProductHistory {
 
  private:
   void Put(const ProductRow& row, std::unique_ptr<ProductContent> content);
+  void TellNews();
   ProductRow NewRow(const std::string& name);
   void Adopt(const std::string& folder, int priority);
   std::string InDataRoot(const std::string& path) const;
 
   Parts parts_;
   bool isOn_ = false;
+  std::string begunAnew_;  // what the status says of a store that was, while it works
   std::int64_t lastId_ = 0;
   std::map<std::string, ProductRow> places_;  // by the place of the file
   std::vector<ProductRow> strayed_;           // whose files a start did not find, oldest first

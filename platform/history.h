@@ -59,11 +59,23 @@ class ProductContent {
   virtual ~ProductContent() = default;
 };
 
-/// How long things are kept.
+/// How long things are kept. What is older goes by a share a day, the oldest first: at twice the
+/// pace at which it grows old, so that a clock that is wrong for a while erases next to nothing.
 struct HistoryTerms {
   std::chrono::days rows{400};
   std::chrono::days products{0};  // their bytes; 0 keeps none
   UtcTime now{};
+};
+
+/// For log and status.
+struct HistoryNews {
+  enum class Kind {
+    kFails,       // what happens meanwhile is written later
+    kWorksAgain,  // after that
+    kBegunAnew,   // it was damaged, and is set aside
+  };
+  Kind kind = Kind::kFails;
+  std::string text;
 };
 
 class History {
@@ -76,7 +88,7 @@ class History {
     std::int64_t lastId = 0;
   };
   /// Opens the store, before the first tick: the one call that may wait, half a second at most.
-  /// Throws Failure.
+  /// A store that is damaged is set aside and begun anew. Throws Failure.
   virtual Earlier Begin(const HistoryTerms& terms) = 0;
   /// Writes what there is to write, for two seconds at most.
   virtual void End() = 0;
@@ -86,8 +98,8 @@ class History {
   virtual std::unique_ptr<ProductContent> Open(const std::string& path) = 0;
   /// The row as it stands from now on; the one of its id before is replaced.
   virtual void Put(const ProductRow& row, std::unique_ptr<ProductContent> content) = 0;
-  /// For the log: the store began to fail, or works again.
-  virtual std::optional<std::string> TakeNews() = 0;
+  /// What has become of the store since the last time, one after the other.
+  virtual std::optional<HistoryNews> TakeNews() = 0;
 };
 
 }  // namespace ostrel

@@ -208,6 +208,11 @@ std::vector<std::string> StationProfile::DoubtsAbout(const std::vector<ProfileCh
     const bool isDevice = to.table == kPorts && !to.values.front().empty();
     if (isDevice && !files_.Exists(WithFolder(to.values.front())))
       doubts.push_back(fmt::format("line {}: {} is not there now.", to.line, to.values.front()));
+    const auto& place = PlaceOf(to);
+    const auto odd = place.row ? DoubtAbout(*place.row, to.values.front()) : "";
+    if (!odd.empty())
+      doubts.push_back(
+          fmt::format("line {}: {} is \"{}\". {}.", to.line, to.Name(), to.values.front(), odd));
     for (std::size_t i = 0; to.table == kSchedule && i < to.values.size(); ++i) {
       const auto source = ParseScheduleEntry(TrimBlanks(to.values[i])).source;
       if (WithFolder(source).find(' ') != std::string::npos)

@@ -98,26 +98,28 @@ std::string SocketPath(const std::string& programFolder) {
 
 std::string StatusLine(const Figures& figures) {
   const auto state = kStates[static_cast<std::size_t>(figures.state)];
-  return LineOf({{"version", figures.version},
-                 {"now", Stamp(figures.now)},
-                 {"started", Stamp(figures.started)},
-                 {"state", state},
-                 {"endsIn", Seconds(figures.endsIn)},
-                 {"keyed", figures.isKeyed},
-                 {"port", figures.port},
-                 {"rate", figures.rate},
-                 {"sincePacket", Seconds(figures.sincePacket)},
-                 {"sinceArrival", Seconds(figures.sinceArrival)},
-                 {"queues", QueuesOf(figures)},
-                 {"onAir", OnAirOf(figures.onAir)},
-                 {"sinceMidnight", DayOf(figures.sinceMidnight)},
-                 {"sinceStart", DayOf(figures.sinceStart)},
-                 {"compressionRatio", figures.compressionRatio},
-                 {"nextIdentification", Seconds(figures.nextIdentification)},
-                 {"freeBytes", figures.freeBytes ? Json(*figures.freeBytes) : Json()},
-                 {"intakePaused", figures.intakeIsPaused},
-                 {"restored", RestoredIn(figures)},
-                 {"unusable", UnusableOf(figures)}});
+  return LineOf(
+      {{"version", figures.version},
+       {"now", Stamp(figures.now)},
+       {"started", Stamp(figures.started)},
+       {"state", state},
+       {"endsIn", Seconds(figures.endsIn)},
+       {"keyed", figures.isKeyed},
+       {"port", figures.port},
+       {"rate", figures.rate},
+       {"sincePacket", Seconds(figures.sincePacket)},
+       {"sinceArrival", Seconds(figures.sinceArrival)},
+       {"queues", QueuesOf(figures)},
+       {"onAir", OnAirOf(figures.onAir)},
+       {"sinceMidnight", DayOf(figures.sinceMidnight)},
+       {"sinceStart", DayOf(figures.sinceStart)},
+       {"compressionRatio", figures.compressionRatio},
+       {"nextIdentification", Seconds(figures.nextIdentification)},
+       {"freeBytes", figures.freeBytes ? Json(*figures.freeBytes) : Json()},
+       {"intakePaused", figures.intakeIsPaused},
+       {"restored", RestoredIn(figures)},
+       {"history", figures.historyTrouble.empty() ? Json() : Json(figures.historyTrouble)},
+       {"unusable", UnusableOf(figures)}});
 }
 
 Seam::Seam(Station& station, LocalSocket& socket) : station_(station), socket_(socket) {

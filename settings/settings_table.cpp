@@ -1,6 +1,7 @@
 #include "settings/settings_table.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <fmt/format.h>
 #include <utility>
@@ -64,7 +65,16 @@ SettingRow Row(std::string key, std::string meaning, Section section, Field<Chec
           StateOf(fallback),
           reader,
           [&box](const std::string& text) { box.Set(CheckOf(text)); },
-          [&box] { return StateOf(box.Get()); }};
+          [&box] { return StateOf(box.Get()); },
+          {},
+          NumberRange{0, 2}};
+}
+
+SettingRow NumberRow(std::string key, std::string meaning, NumberRange range,
+                     Field<std::string>& field) {
+  auto row = Row(std::move(key), std::move(meaning), Section::kSettings, field);
+  row.range = range;
+  return row;
 }
 
 /// A number of days that no window shows. A text that is none counts as 0.
@@ -139,9 +149,9 @@ std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& value
        Reader::kStart, [&](const std::string& text) { values.ingestEngine = EngineOf(text); },
        [&] { return fmt::format("{}", values.ingestEngine); }},
       Row("CWIDText", "What the Morse identification says.", kOwn, setup.CWidenty),
-      Row("CWIDTime", "Minutes between two identifications. 0: none by itself.", kOwn,
-          setup.IDTime),
-      Row("CWSpeed", "A dot lasts 5 x (33 - factor) ms.", kOwn, setup.CWSpeed),
+      NumberRow("CWIDTime", "Minutes between two identifications. 0: none by itself.", {0, 1440},
+                setup.IDTime),
+      NumberRow("CWSpeed", "A dot lasts 5 x (33 - factor) ms.", {0, 32}, setup.CWSpeed),
       PortRow("ComPort", "1 to 8: the link COM1 to COM8.", setup.lblOutPort),
       LineRow("ComBaud", "Bits a second.", setup.lblOutBaud, "{},N,8,2"),
       LineRow("ComData", "8 or 7.", setup.lblOutData, "1200,N,{},2"),
@@ -185,17 +195,24 @@ std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& value
               values.historyDays, "400"),
       DaysRow("KeepProductDays", "Days for which the history keeps the products themselves.",
               values.keptDays, "0"),
-      Row("PurgeTime", "Hours after which a waiting file is deleted. 0: never.", kOwn,
-          setup.txtPurgeTime),
-      Row("TxDelay", "Milliseconds from the keying to the first byte.", kOwn, setup.txtTxDelay),
-      Row("TxUpTime", "Minutes of a transmit period. 0: no pauses.", kOwn, setup.totdown),
-      Row("TxDownTime", "Seconds of a pause.", kOwn, setup.totup),
-      Row("CompressNbrFiles", "Files that are compressed in one block, 0 to 100.", kOwn,
-          setup.CompFiles),
-      {"CompressBlockPri", "Priority of such a block, 1 to 10.", kOwn,
-       setup.BlockPriority.initial(), Reader::kFields,
+      NumberRow("PurgeTime", "Hours after which a waiting file is deleted. 0: never.", {0, 8760},
+                setup.txtPurgeTime),
+      NumberRow("TxDelay", "Milliseconds from the keying to the first byte.", {0, 10'000},
+                setup.txtTxDelay),
+      NumberRow("TxUpTime", "Minutes of a transmit period. 0: no pauses.", {0, 1440},
+                setup.totdown),
+      NumberRow("TxDownTime", "Seconds of a pause.", {0, 3600}, setup.totup),
+      NumberRow("CompressNbrFiles", "Files that are compressed in one block, 0 to 100.", {0, 100},
+                setup.CompFiles),
+      {"CompressBlockPri",
+       "Priority of such a block, 1 to 10.",
+       kOwn,
+       setup.BlockPriority.initial(),
+       Reader::kFields,
        [&](const std::string& text) { setup.BlockPriority.Set(PriorityText(text)); },
-       [&] { return setup.BlockPriority.Get(); }},
+       [&] { return setup.BlockPriority.Get(); },
+       {},
+       NumberRange{1, kPriorityCount}},
   };
   for (const Priority p : AllPriorities()) {
     rows.push_back(Row(fmt::format("CompressPri{}", p.index()),
@@ -208,6 +225,16 @@ std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& value
             kOwn, setup.chkOverWrite[p]));
   }
   return rows;
+}
+
+std::string DoubtAbout(const SettingRow& row, const std::string& text) {
+  if (!row.range || text.empty()) return "";  // an empty field counts as 0
+  const auto [least, most] = *row.range;
+  int number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const bool isWhole = error == std::errc() && end == text.data() + text.size();
+  if (isWhole && number >= least && number <= most) return "";
+  return fmt::format("It is a number from {} to {}", least, most);
 }
 
 void CheckSetting(const SettingRow& row, const std::string& text) {

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,11 @@ enum class Reader {
   kFields,  // what fills the setup dialog's fields
 };
 
+/// Of whole numbers, both included.
+struct NumberRange {
+  int least, most;
+};
+
 struct SettingRow {
   std::string key;
   std::string meaning;  // in a line, for whoever reads the settings as a text
@@ -46,6 +52,9 @@ struct SettingRow {
   /// Refuses what `load` takes and who uses the setting does not. Throws Failure; none when nobody
   /// does.
   std::function<void(const std::string& text)> check = {};
+  /// What makes sense and the setup dialog can show; none when any text does. A store may hold
+  /// others, and the station lives with them.
+  std::optional<NumberRange> range = {};
   bool isOfPort =
       false;  // what another machine had may be no port here, and costs the rest nothing
 };
@@ -53,6 +62,8 @@ struct SettingRow {
 /// Throws Failure 13 for a text that the station could not use, naming key, text and reason. The
 /// row takes the text on the way: it must be one over a state that concerns nobody.
 void CheckSetting(const SettingRow& row, const std::string& text);
+/// What is strange about a text that the station takes; empty when nothing is.
+std::string DoubtAbout(const SettingRow& row, const std::string& text);
 
 /// The settings of the station, in the order in which they are stored. The rows refer to both
 /// arguments.

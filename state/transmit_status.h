@@ -78,6 +78,7 @@ struct TransmitStatus {
   std::optional<milliseconds> lastPacket, lastArrival;  // monotonic
   std::optional<std::int64_t> freeBytes;     // where the queues lie, a minute ago at most
   std::optional<RestoredSettings> restored;  // in this run
+  std::string historyTrouble;                // that its store was damaged, or cannot be written now
   /// What lies in the station's folder and cannot be used, by name, with the reason.
   std::map<std::string, std::string, std::less<>> unusable;
 

@@ -139,6 +139,7 @@ Figures FiguresOf(const FigureSources& from) {
   figures.freeBytes = status.freeBytes;
   figures.intakeIsPaused = status.intakeIsPaused;
   figures.restored = status.restored;
+  figures.historyTrouble = status.historyTrouble;
   figures.unusable = status.unusable;
   return figures;
 }

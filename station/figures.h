@@ -58,6 +58,7 @@ struct Figures {
   std::optional<std::int64_t> freeBytes;
   bool intakeIsPaused = false;
   std::optional<RestoredSettings> restored;
+  std::string historyTrouble;                                // empty: none
   std::map<std::string, std::string, std::less<>> unusable;  // files, with the reason
 };
 

@@ -33,7 +33,7 @@ Station::Station(const Platform& platform)
       outputs_(log_, {transmitter_, packetHost_}),
       rules_({platform.files, log_, setup_, status_, values_.programFolder}),
       matcher_(setup_.SetupPriList),
-      history_({platform.history, platform.files, platform.clock, log_, setup_, values_}),
+      history_({platform.history, platform.files, platform.clock, log_, setup_, status_, values_}),
       records_({platform.files, copy_, log_, values_}),
       handedBack_(
           {platform.files, platform.clock, copy_, records_, history_, log_, setup_, values_}),

@@ -49,9 +49,7 @@ std::int64_t ChecksumOf(const SqliteDatabase& database) {
 }  // namespace
 
 void CheckFormat(const SqliteDatabase& database) {
-  if (NumberOf(database, "PRAGMA user_version") > kFormat)
-    throw Failure(failure_number::kDeviceError,
-                  std::string(kSettingsStore) + ": a later version has made it");
+  database.CheckFormat(kFormat);
 }
 
 void MakeSeal(SqliteDatabase& database) {

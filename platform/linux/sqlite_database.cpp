@@ -95,6 +95,12 @@ void SqliteDatabase::Fail() const {
   throw Failure(failure_number::kDeviceError, called_ + ": " + why);
 }
 
+void SqliteDatabase::CheckFormat(std::int64_t newest) const {
+  SqliteStatement version(*this, "PRAGMA user_version");
+  if (version.Step() && version.Number(0) > newest)
+    throw Failure(failure_number::kDeviceError, called_ + ": a later version has made it");
+}
+
 SqliteStatement::SqliteStatement(const SqliteDatabase& database, const char* text)
     : database_(database) {
   if (sqlite3_prepare_v2(database.Handle(), text, -1, &statement_, nullptr) != SQLITE_OK)

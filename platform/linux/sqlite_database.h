@@ -39,6 +39,9 @@ class SqliteDatabase {
   SqliteDatabase(const std::string& path, std::string called, DatabaseUse use);
 
   void Execute(const char* command);
+  /// Throws for a database that a later version of the program has made: one whose user_version is
+  /// beyond `newest`.
+  void CheckFormat(std::int64_t newest) const;
   /// Runs `steps` all or none.
   template <typename Steps>
   void InTransaction(Steps&& steps) {

@@ -9,7 +9,9 @@
 #include <zlib.h>
 
 #include "base/failure.h"
+#include "base/reporting.h"
 #include "platform/linux/file_io.h"
+#include "platform/linux/set_aside.h"
 
 namespace ostrel {
 namespace {
@@ -23,6 +25,8 @@ constexpr std::int64_t kLargestKept = 64 << 20;
 constexpr auto kPatience = 5s;  // between two tries
 constexpr auto kLongestEnd = 2s;
 constexpr auto kExpiryInterval = std::chrono::hours(6);
+constexpr int kExpiriesADay = 4;
+constexpr auto kClockStep = std::chrono::days(30);  // no row waits for its next change so long
 
 constexpr const char* kSchema =
     "CREATE TABLE IF NOT EXISTS product (id INTEGER PRIMARY KEY, name TEXT NOT NULL, "
@@ -33,7 +37,10 @@ constexpr const char* kSchema =
     "CREATE INDEX IF NOT EXISTS product_open ON product (id) WHERE ended IS NULL;"
     "CREATE INDEX IF NOT EXISTS product_resent ON product (resend_of) WHERE resend_of IS NOT NULL;"
     "CREATE TABLE IF NOT EXISTS content (id INTEGER PRIMARY KEY, size INTEGER NOT NULL, "
-    "packed BLOB NOT NULL);";
+    "packed BLOB NOT NULL);"
+    "CREATE TABLE IF NOT EXISTS expiry (at INTEGER NOT NULL);"
+    "PRAGMA user_version = 1";
+constexpr std::int64_t kFormat = 1;
 
 constexpr const char* kOpenRows =
     "SELECT id, name, sent_as, place, priority, arrived, first_block, last_block, times_sent, "
@@ -48,10 +55,10 @@ constexpr const char* kWriteRow =
 // Few at a time: nobody is kept from reading for long.
 constexpr const char* kExpireContent =
     "DELETE FROM content WHERE id IN (SELECT id FROM content WHERE id NOT IN (SELECT id FROM "
-    "product WHERE arrived >= ?1) LIMIT 100)";
+    "product WHERE arrived >= ?1) ORDER BY id LIMIT min(?2, 100))";
 constexpr const char* kExpireRows =
     "DELETE FROM product WHERE id IN (SELECT id FROM product WHERE arrived < ?1 AND ended IS NOT "
-    "NULL LIMIT 1000)";
+    "NULL ORDER BY arrived LIMIT min(?2, 1000))";
 
 std::int64_t Stamp(UtcTime time) {
   return time.time_since_epoch().count();
@@ -141,8 +148,26 @@ class SqliteHistory::OpenFile : public ProductContent {
 SqliteHistory::Earlier SqliteHistory::Begin(const HistoryTerms& terms) {
   End();
   terms_ = terms;
+  now_ = terms.now;
+  Earlier earlier;
+  try {
+    earlier = Open();
+  } catch (const DamagedDatabase& damage) {
+    SetAside(damage);
+    earlier = Open();
+  }
+  isEnding_ = false;
+  isDone_ = false;
+  isFailing_ = false;
+  isChecked_ = false;
+  writer_ = std::thread([this] { Run(); });
+  return earlier;
+}
+
+SqliteHistory::Earlier SqliteHistory::Open() {
   auto database = std::make_unique<SqliteDatabase>(path_, "History", DatabaseUse::kReadAndWrite);
   sqlite3_busy_timeout(database->Handle(), kLongestWait);
+  database->CheckFormat(kFormat);
   database->Execute("PRAGMA journal_mode = WAL");
   database->Execute("PRAGMA synchronous = NORMAL");
   database->Execute(kSchema);
@@ -151,13 +176,25 @@ SqliteHistory::Earlier SqliteHistory::Begin(const HistoryTerms& terms) {
   while (open.Step()) earlier.open.push_back(RowOf(open));
   SqliteStatement last(*database, "SELECT max(id) FROM product");
   if (last.Step()) earlier.lastId = last.Number(0);
-  database_ = std::move(database);
-  isEnding_ = false;
-  isDone_ = false;
-  isFailing_ = false;
+  SqliteStatement expired(*database, "SELECT at FROM expiry");
   expired_.reset();
-  writer_ = std::thread([this] { Run(); });
+  if (expired.Step()) expired_ = TimeIn(expired, 0);
+  UseDatabase(std::move(database));
   return earlier;
+}
+
+void SqliteHistory::SetAside(const DamagedDatabase& damage) {
+  UseDatabase(nullptr);
+  const auto aside = ostrel::SetAside(path_, now_);
+  Tell(HistoryNews::Kind::kBegunAnew,
+       fmt::format("KvHistory.db is damaged ({}). It is kept as {}, and a new one is begun.",
+                   damage.why(), aside));
+}
+
+/// The end may be about to interrupt what it does.
+void SqliteHistory::UseDatabase(std::unique_ptr<SqliteDatabase> database) {
+  const std::lock_guard lock(mutex_);
+  database_ = std::move(database);
 }
 
 void SqliteHistory::End() {
@@ -166,7 +203,7 @@ void SqliteHistory::End() {
   std::unique_lock lock(mutex_);
   changed_.notify_all();
   changed_.wait_for(lock, kLongestEnd, [this] { return isDone_; });
-  if (!isDone_) sqlite3_interrupt(database_->Handle());
+  if (!isDone_ && database_) sqlite3_interrupt(database_->Handle());
   lock.unlock();
   writer_.join();
   database_.reset();
@@ -191,9 +228,12 @@ void SqliteHistory::Put(const ProductRow& row, std::unique_ptr<ProductContent> c
   changed_.notify_all();
 }
 
-std::optional<std::string> SqliteHistory::TakeNews() {
+std::optional<HistoryNews> SqliteHistory::TakeNews() {
   const std::lock_guard lock(mutex_);
-  return std::exchange(news_, std::nullopt);
+  if (news_.empty()) return std::nullopt;
+  auto first = std::move(news_.front());
+  news_.pop_front();
+  return first;
 }
 
 void SqliteHistory::Run() {
@@ -201,11 +241,19 @@ void SqliteHistory::Run() {
     auto changes = TakeWaiting();
     for (auto& [id, change] : changes) Read(change);
     try {
-      if (!changes.empty()) Write(changes);
-      Expire();
-      Tell(false, "KvHistory.db is written again.");
+      try {
+        CheckOnce();
+        WriteAndExpire(changes);
+      } catch (const DamagedDatabase& damage) {
+        SetAside(damage);
+        WriteAndExpire(changes);
+      }
+      if (std::exchange(isFailing_, false))
+        Tell(HistoryNews::Kind::kWorksAgain, "KvHistory.db is written again.");
     } catch (const std::exception& error) {
-      Tell(true, fmt::format("{}. What happens meanwhile is written later.", error.what()));
+      if (!std::exchange(isFailing_, true))
+        Tell(HistoryNews::Kind::kFails,
+             fmt::format("{}. What happens meanwhile is written later.", error.what()));
       PutBack(std::move(changes));
     }
     const std::lock_guard lock(mutex_);
@@ -214,6 +262,36 @@ void SqliteHistory::Run() {
     changed_.notify_all();
     return;
   }
+}
+
+/// Damage shows itself where it is met, and that may be years later. The end of the station waits
+/// for no look.
+void SqliteHistory::CheckOnce() {
+  if (isChecked_) return;
+  isChecked_ = true;
+  const auto isEnding = [](void* self) {
+    return static_cast<SqliteHistory*>(self)->isEnding_ ? 1 : 0;
+  };
+  constexpr int kSteps = 1000;
+  sqlite3_progress_handler(database_->Handle(), kSteps, isEnding, this);
+  std::string found = "ok";
+  const auto failure = FailureIn([&] {
+    try {
+      SqliteStatement check(*database_, "PRAGMA quick_check(1)");
+      if (check.Step()) found = check.Text(0);
+    } catch (const DamagedDatabase& damage) {
+      found = damage.why();
+    }
+  });
+  sqlite3_progress_handler(database_->Handle(), 0, nullptr, nullptr);
+  if (found != "ok") throw DamagedDatabase("History", found.substr(found.rfind('\n') + 1));
+  if (failure && !isEnding_) throw *failure;
+}
+
+void SqliteHistory::WriteAndExpire(const Changes& changes) {
+  if (!database_) Open();
+  if (!changes.empty()) Write(changes);
+  Expire();
 }
 
 /// Waits for something to write, and after a failure for a while at least.
@@ -234,13 +312,17 @@ void SqliteHistory::Read(Change& change) const {
 }
 
 void SqliteHistory::Write(const Changes& changes) {
+  UtcTime latest{};
   database_->InTransaction([&] {
     for (const auto& [id, change] : changes) {
       WriteRow(change);
       if (change.digest) WriteContent(id, *change.digest);
-      terms_.now = std::max(terms_.now, change.row.ended.value_or(change.row.arrived));
+      const auto& row = change.row;
+      for (const auto& time : {row.firstBlock, row.lastBlock, row.ended})
+        latest = std::max({latest, row.arrived, time.value_or(row.arrived)});
     }
   });
+  now_ = latest;
 }
 
 void SqliteHistory::WriteRow(const Change& change) {
@@ -264,17 +346,32 @@ void SqliteHistory::WriteContent(std::int64_t id, const Digest& digest) {
 }
 
 void SqliteHistory::Expire() {
-  if (expired_ && terms_.now - *expired_ < kExpiryInterval) return;
-  const std::pair<const char*, std::chrono::days> terms[] = {
-      {kExpireContent, std::min(terms_.products, terms_.rows)}, {kExpireRows, terms_.rows}};
-  for (const auto& [text, age] : terms) {
-    SqliteStatement expire(*database_, text);
-    do {
-      expire.Reset();
-      expire.Bind(Stamp(terms_.now - age)).Step();
-    } while (database_->Changes() > 0 && !isEnding_);
+  const auto since = expired_ ? now_ - *expired_ : milliseconds(kExpiryInterval);
+  const bool isStep = since < -kClockStep;  // the clock was ahead, or is behind
+  if (since < kExpiryInterval && !isStep) return;
+  if (!isStep) {
+    ExpireShare("content", kExpireContent, std::min(terms_.products, terms_.rows));
+    ExpireShare("product", kExpireRows, terms_.rows);
   }
-  expired_ = terms_.now;
+  expired_ = now_;
+  database_->InTransaction([&] {
+    database_->Execute("DELETE FROM expiry");
+    SqliteStatement(*database_, "INSERT INTO expiry (at) VALUES (?1)").Bind(Stamp(now_)).Step();
+  });
+}
+
+void SqliteHistory::ExpireShare(const char* table, const char* statement, std::chrono::days age) {
+  SqliteStatement count(*database_, fmt::format("SELECT count(*) FROM {}", table).c_str());
+  count.Step();
+  std::int64_t left = count.Number(0);
+  // Of what is kept for no day at all, everything.
+  if (age.count() > 0) left = 2 * left / (age.count() * kExpiriesADay) + 1;
+  SqliteStatement expire(*database_, statement);
+  for (int gone = 1; gone > 0 && left > 0; left -= gone) {
+    expire.Reset();
+    expire.Bind(Stamp(now_ - age)).Bind(left).Step();
+    gone = isEnding_ ? 0 : database_->Changes();
+  }
 }
 
 /// What has come since is newer; what was read of a product is not read again.
@@ -287,10 +384,9 @@ void SqliteHistory::PutBack(Changes changes) {
   }
 }
 
-void SqliteHistory::Tell(bool fails, const std::string& text) {
-  if (std::exchange(isFailing_, fails) == fails) return;
+void SqliteHistory::Tell(HistoryNews::Kind kind, const std::string& text) {
   const std::lock_guard lock(mutex_);
-  news_ = text;
+  news_.push_back({kind, text});
 }
 
 }  // namespace ostrel

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <deque>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -27,7 +28,7 @@ class SqliteHistory : public History {
   void End() override;
   std::unique_ptr<ProductContent> Open(const std::string& path) override;
   void Put(const ProductRow& row, std::unique_ptr<ProductContent> content) override;
-  std::optional<std::string> TakeNews() override;
+  std::optional<HistoryNews> TakeNews() override;
 
  private:
   class OpenFile;
@@ -44,29 +45,41 @@ class SqliteHistory : public History {
   };
   using Changes = std::map<std::int64_t, Change>;  // by id: the last one is the one that counts
 
+  /// Opens the store, which is made when missing; what it knows of earlier.
+  Earlier Open();
+  void SetAside(const DamagedDatabase& damage);
   void Run();
+  void CheckOnce();
+  void WriteAndExpire(const Changes& changes);
   Changes TakeWaiting();
   void Read(Change& change) const;
   void Write(const Changes& changes);
   void WriteRow(const Change& change);
   void WriteContent(std::int64_t id, const Digest& digest);
   void Expire();
+  /// Deletes at most a share of the rows of `table`, by a statement that takes a time and a number.
+  void ExpireShare(const char* table, const char* statement, std::chrono::days age);
   void PutBack(Changes changes);
-  void Tell(bool fails, const std::string& text);
+  void Tell(HistoryNews::Kind kind, const std::string& text);
+  void UseDatabase(std::unique_ptr<SqliteDatabase> database);
 
   std::string path_;
   HistoryTerms terms_;
-  std::unique_ptr<SqliteDatabase> database_;  // the writer's, once it runs
+  /// The writer's, once it runs; it comes and goes under the mutex. None where there is no other in
+  /// the place of one that was set aside.
+  std::unique_ptr<SqliteDatabase> database_;
 
   std::mutex mutex_;
   std::condition_variable changed_;
   Changes waiting_;
   bool isDone_ = false;
-  std::optional<std::string> news_;
+  std::deque<HistoryNews> news_;
   std::atomic<bool> isEnding_ = false;
   std::atomic<int> openFiles_ = 0;
 
   bool isFailing_ = false;          // the writer's
+  bool isChecked_ = false;          // the writer's: the whole store was looked through
+  UtcTime now_{};                   // the writer's: of the last change
   std::optional<UtcTime> expired_;  // the writer's: when old rows were last looked for
   std::thread writer_;
 };

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <utility>
 
 #include "platform/history.h"
 
@@ -22,9 +23,10 @@ class VirtualHistory : public History {
   void Put(const ProductRow& row, std::unique_ptr<ProductContent> /*content*/) override {
     if (isKept) rows[row.id] = row;
   }
-  std::optional<std::string> TakeNews() override { return std::nullopt; }
+  std::optional<HistoryNews> TakeNews() override { return std::exchange(news, std::nullopt); }
 
   bool isKept = false;
+  std::optional<HistoryNews> news;
   std::map<std::int64_t, ProductRow> rows;  // by id
 };
 

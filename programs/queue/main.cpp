@@ -20,7 +20,7 @@ using Json = nlohmann::ordered_json;
 
 struct Options {
   std::string station = ProgramFolder();
-  std::string name, since, until;
+  std::string name, since, until, from;
   std::optional<int> priority;
   bool json = false, csv = false;
 };
@@ -43,7 +43,11 @@ void ShowHistory(const Options& options) {
   if (!options.until.empty()) filter.until = MomentIn(options.until, now, Which::kLast);
   if (filter.since && filter.until && *filter.until < *filter.since)
     throw std::runtime_error("--until is before --since. A time of day is the last that was.");
-  const auto products = PastProducts(options.station).Find(filter);
+  const auto path = options.from.empty() ? HistoryPath(options.station) : options.from;
+  const auto [products, holes] = PastProducts(path).Find(filter);
+  if (holes > 0)
+    fmt::print(stderr, "{} is damaged. What can be read of it follows; {} gaps.\n", Printable(path),
+               holes);
   fmt::print("{}", options.json  ? HistoryJson(products)
                    : options.csv ? HistoryCsv(products)
                                  : HistoryTable(products));
@@ -89,6 +93,8 @@ void AddListsTo(CLI::App& app, Options& options) {
   history->add_option("PATTERN", options.name, "Of names, as in a rule");
   history->add_option("--since", options.since, "\"2026-11-26 14:30\", \"14:30\" or \"12h\" ago");
   history->add_option("--until", options.until, "The same");
+  history->add_option("--from", options.from, "Another history, one that was damaged perhaps")
+      ->type_name("FILE");
   auto* const csv = history->add_flag("--csv", options.csv, "For a spreadsheet");
   history->add_flag("--json", options.json, "For programs")->excludes(csv);
   history->callback([&] { ShowHistory(options); });

@@ -54,7 +54,7 @@ class Resending {
   Found Find(const std::string& numberOrName) {
     auto why = fmt::format("The history does not know {}.", numberOrName);
     try {
-      history_.emplace(folder_);
+      history_.emplace(HistoryPath(folder_));
       if (auto found = FindInHistory(numberOrName)) return *found;
     } catch (const Failure& failure) {
       why = failure.text();

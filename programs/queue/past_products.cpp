@@ -7,6 +7,8 @@
 #include <zlib.h>
 
 #include "base/failure.h"
+#include "base/names.h"
+#include "base/station_files.h"
 #include "base/text.h"
 #include "intake/match_pattern.h"
 
@@ -14,12 +16,12 @@ namespace ostrel {
 
 namespace {
 
+constexpr auto kEver = std::numeric_limits<std::int64_t>::max();
 constexpr const char* kSelect =
     "SELECT id, name, sent_as, priority, size, hash, arrived, first_block, last_block, ended, "
     "times_sent, fate, archive, resend_of FROM product ";
 
-std::string ExistingFile(const std::string& folder) {
-  auto path = folder + "/KvHistory.db";
+const std::string& Existing(const std::string& path) {
   if (!std::filesystem::exists(path))
     throw Failure(failure_number::kFileNotFound, fmt::format("There is no {}.", path));
   return path;
@@ -30,9 +32,15 @@ std::optional<std::int64_t> NumberIn(const SqliteStatement& row, int column) {
   return row.Number(column);
 }
 
+/// Damage can make any number of one, and not every number has a date.
+UtcTime MomentIn(const SqliteStatement& row, int column) {
+  constexpr std::int64_t kLast = 253'402'300'799'000;  // of the year 9999
+  return UtcTime(milliseconds(std::clamp<std::int64_t>(row.Number(column), 0, kLast)));
+}
+
 std::optional<UtcTime> TimeIn(const SqliteStatement& row, int column) {
   if (row.IsNothing(column)) return std::nullopt;
-  return UtcTime(milliseconds(row.Number(column)));
+  return MomentIn(row, column);
 }
 
 PastProduct ProductIn(const SqliteStatement& row) {
@@ -43,7 +51,7 @@ PastProduct ProductIn(const SqliteStatement& row) {
   product.priority = NumberIn(row, 3);
   product.size = NumberIn(row, 4);
   product.hash = row.Text(5);
-  product.arrived = UtcTime(milliseconds(row.Number(6)));
+  product.arrived = MomentIn(row, 6);
   product.firstBlock = TimeIn(row, 7);
   product.lastBlock = TimeIn(row, 8);
   product.ended = TimeIn(row, 9);
@@ -54,6 +62,45 @@ PastProduct ProductIn(const SqliteStatement& row) {
   return product;
 }
 
+enum class Direction { kUp, kDown };
+
+/// Calls `take` with the rows between two ids, as far as they can be read. Returns the id of the
+/// last one, where damage hides what follows it: `from` when that is the first.
+template <typename Take>
+std::optional<std::int64_t> ReadUntilDamage(const SqliteDatabase& database, Direction direction,
+                                            std::int64_t from, std::int64_t to, const Take& take) {
+  const std::string rows =
+      std::string(kSelect) + "NOT INDEXED WHERE id > ?1 AND id < ?2 ORDER BY id";
+  SqliteStatement select(database, (rows + (direction == Direction::kUp ? "" : " DESC")).c_str());
+  select.Bind(std::min(from, to)).Bind(std::max(from, to));
+  auto last = from;
+  try {
+    while (select.Step()) {
+      last = select.Number(0);
+      take(ProductIn(select));
+    }
+    return std::nullopt;
+  } catch (const DamagedDatabase&) {
+    return last;
+  }
+}
+
+/// The first id behind `last` that can be read, looked for further and further on.
+std::int64_t NextReadable(const SqliteDatabase& database, std::int64_t last) {
+  constexpr std::int64_t kFurthest = std::int64_t{1} << 40;
+  for (std::int64_t gap = 1; gap < kFurthest && last < kEver - gap; gap *= 2) {
+    SqliteStatement next(database, "SELECT min(id) FROM product NOT INDEXED WHERE id > ?1");
+    next.Bind(last + gap);
+    try {
+      next.Step();
+      return next.IsNothing(0) ? kEver : next.Number(0);
+    } catch (const DamagedDatabase&) {
+      // Not yet.
+    }
+  }
+  return kEver;
+}
+
 }  // namespace
 
 bool IsNumber(const std::string& text) {
@@ -61,30 +108,38 @@ bool IsNumber(const std::string& text) {
          text.find_first_not_of("0123456789") == std::string::npos;
 }
 
-PastProducts::PastProducts(const std::string& folder)
-    : database_(ExistingFile(folder), "History", DatabaseUse::kReadOnly) {
-  database_.Execute("PRAGMA busy_timeout = 5000");
+std::string HistoryPath(const std::string& folder) {
+  return JoinPath(folder, kHistoryFile);
 }
 
-std::vector<PastProduct> PastProducts::Find(const PastFilter& filter) const {
-  constexpr auto kEver = std::numeric_limits<std::int64_t>::max();
+PastProducts::PastProducts(const std::string& path)
+    : database_(Existing(path), "History", DatabaseUse::kReadOnly) {
+  database_.Execute("PRAGMA busy_timeout = 5000");
+  database_.Execute("PRAGMA writable_schema = ON");  // reads one that was cut off as far as it goes
+}
+
+PastProducts::Found PastProducts::Find(const PastFilter& filter) const {
   const auto pattern = ToUpper(filter.pattern);
-  const auto stamp = [](const std::optional<UtcTime>& time, std::int64_t fallback) {
-    return time ? time->time_since_epoch().count() : fallback;
+  Found found;
+  const auto take = [&](PastProduct product) {
+    const bool wasOnItsWay = (!filter.until || product.arrived < *filter.until) &&
+                             (!filter.since || !product.ended || *product.ended >= *filter.since);
+    const bool isNamed = pattern.empty() || MatchPattern(product.name, pattern) ||
+                         MatchPattern(product.sentAs, pattern);
+    if (wasOnItsWay && isNamed) found.products.push_back(std::move(product));
   };
-  SqliteStatement select(
-      database_, (std::string(kSelect) +
-                  "WHERE arrived < ?1 AND (ended IS NULL OR ended >= ?2) ORDER BY arrived, id")
-                     .c_str());
-  select.Bind(stamp(filter.until, kEver)).Bind(stamp(filter.since, -kEver));
-  std::vector<PastProduct> products;
-  while (select.Step()) {
-    auto product = ProductIn(select);
-    if (pattern.empty() || MatchPattern(product.name, pattern) ||
-        MatchPattern(product.sentAs, pattern))
-      products.push_back(std::move(product));
+  std::int64_t from = 0;
+  while (const auto last = ReadUntilDamage(database_, Direction::kUp, from, kEver, take)) {
+    ++found.holes;
+    const auto next = NextReadable(database_, *last);
+    ReadUntilDamage(database_, Direction::kDown, next, *last, take);  // what was leapt over
+    if (next == kEver) break;
+    from = next - 1;
   }
-  return products;
+  std::ranges::sort(found.products, {}, [](const PastProduct& product) {
+    return std::pair(product.arrived, product.id);
+  });
+  return found;
 }
 
 std::optional<PastProduct> PastProducts::FindOne(const std::string& numberOrName) const {

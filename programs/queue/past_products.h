@@ -32,13 +32,20 @@ struct PastFilter {
   std::optional<UtcTime> since, until;  // it was on its way at some moment between
 };
 
+/// Where the history of the station in `folder` lies.
+std::string HistoryPath(const std::string& folder);
+
 class PastProducts {
  public:
-  /// Throws Failure when there is no history in `folder` or it cannot be read.
-  explicit PastProducts(const std::string& folder);
+  /// Throws Failure when there is no such history or nothing of it can be read. It may be one that
+  /// was damaged.
+  explicit PastProducts(const std::string& path);
 
-  /// In the order of their arrival.
-  std::vector<PastProduct> Find(const PastFilter& filter) const;
+  struct Found {
+    std::vector<PastProduct> products;  // in the order of their arrival
+    int holes = 0;                      // where damage hides products
+  };
+  Found Find(const PastFilter& filter) const;
   /// The one of that number, or the last that was sent or received under that name.
   std::optional<PastProduct> FindOne(const std::string& numberOrName) const;
   /// Whether it, or another sending of it, began between the two under the name that it was sent

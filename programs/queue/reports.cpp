@@ -109,7 +109,7 @@ std::string HistoryTable(const std::vector<PastProduct>& products) {
   auto table = fmt::format(kForm, "Id", "Arrived", "Name", "Priority", "Bytes", "Became",
                            "First block", "Last block", "Sent");
   for (const auto& product : products) {
-    auto fate = product.fate;
+    auto fate = Printable(product.fate);
     if (product.archive) fate += fmt::format(" in {}", *product.archive);
     if (product.resendOf) fate += fmt::format(", again {}", *product.resendOf);
     table += fmt::format(kForm, product.id, Local(product.arrived), Printable(product.name),

@@ -25,6 +25,9 @@ void StoreSetting(StationFolder& station, const std::string& key, const std::str
   const AllSettings settings(station.path());
   const auto& row = settings.RowOf(key);
   CheckSetting(row, value);
+  if (const auto doubt = DoubtAbout(row, value); !doubt.empty())
+    throw Failure(failure_number::kInvalidArgument,
+                  fmt::format("{} cannot be \"{}\". {}.", row.key, value, doubt));
   station.ChangeStore([&](SettingsStore& store) {
     store.WriteAll({{.keyPath = KeyPath(row.section), .name = row.key, .value = value}});
   });

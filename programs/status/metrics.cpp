@@ -50,6 +50,9 @@ class Collection {
         Gauge("keyed", "1 while the transmitter is keyed", status_["keyed"] == true));
     families_.push_back(Gauge("intake_paused", "1 while an operator pauses the intake",
                               status_["intakePaused"] == true));
+    families_.push_back(Gauge("history_trouble",
+                              "1 when its store was damaged or cannot be written",
+                              !status_.value("history", Status()).is_null()));
     families_.push_back(Gauge("settings_restored", "1 when a copy took the place of the settings",
                               !status_.value("restored", Status()).is_null()));
     families_.push_back(

@@ -71,6 +71,8 @@ std::string PageOf(const Status& status) {
   if (!restored.is_null())
     add("Settings", fmt::format("{} ({})", Printable(restored["text"].get<std::string>()),
                                 restored["at"].get<std::string>()));
+  if (const auto history = status.value("history", Status()); !history.is_null())
+    add("History", Printable(history.get<std::string>()));
   for (const auto& file : status.value("unusable", Status::array()))
     add("Cannot be used", fmt::format("{}: {}", Printable(file["name"].get<std::string>()),
                                       Printable(file["why"].get<std::string>())));

@@ -161,6 +161,10 @@ UdpAddress 127.0.0.1.1
 UdpAddress 127.0.0.256
 UdpAddress 127.0.0.010
 MainState 3
+CWSpeed -2500
+CWSpeed 33
+TxDelay soon
+LogDaily 7
 IngestPath /
 IngestPath /home/operator/
 IngestPath /srv/../root
