@@ -1,7 +1,6 @@
 #include "settings/settings_table.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <fmt/format.h>
 #include <utility>
@@ -230,10 +229,8 @@ std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& value
 std::string DoubtAbout(const SettingRow& row, const std::string& text) {
   if (!row.range || text.empty()) return "";  // an empty field counts as 0
   const auto [least, most] = *row.range;
-  int number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  const bool isWhole = error == std::errc() && end == text.data() + text.size();
-  if (isWhole && number >= least && number <= most) return "";
+  const double number = LeadingNumber(text);
+  if (IsNumber(text) && number >= least && number <= most) return "";
   return fmt::format("It is a number from {} to {}", least, most);
 }
 

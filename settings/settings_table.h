@@ -33,7 +33,7 @@ enum class Reader {
   kFields,  // what fills the setup dialog's fields
 };
 
-/// Of whole numbers, both included.
+/// Both included.
 struct NumberRange {
   int least, most;
 };

@@ -90,7 +90,8 @@ for damage in 'truncate -s 0 $store' 'truncate -s 5000 $store' 'truncate -s $((s
   printf '[settings]\nComBaud = "9600"\n' >"$work/part.toml"
   ! "$station/ostrel-settings" apply "$work/part.toml" 2>"$work/said" || fail "a part of the settings will do"
   said 'does not name.*CWIDText'
-  "$station/ostrel-settings" apply "$work/station.toml" >/dev/null
+  "$station/ostrel-settings" apply "$work/station.toml" >/dev/null 2>"$work/doubts"
+  [ ! -s "$work/doubts" ] || fail "its own text is doubted: $(cat "$work/doubts")"
   expect "on the air" "$station"
   own "$station"
 done
@@ -133,7 +134,8 @@ own "$station"
 run_as=()
 
 mkdir "$disk"
-mount -t tmpfs -o size=64m none "$disk"
+programs=$(du -cm "$bin"/ostrel-{headless,settings,status} | tail -n 1 | cut -f 1)
+mount -t tmpfs -o size=$((programs + 32))m none "$disk"
 make "$disk/station"
 expect "on the air" "$disk/station"
 dd if=/dev/zero of="$disk/full" bs=4k status=none 2>/dev/null || true

@@ -164,6 +164,7 @@ MainState 3
 CWSpeed -2500
 CWSpeed 33
 TxDelay soon
+PurgeTime 2.5x
 LogDaily 7
 IngestPath /
 IngestPath /home/operator/
