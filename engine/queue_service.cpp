@@ -15,7 +15,10 @@ constexpr std::size_t kLastStarted = 5;
 }  // namespace
 
 void QueueService::CheckPriorityLists() {
-  RunStep(parts_.reporting, "CheckPriorityLists", [this] { TakeTurn(); });
+  const auto failure = FailureIn([this] { TakeTurn(); });
+  if (!failure) return;
+  parts_.reporting.ReportError(*failure, "CheckPriorityLists");
+  parts_.status.noPacketBecause = failure->text();
 }
 
 void QueueService::TakeTurn() {
@@ -114,7 +117,9 @@ void QueueService::HoldBack(Priority p, const TransmitQueue::Entry& entry, const
   const auto name = entry.name;
   const bool isKnown = entry.wasRefused;
   if (!isKnown) parts_.builder.LogMissing(parts_.values.InSentFolder(name));
-  if (parts_.queue.HoldBack(p) && !isKnown) {
+  const bool isHeld = parts_.queue.HoldBack(p);
+  if (isHeld) parts_.obstacles.Refuse(parts_.queue.PathOf(name), refusal.text());
+  if (isHeld && !isKnown) {
     parts_.reporting.WriteLog(
         "Pending", fmt::format("{} stays in RtXmit and is tried again: it cannot be copied to "
                                "RtSent. {}",
@@ -124,6 +129,7 @@ void QueueService::HoldBack(Priority p, const TransmitQueue::Entry& entry, const
 }
 
 void QueueService::ServeFile(Priority p) {
+  if (parts_.queue.Entries(p).front().isStopped) return RetireFile(p);
   auto& onAir = *onAir_[p];
   const int n = onAir.nextBlock++;
   const auto [count, why] = parts_.builder.MakePacket(parts_.values.InSentFolder(onAir.file), n);
@@ -145,9 +151,10 @@ bool QueueService::IsUnread(const std::optional<Failure>& why) {
 }
 
 void QueueService::RetireFile(Priority p) {
-  if (onAir_[p]->isDisplaced)
+  const bool isStopped = parts_.queue.Entries(p).front().isStopped;
+  if (onAir_[p]->isDisplaced && !isStopped)
     parts_.queue.SendAgain(p);
-  else if (onAir_[p]->unread)
+  else if (onAir_[p]->unread && !isStopped)
     parts_.queue.RetireInPart(p, onAir_[p]->unread->text());
   else
     parts_.queue.Retire(p);
@@ -171,11 +178,16 @@ void QueueService::InsertFillFile() {
   const auto& insertedAs = parts_.setup.NameAs.Get();
   if (parts_.queue.HoldsBackProduct(ToUpper(FileNameOf(insertedAs)))) return;
   TryStep([&] { SetFileWriteTime(fillFile, parts_.clock.Now()); });
-  const auto copy = [&] { parts_.copy.CopyFile(fillFile, insertedAs, Links::kFollowed); };
-  if (FillIsReadable(fillFile) && MayPlaceFill(insertedAs) && !TryStep(copy))
-    RestoreHoldingFolders();
+  if (FillIsReadable(fillFile) && MayPlaceFill(insertedAs)) PlaceFill(fillFile, insertedAs);
   ++parts_.status.FillsSent;
   ++parts_.status.fillsSinceStart;
+}
+
+void QueueService::PlaceFill(const std::string& fillFile, const std::string& place) {
+  const auto failure = FailureIn([&] { parts_.copy.CopyFile(fillFile, place, Links::kFollowed); });
+  if (!failure) return;
+  parts_.status.noPacketBecause = failure->text();
+  RestoreHoldingFolders();
 }
 
 /// Nothing else would tell why the transmitter is keyed and sends nothing.
@@ -184,12 +196,10 @@ bool QueueService::FillIsReadable(const std::string& path) {
   const auto failure = FailureIn([&] { text = parts_.files.ReadAll(path); });
   auto why = failure ? failure->text() : "";
   if (!failure && text.empty()) why = "It is empty: " + path;
-  const bool isNews = parts_.status.SetUnusable("fill file", why);
+  parts_.status.SetUnusable("fill file", why);
   const bool isMissing = failure && failure->IsMissing();  // perhaps it is to be so
-  if (isNews && !why.empty() && !isMissing)
-    parts_.reporting.WriteLog(
-        "CheckPriorityLists",
-        fmt::format("The fill file cannot be sent while nothing waits. {}", why));
+  parts_.status.noPacketBecause =
+      why.empty() || isMissing ? "" : "The fill file cannot be sent. " + why;
   return !failure;
 }
 
@@ -202,11 +212,11 @@ void QueueService::RestoreHoldingFolders() {
 /// file, and a fill is never sent from there.
 bool QueueService::MayPlaceFill(const std::string& place) {
   if (!parts_.files.Exists(place) || IsInHoldingFolder(place)) return true;
+  auto& why = parts_.status.noPacketBecause;
+  why = fmt::format("The fill file is not written over {}: that is in none of KvData/RtPri1 to 10.",
+                    place);
   if (std::exchange(refusedFillPlace_, place) != place)
-    parts_.reporting.WriteLog(
-        "CheckPriorityLists",
-        fmt::format("The fill file is not written over {}: that is in none of KvData/RtPri1 to 10.",
-                    place));
+    parts_.reporting.WriteLog("CheckPriorityLists", why);
   return false;
 }
 

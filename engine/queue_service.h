@@ -7,6 +7,7 @@
 
 #include "engine/packet_builder.h"
 #include "intake/file_copy.h"
+#include "intake/obstacles.h"
 #include "intake/transmit_queue.h"
 #include "radio/transmitter.h"
 
@@ -24,6 +25,7 @@ class QueueService {
     FileCopy& copy;
     PacketBuilder& builder;
     TransmitQueue& queue;
+    Obstacles& obstacles;
     Reporting& reporting;
     MainFields& mainFields;
     const SetupFields& setup;
@@ -64,6 +66,7 @@ class QueueService {
   void RetireFile(Priority p);
   void ShowIdle(Priority p);
   void InsertFillFile();
+  void PlaceFill(const std::string& fillFile, const std::string& place);
   bool FillIsReadable(const std::string& path);
   void RestoreHoldingFolders();
   bool MayPlaceFill(const std::string& place);

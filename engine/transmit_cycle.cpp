@@ -61,6 +61,7 @@ void TransmitCycle::RunTick() {
     if (now.hour == 0) ResetDailyCounters();
   }
   SendPendingPacket();
+  parts_.silence.Look();
 }
 
 void TransmitCycle::SendPendingPacket() {

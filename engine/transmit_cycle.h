@@ -5,6 +5,7 @@
 #include "base/reporting.h"
 #include "engine/clock_step_watch.h"
 #include "engine/queue_service.h"
+#include "engine/silence_watch.h"
 #include "ident/morse_identification.h"
 #include "ident/schedule.h"
 #include "intake/compression.h"
@@ -33,6 +34,7 @@ class TransmitCycle {
     QueueIntake& intake;
     Compression& compression;
     QueueService& service;
+    SilenceWatch& silence;
     Outputs& outputs;
     Reporting& reporting;
     MainFields& mainFields;

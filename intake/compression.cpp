@@ -75,21 +75,31 @@ void Compression::RefreshCompressList() {
 }
 
 void Compression::CompressBlock() {
-  RunStep(parts_.reporting, kBlockProcedure, [this] {
-    const auto name = parts_.queue.FreeName(BlockName(parts_.clock.Now()));
-    const auto created = CreateArchive(name, kBlockProcedure);
-    if (created.error != 0) return;
-    std::int64_t uncompressed = 0;
-    const auto archived = AddListedFiles(*created.writer, uncompressed);
-    created.writer->Close();  // a failure ends here: all files stay, nothing is queued
-    const int priority = LeadingInteger(parts_.setup.BlockPriority.Get());
-    parts_.queue.Add(Priority(priority), {name}, JoinPath(BlockFolder(), name));
-    Count(SizeOrZero(parts_.queue.PathOf(name)), uncompressed);
-    const auto id = parts_.queue.Entries(Priority(priority)).back().product.id;
-    for (const auto& file : archived)
-      parts_.history.EndAt(JoinPath(BlockFolder(), file), Fate::kArchived, id);
-    DeleteArchived(archived);
-  });
+  std::string why;
+  if (const auto failure = FailureIn([&] { why = MakeBlock(); })) {
+    parts_.reporting.ReportError(*failure, kBlockProcedure);
+    why = failure->text();
+  }
+  const auto folder = JoinPath(BlockFolder(), "");
+  why.empty() ? parts_.obstacles.Accept(folder) : parts_.obstacles.Refuse(folder, why);
+}
+
+/// Returns why the archive cannot be created; empty when it was.
+std::string Compression::MakeBlock() {
+  const auto name = parts_.queue.FreeName(BlockName(parts_.clock.Now()));
+  const auto created = CreateArchive(name, kBlockProcedure);
+  if (created.error != 0) return fmt::format("Create Zip Error {}", created.error);
+  std::int64_t uncompressed = 0;
+  const auto archived = AddListedFiles(*created.writer, uncompressed);
+  created.writer->Close();  // a failure ends here: all files stay, nothing is queued
+  const int priority = LeadingInteger(parts_.setup.BlockPriority.Get());
+  parts_.queue.Add(Priority(priority), {name}, JoinPath(BlockFolder(), name));
+  Count(SizeOrZero(parts_.queue.PathOf(name)), uncompressed);
+  const auto id = parts_.queue.Entries(Priority(priority)).back().product.id;
+  for (const auto& file : archived)
+    parts_.history.EndAt(JoinPath(BlockFolder(), file), Fate::kArchived, id);
+  DeleteArchived(archived);
+  return {};
 }
 
 std::vector<std::string> Compression::AddListedFiles(ArchiveWriter& archive, std::int64_t& bytes) {
@@ -97,9 +107,11 @@ std::vector<std::string> Compression::AddListedFiles(ArchiveWriter& archive, std
   for (const auto& file : parts_.setup.CompressList) {
     const auto size = SizeOrZero(JoinPath(BlockFolder(), file));
     if (!added.empty() && bytes + size > kLargestArchive) break;
-    const bool isIn =
-        RunStep(parts_.reporting, kBlockProcedure, [&] { archive.Add(BlockFolder(), file); });
-    if (!isIn) continue;
+    if (const auto failure = FailureIn([&] { archive.Add(BlockFolder(), file); })) {
+      parts_.reporting.ReportError(*failure, kBlockProcedure);
+      parts_.obstacles.Refuse(JoinPath(BlockFolder(), file), failure->text());
+      continue;
+    }
     bytes += size;
     added.push_back(file);
   }

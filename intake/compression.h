@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/reporting.h"
+#include "intake/obstacles.h"
 #include "intake/placed_files.h"
 #include "intake/transmit_queue.h"
 #include "platform/archives.h"
@@ -25,6 +26,7 @@ class Compression {
     Archives& archives;
     Clock& clock;
     TransmitQueue& queue;
+    Obstacles& obstacles;
     ProductHistory& history;
     Reporting& reporting;
     SetupFields& setup;
@@ -47,6 +49,7 @@ class Compression {
 
  private:
   CreateResult CreateArchive(const std::string& name, const char* procedure);
+  std::string MakeBlock();
   bool MakeArchive(const std::string& source, const std::string& archiveName);
   std::vector<std::string> AddListedFiles(ArchiveWriter& archive, std::int64_t& bytes);
   void DeleteArchived(const std::vector<std::string>& names);

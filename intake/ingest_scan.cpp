@@ -35,9 +35,13 @@ void IngestScan::CheckForNewFiles() {
   try {
     const auto name = parts_.files.FirstFile(
         path, [this](const std::string& listed) { return !large_.empty() && IsUnderway(listed); });
-    if (!name) return parts_.kept.GiveOneBack();
+    if (!name) {
+      parts_.obstacles.Pass();
+      return parts_.kept.GiveOneBack();
+    }
     path += *name;
     TakeFile(*name);
+    parts_.obstacles.Pass();
   } catch (const std::exception& error) {
     OnFailure(AsFailure(error), path);
   }
@@ -57,11 +61,12 @@ bool IngestScan::MayBeScanned() {
   const auto& path = parts_.values.ingestPath;
   if (checkedPath_ != path) {
     checkedPath_ = path;
-    mayBeScanned_ = RunStep(parts_.reporting, kProcedure, [&] {
-      CheckIngestFolder(parts_.files.RealPath(path), parts_.values.programFolder);
-    });
+    refusal_ = FailureIn(
+        [&] { CheckIngestFolder(parts_.files.RealPath(path), parts_.values.programFolder); });
+    if (refusal_) parts_.reporting.ReportError(*refusal_, kProcedure);
   }
-  return mayBeScanned_;
+  if (refusal_) parts_.obstacles.Block(path, refusal_->text());
+  return !refusal_;
 }
 
 void IngestScan::TakeFile(const std::string& listedName) {
@@ -227,6 +232,7 @@ std::string IngestScan::PlaceInFolder(const std::string& folder, const std::stri
 
 void IngestScan::OnFailure(const Failure& failure, const std::string& path) {
   ++lockedFileCount_;
+  parts_.obstacles.Block(path, failure.text());
   if (!failure.IsInUse()) {
     parts_.reporting.ReportError(failure, kProcedure, " File Name: " + path);
   } else if (lockedFileCount_ > kScansBeforeLockIsReported) {

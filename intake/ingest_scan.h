@@ -11,6 +11,7 @@
 #include "base/reporting.h"
 #include "intake/file_copy.h"
 #include "intake/kept_files.h"
+#include "intake/obstacles.h"
 #include "intake/placed_files.h"
 #include "intake/product_history.h"
 #include "intake/rule_matcher.h"
@@ -33,6 +34,7 @@ class IngestScan {
     FileCopy& copy;
     const RuleMatcher& rules;
     KeptFiles& kept;
+    Obstacles& obstacles;
     ProductHistory& history;
     Reporting& reporting;
     TransmitStatus& status;
@@ -78,8 +80,8 @@ class IngestScan {
   std::map<std::string, Underway> large_;     // by name as listed
   std::map<std::string, Copies> copies_;      // likewise
   int lockedFileCount_ = 0;
-  std::string checkedPath_;  // the ingest path that was looked at last
-  bool mayBeScanned_ = true;
+  std::string checkedPath_;         // the ingest path that was looked at last
+  std::optional<Failure> refusal_;  // of that path
 };
 
 }  // namespace ostrel

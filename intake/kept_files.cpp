@@ -68,9 +68,11 @@ void KeptFiles::GiveOneBack() {
   if (waiting_.empty()) return;
   const auto name = waiting_.front();
   waiting_.pop_front();
-  const bool isDone = RunStep(
-      parts_.reporting, kCategory, [&] { Return(name); }, " File Name: " + PathOf(name));
-  if (!isDone) waiting_.clear();
+  const auto failure = FailureIn([&] { Return(name); });
+  if (!failure) return;
+  parts_.reporting.ReportError(*failure, kCategory, " File Name: " + PathOf(name));
+  parts_.obstacles.Refuse(PathOf(name), failure->text());
+  waiting_.clear();
 }
 
 void KeptFiles::Return(const std::string& name) {

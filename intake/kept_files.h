@@ -10,6 +10,7 @@
 
 #include "base/reporting.h"
 #include "intake/file_copy.h"
+#include "intake/obstacles.h"
 #include "intake/product_history.h"
 #include "intake/rule_lists.h"
 #include "platform/clock.h"
@@ -25,6 +26,7 @@ class KeptFiles {
     Clock& clock;
     FileCopy& copy;
     const RuleLists& rules;
+    Obstacles& obstacles;
     ProductHistory& history;
     Reporting& reporting;
     const ProgramValues& values;

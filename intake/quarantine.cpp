@@ -52,19 +52,23 @@ std::vector<std::string> FieldsOf(std::string_view line) {
 
 std::string Quarantine::Take(const std::string& path, std::optional<Priority> p,
                              const std::string& name, const std::string& reason) {
-  const Item item{
-      .path = "", .origin = path, .p = p, .reason = reason, .since = parts_.clock.UtcNow()};
-  std::string there;
-  try {
-    there = MoveTo(parts_.values.QuarantineFolder(), item, name);
-  } catch (const Failure& failure) {
-    if (failure.IsMissing()) throw;
-    there = MoveTo(JoinPath(FolderOf(path), kFolderBeside), item, name);
-  }
+  auto there = Move(path, p, name, reason);
   if (p && FolderOf(path) == parts_.values.HoldingFolder(p->number()))
     parts_.handedBack.Taken(*p, std::string(FileNameOf(path)));
   parts_.history.SetAside(path, there, name);
   return there;
+}
+
+std::string Quarantine::Move(const std::string& path, std::optional<Priority> p,
+                             const std::string& name, const std::string& reason) {
+  const Item item{
+      .path = "", .origin = path, .p = p, .reason = reason, .since = parts_.clock.UtcNow()};
+  try {
+    return MoveTo(parts_.values.QuarantineFolder(), item, name);
+  } catch (const Failure& failure) {
+    if (failure.IsMissing()) throw;
+    return MoveTo(JoinPath(FolderOf(path), kFolderBeside), item, name);
+  }
 }
 
 /// What is noted comes first: a file that a power failure leaves here has its reason.

@@ -51,6 +51,13 @@ class Quarantine {
   /// Returns its path there. Throws Failure, and it stays where it is then.
   std::string Take(const std::string& path, std::optional<Priority> p, const std::string& name,
                    const std::string& reason);
+  /// The same for the record of an entry that has left its queue, whose product its queue ends.
+  void TakeEntry(const std::string& record, Priority p, const std::string& name,
+                 const std::string& reason) {
+    Move(record, p, name, reason);
+  }
+  /// Where its files lie.
+  std::set<std::string> Folders();
   /// By name. Throws Failure when a folder of it cannot be listed.
   std::vector<Item> List();
   /// By name, in any case. Throws Failure.
@@ -63,8 +70,9 @@ class Quarantine {
  private:
   using Notes = std::map<std::string, Item>;  // by path
 
+  std::string Move(const std::string& path, std::optional<Priority> p, const std::string& name,
+                   const std::string& reason);
   std::string MoveTo(const std::string& folder, Item item, const std::string& name);
-  std::set<std::string> Folders();
   /// What is known of the files, an earlier run included.
   Notes& KnownNotes();
   void ReadNotes();

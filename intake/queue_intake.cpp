@@ -45,6 +45,7 @@ bool QueueIntake::RunRetried(const std::string& file, Step&& step) {
       const auto failure = AsFailure(error);
       if (!failure.IsInUse() || retries_ >= kMostRetries) {
         parts_.reporting.ReportError(failure, kProcedure, " File Name: " + file);
+        refused_ = Refused{file, failure.text()};
         return false;
       }
     }
@@ -55,7 +56,18 @@ bool QueueIntake::RunRetried(const std::string& file, Step&& step) {
 
 void QueueIntake::CheckForNewPriFiles() {
   retries_ = 0;
-  for (const Priority p : AllPriorities()) TakeOne(p);
+  for (const Priority p : AllPriorities()) {
+    refused_.reset();
+    TakeOne(p);
+    NoteRefusal(p);
+  }
+}
+
+void QueueIntake::NoteRefusal(Priority p) {
+  const auto folder = parts_.values.HoldingFolder(p.number());
+  if (!refused_) return parts_.obstacles.Accept(JoinPath(folder, ""));
+  const auto place = JoinPath(folder, refused_->file);
+  parts_.obstacles.Refuse(place, refused_->why, steppedOver_.NextTry(place));
 }
 
 void QueueIntake::TakeOne(Priority p) {

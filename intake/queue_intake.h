@@ -10,6 +10,7 @@
 #include "intake/compression.h"
 #include "intake/handed_back_files.h"
 #include "intake/held_products.h"
+#include "intake/obstacles.h"
 #include "intake/placed_files.h"
 #include "intake/stepped_over_files.h"
 #include "intake/transmit_queue.h"
@@ -24,6 +25,7 @@ class QueueIntake {
     Compression& compression;
     TransmitQueue& queue;
     HandedBackFiles& handedBack;
+    Obstacles& obstacles;
     ProductHistory& history;
     Reporting& reporting;
     const SetupFields& setup;
@@ -41,6 +43,7 @@ class QueueIntake {
 
  private:
   void TakeOne(Priority p);
+  void NoteRefusal(Priority p);
   std::optional<std::string> NextFile(Priority p);
   bool IsPassedOver(const std::string& folder, const std::string& name);
   std::unique_ptr<FileHold> Hold(const std::string& source);
@@ -59,7 +62,14 @@ class QueueIntake {
   template <typename Step>
   bool RunRetried(const std::string& file, Step&& step);
 
+  /// The last step of a priority that was given up.
+  struct Refused {
+    std::string file;  // empty for the folder
+    std::string why;
+  };
+
   Parts parts_;
+  std::optional<Refused> refused_;
   PlacedFiles placed_;
   SteppedOverFiles steppedOver_;
   HeldProducts products_;

@@ -26,6 +26,12 @@ void SteppedOverFiles::StepOver(const std::string& path, Versions versions) {
   waits_.insert_or_assign(path, Wait{status, length, now + length, versions});
 }
 
+std::optional<milliseconds> SteppedOverFiles::NextTry(const std::string& path) const {
+  const auto wait = waits_.find(path);
+  if (wait == waits_.end()) return std::nullopt;
+  return wait->second.end;
+}
+
 bool SteppedOverFiles::IsPassedOver(const std::string& folder, const std::string& name) const {
   if (waits_.empty()) return false;
   const auto wait = waits_.find(JoinPath(folder, name));

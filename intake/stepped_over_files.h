@@ -3,6 +3,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 
 #include "platform/clock.h"
@@ -22,6 +23,8 @@ class SteppedOverFiles {
   /// The file at `path` failed: passed over for ten seconds, twice as long at each further failure,
   /// eleven minutes at most.
   void StepOver(const std::string& path, Versions versions = Versions::kThisOne);
+  /// When the file is tried again, monotonic; nothing for one that is not passed over.
+  std::optional<milliseconds> NextTry(const std::string& path) const;
   /// True while the file waits.
   bool IsPassedOver(const std::string& folder, const std::string& name) const;
 

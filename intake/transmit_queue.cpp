@@ -322,13 +322,13 @@ void TransmitQueue::Recover(Priority p, Entry& entry) {
   entry.hasFile = true;
 }
 
-/// It was read often enough in vain. An operator finds it among what is on hold.
+/// It was read often enough in vain.
 void TransmitQueue::SetAside(Priority p, Entry entry, const std::string& reason) {
   try {
-    const auto held = parts_.held.Take(parts_.records.PathOf(p, entry.record), p, entry.name);
-    parts_.history.Leave(entry.product, held, Fate::kHeld);
+    parts_.quarantine.TakeEntry(parts_.records.PathOf(p, entry.record), p, entry.name, reason);
+    parts_.history.End(entry.product, Fate::kSetAside);
     parts_.reporting.WriteLog(
-        kCategory, fmt::format("{} was sent in part {} times and is on hold: {}", entry.name,
+        kCategory, fmt::format("{} was sent in part {} times and is set aside: {}", entry.name,
                                kMostTimesInPart, reason));
   } catch (const Failure&) {
     WaitToReturn(p, std::move(entry));
@@ -381,8 +381,10 @@ void TransmitQueue::ReleaseSent() {
 }
 
 Fate TransmitQueue::FateOfRetired(const Entry& entry) {
-  if (entry.blocksSent == 0) return entry.bytes == 0 ? Fate::kEmpty : Fate::kGone;
-  return entry.blocksSent == entry.blockCount ? Fate::kSent : Fate::kIncomplete;
+  if (entry.blocksSent == 0 && !entry.isStopped)
+    return entry.bytes == 0 ? Fate::kEmpty : Fate::kGone;
+  if (entry.blocksSent == entry.blockCount) return Fate::kSent;
+  return entry.isStopped ? Fate::kStopped : Fate::kIncomplete;
 }
 
 void TransmitQueue::ListHeldBack() {

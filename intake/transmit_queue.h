@@ -21,6 +21,7 @@
 #include "intake/handed_back_files.h"
 #include "intake/held_files.h"
 #include "intake/product_history.h"
+#include "intake/quarantine.h"
 #include "state/main_fields.h"
 #include "state/transmit_status.h"
 
@@ -35,6 +36,7 @@ class TransmitQueue {
     EntryRecords& records;
     HandedBackFiles& handedBack;
     HeldFiles& held;
+    Quarantine& quarantine;
     ProductHistory& history;
     Reporting& reporting;
     MainFields& mainFields;
@@ -53,6 +55,7 @@ class TransmitQueue {
     State state = State::kWaits;
     bool hasFile = true;      // the file of its name in RtXmit is its own
     bool wasRefused = false;  // the sent folder did not take its file
+    bool isStopped = false;   // an operator wants no more of its blocks on the air
     int timesInPart = 0;      // it went out without all its blocks
     std::uint64_t home = 0;   // the folder of the records when it came
     std::int64_t bytes = 0;   // of its file, when it came
@@ -142,6 +145,9 @@ class TransmitQueue {
   const Entry& Start(Priority p);
   /// Its file has been copied to the sent folder and leaves RtXmit.
   void DropFile(Priority p) { DeleteFile(entries_[p].front()); }
+  /// An operator wants no more of it on the air: it is retired at its next turn. Its copy in the
+  /// sent folder stays.
+  void Stop(Priority p) { entries_[p].front().isStopped = true; }
   /// Block `n` of its `count` was built and goes to the line.
   void CountBlock(Priority p, long long n, long long count);
   /// True while an entry of this name is on the air, in whatever priority, or was interrupted.
@@ -149,7 +155,7 @@ class TransmitQueue {
   /// It has no further block: it leaves the list and ends with the next ReleaseSent.
   void Retire(Priority p);
   /// It went out without all its blocks, for `reason`: it leaves the list, and comes back out of
-  /// its record after a while. After the third time it is set aside instead.
+  /// its record after a while. After the third time it goes to the quarantine instead.
   void RetireInPart(Priority p, const std::string& reason);
   /// Another file of its name took its place in the sent folder: it leaves the list, and its file
   /// comes back out of the record as a new entry, unless a newer one of an overwritten product

@@ -23,6 +23,7 @@ enum class Fate {
   kReplaced,    // by a newer one of its product, before its turn
   kPurged,      // too old before its turn
   kRemoved,     // by an operator
+  kStopped,     // by an operator, while it was on the air
   kDiscarded,   // a rule throws it away
   kNoRule,      // no rule names it
   kUnpacked,    // an archive, whose members are products of their own
@@ -33,10 +34,10 @@ enum class Fate {
   kUnknown,     // the station was killed before its end could be written
 };
 /// What the store calls them, in this order.
-inline constexpr std::array kFateWords = {"waiting",      "on the air", "held",      "sent",
-                                          "sent in part", "replaced",   "purged",    "removed",
-                                          "discarded",    "no rule",    "unpacked",  "archived",
-                                          "empty",        "gone",       "set aside", "unknown"};
+inline constexpr std::array kFateWords = {
+    "waiting",  "on the air", "held",    "sent",      "sent in part", "replaced",
+    "purged",   "removed",    "stopped", "discarded", "no rule",      "unpacked",
+    "archived", "empty",      "gone",    "set aside", "unknown"};
 static_assert(kFateWords.size() == static_cast<std::size_t>(Fate::kUnknown) + 1);
 
 struct ProductRow {

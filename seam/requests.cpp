@@ -112,6 +112,21 @@ Json LastDayOf(Station& station) {
       {"offAir", column([](const Stretch& stretch) { return Seconds(stretch.within.offAir); })}};
 }
 
+Json QuarantineOf(Station& station, const Json& question) {
+  Page page(question, "quarantine");
+  const auto now = station.clock().UtcNow();
+  for (const auto& item : station.quarantine().List()) {
+    if (!page.Wants()) continue;
+    const auto since = item.since ? std::optional(now - *item.since) : std::nullopt;
+    page.Add({{"name", item.name()},
+              {"from", item.origin},
+              {"priority", item.p ? Json(item.p->number()) : Json()},
+              {"reason", item.reason},
+              {"for", Seconds(since)}});
+  }
+  return page.Answer();
+}
+
 Json DoAsAsked(Station& station, const std::string& account, const Json& question) {
   auto& operations = station.operations();
   const auto name = [&] { return TextIn(question, "name"); };
@@ -120,7 +135,11 @@ Json DoAsAsked(Station& station, const std::string& account, const Json& questio
       {"release", [&] { return operations.Release(account, name()); }},
       {"move", [&] { return operations.Move(account, name(), PriorityIn(question)); }},
       {"top", [&] { return operations.PutFirst(account, name()); }},
+      {"stop", [&] { return operations.Stop(account, question.value("name", "")); }},
       {"delete", [&] { return operations.Delete(account, name()); }},
+      {"set-aside", [&] { return operations.SetAside(account, question.value("name", "")); }},
+      {"restore", [&] { return operations.Restore(account, name()); }},
+      {"delete-set-aside", [&] { return operations.DeleteSetAside(account, name()); }},
       {"resend", [&] { return operations.SendAgain(account, ResendIn(question)); }},
       {"pause-intake", [&] { return operations.PauseIntake(account); }},
       {"resume-intake", [&] { return operations.ResumeIntake(account); }},

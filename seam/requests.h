@@ -25,6 +25,9 @@ Json HeldOf(Station& station, const Json& question);
 /// The last 24 hours, a column for each figure.
 Json LastDayOf(Station& station);
 
+/// The same for what was set aside.
+Json QuarantineOf(Station& station, const Json& question);
+
 /// What an operation did; nothing for a question that is none. Throws Failure when it was refused.
 Json DoAsAsked(Station& station, const std::string& account, const Json& question);
 

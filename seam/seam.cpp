@@ -49,12 +49,14 @@ Json QueuesOf(const Figures& figures) {
   return queues;
 }
 
-Json OnAirOf(const std::optional<BlockOnAir>& block) {
+Json OnAirOf(const Figures& figures) {
+  const auto& block = figures.onAir;
   if (!block) return nullptr;
   return {{"priority", block->priority.number()},
           {"file", block->file},
           {"block", block->number},
-          {"blocks", block->count}};
+          {"blocks", block->count},
+          {"outIn", Seconds(figures.onAirOutIn)}};
 }
 
 Json RestoredIn(const Figures& figures) {
@@ -66,6 +68,34 @@ Json UnusableOf(const Figures& figures) {
   auto files = Json::array();
   for (const auto& [name, why] : figures.unusable) files.push_back({{"name", name}, {"why", why}});
   return files;
+}
+
+Json FolderOf(const FolderFigures& folder) {
+  return {{"files", folder.files},
+          {"more", folder.isMore},
+          {"oldest", Seconds(folder.oldest)},
+          {"trouble", folder.trouble.empty() ? Json() : Json(folder.trouble)}};
+}
+
+Json ObstacleOf(const ObstacleFigures& obstacle) {
+  return {{"folder", obstacle.folder},
+          {"name", obstacle.name.empty() ? Json() : Json(obstacle.name)},
+          {"reason", obstacle.reason},
+          {"for", Seconds(obstacle.lasts)},
+          {"nextTry", Seconds(obstacle.nextTry)}};
+}
+
+Json IntakeOf(const IntakeFigures& intake) {
+  auto refused = Json::array();
+  for (const auto& obstacle : intake.refused) refused.push_back(ObstacleOf(obstacle));
+  return {{"ingest", FolderOf(intake.ingest)},
+          {"holding", FolderOf(intake.holding)},
+          {"compression", FolderOf(intake.compression)},
+          {"kept", FolderOf(intake.kept)},
+          {"quarantine", FolderOf(intake.quarantine)},
+          {"blocked", intake.blocking ? ObstacleOf(*intake.blocking) : Json()},
+          {"refused", std::move(refused)},
+          {"refusedCount", intake.refusedCount}};
 }
 
 /// Names are bytes: what is no UTF-8 in them is replaced.
@@ -110,7 +140,7 @@ std::string StatusLine(const Figures& figures) {
        {"sincePacket", Seconds(figures.sincePacket)},
        {"sinceArrival", Seconds(figures.sinceArrival)},
        {"queues", QueuesOf(figures)},
-       {"onAir", OnAirOf(figures.onAir)},
+       {"onAir", OnAirOf(figures)},
        {"sinceMidnight", DayOf(figures.sinceMidnight)},
        {"sinceStart", DayOf(figures.sinceStart)},
        {"compressionRatio", figures.compressionRatio},
@@ -118,6 +148,9 @@ std::string StatusLine(const Figures& figures) {
        {"freeBytes", figures.freeBytes ? Json(*figures.freeBytes) : Json()},
        {"intakePaused", figures.intakeIsPaused},
        {"restored", RestoredIn(figures)},
+       {"intake", IntakeOf(figures.intake)},
+       {"silentFor", Seconds(figures.silentFor)},
+       {"silentBecause", figures.silentBecause},
        {"history", figures.historyTrouble.empty() ? Json() : Json(figures.historyTrouble)},
        {"unusable", UnusableOf(figures)}});
 }
@@ -150,6 +183,7 @@ std::string Seam::AnswerTo(Asker asker, const Json& question) {
   if (asked == "list") return LineOf(ListOf(station_, question));
   if (asked == "held") return LineOf(HeldOf(station_, question));
   if (asked == "day") return LineOf(LastDayOf(station_));
+  if (asked == "quarantine") return LineOf(QuarantineOf(station_, question));
   const auto done = DoAsAsked(station_, socket_.AccountOf(asker), question);
   return done.is_null() ? Refusal("There is no such question.") : LineOf(done);
 }

@@ -79,6 +79,10 @@ struct TransmitStatus {
   std::optional<std::int64_t> freeBytes;     // where the queues lie, a minute ago at most
   std::optional<RestoredSettings> restored;  // in this run
   std::string historyTrouble;                // that its store was damaged, or cannot be written now
+  std::string noPacketBecause;  // why the last turn found nothing to send, if it should have
+  std::optional<milliseconds>
+      silentSince;            // monotonic: keyed and nothing sent; nothing while it is
+  std::string silentBecause;  // once it lasts, where something should be sent
   /// What lies in the station's folder and cannot be used, by name, with the reason.
   std::map<std::string, std::string, std::less<>> unusable;
 

@@ -87,15 +87,17 @@ std::int64_t BlocksLeft(const FigureSources& from, Priority p, const TransmitQue
   return std::max<std::int64_t>(blocks - from.status.blocksBuilt[p], 0);
 }
 
-void CountQueues(const FigureSources& from, PerPriority<QueueFigures>& queues) {
+void CountQueues(const FigureSources& from, Figures& figures) {
   const auto now = from.clock.Monotonic();
   ForEachEntry(
       from, [&](Priority p, const TransmitQueue::Entry& entry, std::optional<milliseconds> outIn) {
-        auto& queue = queues[p];
+        auto& queue = figures.queues[p];
         ++queue.files;
         queue.bytes += entry.bytes;
         queue.oldest = std::max(queue.oldest.value_or(milliseconds(0)), now - entry.since);
         if (outIn) queue.outIn = outIn;
+        const bool isOnAir = figures.onAir && figures.onAir->priority == p;
+        if (isOnAir && entry.state == TransmitQueue::State::kOnAir) figures.onAirOutIn = outIn;
       });
 }
 
@@ -130,8 +132,8 @@ Figures FiguresOf(const FigureSources& from) {
   figures.rate = LeadingInteger(from.setup.lblOutBaud.Get());
   figures.sincePacket = since(status.lastPacket);
   figures.sinceArrival = since(status.lastArrival);
-  CountQueues(from, figures.queues);
   figures.onAir = status.block;
+  CountQueues(from, figures);
   figures.sinceMidnight = {status.FilesSentInAll(), status.FillsSent, status.sinceMidnight};
   figures.sinceStart = {status.filesSinceStart, status.fillsSinceStart, status.sinceStart};
   figures.compressionRatio = status.compression.ratio;
@@ -140,6 +142,11 @@ Figures FiguresOf(const FigureSources& from) {
   figures.intakeIsPaused = status.intakeIsPaused;
   figures.restored = status.restored;
   figures.historyTrouble = status.historyTrouble;
+  figures.intake = from.intake.Look();
+  if (figures.state == StationState::kIdle && figures.isKeyed) {
+    figures.silentFor = since(status.silentSince);
+    figures.silentBecause = status.silentBecause;
+  }
   figures.unusable = status.unusable;
   return figures;
 }

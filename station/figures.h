@@ -12,6 +12,7 @@
 #include "platform/clock.h"
 #include "radio/transmitter.h"
 #include "state/transmit_status.h"
+#include "station/intake_figures.h"
 
 namespace ostrel {
 
@@ -52,13 +53,17 @@ struct Figures {
   std::optional<milliseconds> sincePacket, sinceArrival;
   PerPriority<QueueFigures> queues;
   std::optional<BlockOnAir> onAir;
+  std::optional<milliseconds> onAirOutIn;  // until its last block is out, as far as that is known
   DayFigures sinceMidnight, sinceStart;
   float compressionRatio = 1;
   std::optional<milliseconds> nextIdentification;
   std::optional<std::int64_t> freeBytes;
   bool intakeIsPaused = false;
   std::optional<RestoredSettings> restored;
-  std::string historyTrouble;                                // empty: none
+  std::string historyTrouble;  // empty: none
+  IntakeFigures intake;
+  std::optional<milliseconds> silentFor;  // keyed, and nothing is sent
+  std::string silentBecause;              // empty while that is not known, or meant to be so
   std::map<std::string, std::string, std::less<>> unusable;  // files, with the reason
 };
 
@@ -73,6 +78,7 @@ struct FigureSources {
   SetupFields& setup;
   TransmitStatus& status;
   MorseIdentification& morse;
+  IntakeCount& intake;
 };
 Figures FiguresOf(const FigureSources& sources);
 

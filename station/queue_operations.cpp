@@ -1,5 +1,7 @@
 #include "station/queue_operations.h"
 
+#include <algorithm>
+#include <array>
 #include <fmt/format.h>
 
 #include "base/names.h"
@@ -92,6 +94,27 @@ std::string QueueOperations::PutFirst(const std::string& account, const std::str
   });
 }
 
+std::string QueueOperations::Stop(const std::string& account, const std::string& name) {
+  return Run(account, [&] {
+    const auto p = FindOnAir(name);
+    parts_.queue.Stop(p);
+    return fmt::format("{} of priority {} ends at its next block.",
+                       parts_.queue.Entries(p).front().name, p.number());
+  });
+}
+
+/// An interrupted one is on the air, too. Without a name it is the one that has its turn.
+Priority QueueOperations::FindOnAir(const std::string& name) const {
+  for (const Priority p : AllPriorities()) {
+    if (!parts_.queue.IsOnAir(p)) continue;
+    const auto& file = parts_.queue.Entries(p).front().name;
+    if (name.empty() ? parts_.status.block && parts_.status.block->priority == p
+                     : ToUpper(file) == ToUpper(name))
+      return p;
+  }
+  Refuse(name.empty() ? "Nothing is on the air." : ToUpper(name) + " is not on the air.");
+}
+
 std::string QueueOperations::Delete(const std::string& account, const std::string& name) {
   return Run(account, [&] {
     const auto entry = parts_.queue.Find(CheckedName(name));
@@ -106,9 +129,106 @@ std::string QueueOperations::Delete(const std::string& account, const std::strin
       return fmt::format("{}, which was held, is deleted.", held->name);
     }
     if (!entry) Refuse(fmt::format("{} is neither queued nor held.", ToUpper(name)));
-    if (isOnAir) Refuse(fmt::format("{} is on the air.", ToUpper(name)));
+    if (isOnAir) Refuse(fmt::format("{} is on the air: ostrel-queue stop ends it.", ToUpper(name)));
     parts_.queue.Remove(entry->p, {entry->position});
     return fmt::format("{} of priority {} is deleted.", ToUpper(name), entry->p.number());
+  });
+}
+
+std::string QueueOperations::SetAside(const std::string& account, const std::string& name) {
+  return Run(account, [&] {
+    const auto path = name.empty() ? FindBlocker() : FindOutside(CheckedName(name));
+    auto reason = parts_.obstacles.ReasonOf(path);
+    if (reason.empty()) reason = "An operator wanted it so.";
+    const std::string file(FileNameOf(path));
+    const auto there = parts_.quarantine.Take(path, PriorityOf(path), file, reason);
+    const auto as = FileNameOf(there) == file ? "" : fmt::format(" as {}", FileNameOf(there));
+    return fmt::format("{} of {} is set aside{}: {}", file, FileNameOf(FolderOf(path)), as, reason);
+  });
+}
+
+/// The path of a file that no queue lists yet.
+std::string QueueOperations::FindOutside(const std::string& name) const {
+  const auto& values = parts_.values;
+  std::vector<std::string> folders = {values.ingestPath};
+  for (int n = 1; n <= kCompressFolder; ++n) folders.push_back(values.HoldingFolder(n));
+  folders.push_back(values.KeptFolder());
+  for (const auto& folder : folders) {
+    const auto isAnother = [&](const std::string& other) {
+      return ToUpper(other) != ToUpper(name);
+    };
+    if (folder.empty()) continue;
+    if (const auto found = parts_.files.FirstFile(folder, isAnother))
+      return JoinPath(folder, *found);
+  }
+  if (parts_.queue.Find(name)) Refuse(fmt::format("{} is queued: hold or delete it.", name));
+  Refuse(fmt::format("{} waits in no folder.", name));
+}
+
+/// The path of the file that has been kept from going on the longest, the ingest folder's first.
+std::string QueueOperations::FindBlocker() const {
+  auto obstacles = parts_.obstacles.refused();
+  if (const auto blocking = parts_.obstacles.blocking())
+    obstacles.insert(obstacles.begin(), *blocking);
+  if (obstacles.empty()) Refuse("Nothing is kept from going on.");
+  for (const auto& [path, obstacle] : obstacles) {
+    if (HasOwnTrouble(path)) return path;
+  }
+  const auto& [path, obstacle] = obstacles.front();
+  Refuse(
+      fmt::format("{} is not to blame for what keeps it: {} Name it to set it aside all the same.",
+                  path, obstacle.reason));
+}
+
+/// What keeps a file that can be taken and read would keep any other in its place, and so does a
+/// disk of which nothing can be read.
+bool QueueOperations::HasOwnTrouble(const std::string& path) const {
+  if (path.ends_with('/')) return false;
+  const auto read = [this](const std::string& file) {
+    std::array<char, 1> byte;
+    parts_.files.ReadBlock(file, 0, byte);
+  };
+  const auto trouble = FailureIn([&] {
+    read(path);
+    parts_.files.HoldAlone(path, WhenUnknown::kTake);
+  });
+  if (!trouble || trouble->IsInUse()) return trouble.has_value();
+  const std::string folder(FolderOf(path));
+  return TryStep([&] {
+    const auto other = parts_.files.FirstFile(
+        folder, [&](const std::string& name) { return name == FileNameOf(path); });
+    read(JoinPath(folder, other.value()));
+  });
+}
+
+/// The one whose holding folder that is.
+std::optional<Priority> QueueOperations::PriorityOf(const std::string& path) const {
+  for (const Priority p : AllPriorities()) {
+    if (FolderOf(path) == parts_.values.HoldingFolder(p.number())) return p;
+  }
+  return std::nullopt;
+}
+
+Quarantine::Item QueueOperations::FindSetAside(const std::string& name) const {
+  const auto found = parts_.quarantine.Find(CheckedName(name));
+  if (!found) Refuse(fmt::format("{} is not in the quarantine.", name));
+  return *found;
+}
+
+std::string QueueOperations::Restore(const std::string& account, const std::string& name) {
+  return Run(account, [&] {
+    const auto item = FindSetAside(name);
+    const auto path = parts_.quarantine.Restore(item);
+    return fmt::format("{} is restored to {} as {}.", item.name(), FileNameOf(FolderOf(path)),
+                       FileNameOf(path));
+  });
+}
+
+std::string QueueOperations::DeleteSetAside(const std::string& account, const std::string& name) {
+  return Run(account, [&] {
+    const auto item = FindSetAside(name);
+    parts_.quarantine.Delete(item);
+    return fmt::format("{}, which was set aside, is deleted.", item.name());
   });
 }
 

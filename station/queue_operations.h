@@ -11,7 +11,9 @@
 #include "intake/entry_records.h"
 #include "intake/handed_back_files.h"
 #include "intake/held_files.h"
+#include "intake/obstacles.h"
 #include "intake/product_history.h"
+#include "intake/quarantine.h"
 #include "intake/transmit_queue.h"
 #include "state/transmit_status.h"
 #include "station/activity.h"
@@ -25,6 +27,8 @@ class QueueOperations {
     Files& files;
     TransmitQueue& queue;
     HeldFiles& held;
+    Quarantine& quarantine;
+    Obstacles& obstacles;
     HandedBackFiles& handedBack;
     EntryRecords& records;
     ProductHistory& history;
@@ -43,8 +47,18 @@ class QueueOperations {
   std::string Move(const std::string& account, const std::string& name, Priority p);
   /// An entry goes in front of those that wait in its queue.
   std::string PutFirst(const std::string& account, const std::string& name);
+  /// The file on the air ends at its next block; with a name, that one of those on the air.
+  std::string Stop(const std::string& account, const std::string& name);
   /// An entry that waits, or a file that is held.
   std::string Delete(const std::string& account, const std::string& name);
+
+  /// A file that waits outside the queues goes to the quarantine. Without a name the one that has
+  /// been kept from going on the longest, and only for a reason of its own: where the disk is full,
+  /// say, each file would follow it.
+  std::string SetAside(const std::string& account, const std::string& name);
+  /// One of the quarantine goes back to where it was.
+  std::string Restore(const std::string& account, const std::string& name);
+  std::string DeleteSetAside(const std::string& account, const std::string& name);
 
   /// A product that was sent, as the history knows it.
   struct Resend {
@@ -63,7 +77,13 @@ class QueueOperations {
  private:
   std::string Run(const std::string& account, const std::function<std::string()>& operation);
   TransmitQueue::Listed FindQueued(const std::string& name) const;
+  Priority FindOnAir(const std::string& name) const;
   void CheckThatItIsAlone(Priority p, const std::string& name) const;
+  std::string FindOutside(const std::string& name) const;
+  std::string FindBlocker() const;
+  bool HasOwnTrouble(const std::string& path) const;
+  std::optional<Priority> PriorityOf(const std::string& path) const;
+  Quarantine::Item FindSetAside(const std::string& name) const;
   std::string GiveCopy(const std::string& source, Priority p, const std::string& file);
 
   Parts parts_;

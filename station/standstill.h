@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "intake/obstacles.h"
+#include "platform/clock.h"
 #include "radio/transmitter.h"
 #include "state/program_values.h"
 #include "state/transmit_status.h"
@@ -12,6 +14,7 @@ namespace ostrel {
 
 /// In the operator's words; empty while there is nothing, and before start-up has begun.
 std::string Standstill(const Transmitter& transmitter, const ProgramValues& values,
-                       const TransmitStatus& status);
+                       const TransmitStatus& status, const Obstacles& obstacles,
+                       const Clock& clock);
 
 }  // namespace ostrel

@@ -16,6 +16,7 @@
 #include "intake/held_files.h"
 #include "intake/ingest_scan.h"
 #include "intake/kept_files.h"
+#include "intake/obstacles.h"
 #include "intake/product_history.h"
 #include "intake/quarantine.h"
 #include "intake/queue_intake.h"
@@ -71,14 +72,18 @@ class Station {
   /// How the station stands at this moment, from memory.
   Figures figures() { return FiguresOf(FigureParts()); }
   /// What keeps it off the air until somebody helps; empty while there is nothing.
-  std::string standstill() const { return Standstill(transmitter_, values_, status_); }
+  std::string standstill() const {
+    return Standstill(transmitter_, values_, status_, obstacles_, clock_);
+  }
   /// The last 24 hours up to this moment.
   const LastDay& lastDay();
   /// What waits, in the order in which it is sent.
   void ForEachEntry(const EntryCall& call) { ostrel::ForEachEntry(FigureParts(), call); }
 
  private:
-  FigureSources FigureParts() { return {clock_, transmitter_, queue_, setup_, status_, morse_}; }
+  FigureSources FigureParts() {
+    return {clock_, transmitter_, queue_, setup_, status_, morse_, intakeCount_};
+  }
   void HangRulesOnFields();
 
   Clock& clock_;
@@ -100,6 +105,8 @@ class Station {
   HandedBackFiles handedBack_;
   HeldFiles held_;
   Quarantine quarantine_;
+  Obstacles obstacles_;
+  IntakeCount intakeCount_;
   TransmitQueue queue_;
   Compression compression_;
   KeptFiles kept_;
@@ -109,6 +116,7 @@ class Station {
   Schedule schedule_;
   PacketBuilder builder_;
   QueueService service_;
+  SilenceWatch silence_;
   TransmitCycle cycle_;
   IngestPrograms ingest_;
   SettingsTransfer transfer_;

@@ -8,6 +8,7 @@
 #include "ui/about_box.h"
 #include "ui/activity_light.h"
 #include "ui/bindings.h"
+#include "ui/intake_texts.h"
 #include "ui/looks.h"
 #include "ui/menus.h"
 #include "ui/setup_dialog.h"
@@ -29,6 +30,11 @@ constexpr int kColumnLeft[] = {60, 3900};
 constexpr int kListTop[] = {870, 1875, 2880, 3915, 4965};
 // Far below anything a screen shows, however large the window is pulled.
 constexpr int kFocusTop = 60000;
+
+QString InLines(QStringList lines) {
+  lines.removeAll(QString());
+  return lines.join('\n');
+}
 
 QColor ColorOf(Shade shade) {
   switch (shade) {
@@ -218,7 +224,8 @@ void MainWindow::BuildFigures() {
   AddBoxedFigure(FromTwips(2610, 345, 2520, kBoxHeight), state_.lblCompressionRatio);
   AddBoxedFigure(FromTwips(5145, 345, 2550, kBoxHeight), state_.lblThroughput)->SetRemark([this] {
     const QString time = TimeUntilOutText(AllPriorities().back());
-    return time.isEmpty() ? time : "All queues are empty in about " + time;
+    return InLines({time.isEmpty() ? time : "All queues are empty in about " + time,
+                    IngestText(figures_().intake)});
   });
 }
 
@@ -233,9 +240,12 @@ void MainWindow::BuildQueue(Priority p) {
   caption->setAlignment(Qt::AlignCenter);
   caption->SetRemark([this, p] {
     const auto waiting = state_.PriorityList[p].size();
-    if (waiting == 0) return QString();
+    QString refused = RefusedText(figures_().intake, p);
+    if (waiting == 0) return refused;
     const QString time = TimeUntilOutText(p);
-    return QString("%1 waiting").arg(waiting) + (time.isEmpty() ? time : ", about " + time);
+    return InLines(
+        {QString("%1 waiting").arg(waiting) + (time.isEmpty() ? time : ", about " + time),
+         refused});
   });
 
   auto* const list = new ListView(state_.PriorityList[p],
@@ -256,7 +266,7 @@ QString MainWindow::TimeUntilOutText(Priority p) const {
 }
 
 void MainWindow::ShowStatus() {
-  if (!statusWindow_) statusWindow_ = new StatusWindow(state_, status_, this);
+  if (!statusWindow_) statusWindow_ = new StatusWindow(state_, status_, figures_, this);
   BringForward(statusWindow_);
 }
 

@@ -8,6 +8,7 @@
 
 #include "state/element.h"
 #include "ui/bindings.h"
+#include "ui/intake_texts.h"
 #include "ui/looks.h"
 #include "ui/twips.h"
 
@@ -22,7 +23,8 @@ constexpr int kValueWidth = 80;
 
 }  // namespace
 
-StatusWindow::StatusWindow(const MainFields& state, const TransmitStatus& status, QWidget* parent)
+StatusWindow::StatusWindow(const MainFields& state, const TransmitStatus& status,
+                           const std::function<Figures()>& figures, QWidget* parent)
     : QDialog(parent), state_(state), status_(status) {
   setObjectName("frmStatus");
   setWindowTitle("Ostrel Status");
@@ -31,7 +33,7 @@ StatusWindow::StatusWindow(const MainFields& state, const TransmitStatus& status
   close->setObjectName("cmdClose");
   connect(close, &QPushButton::clicked, this, &QWidget::close);
   auto* const layout = new QVBoxLayout(this);
-  layout->addWidget(BuildTable());
+  layout->addWidget(BuildTable(figures));
   layout->addWidget(close, 0, Qt::AlignHCenter);
   layout->setSizeConstraint(QLayout::SetFixedSize);
 
@@ -43,14 +45,16 @@ StatusWindow::StatusWindow(const MainFields& state, const TransmitStatus& status
   Refresh();
 }
 
-void StatusWindow::AddTitle(QGridLayout* grid, int column, const char* name, const char* text) {
-  auto* const title = new QLabel(text, this);
+ElidedLabel* StatusWindow::AddTitle(QGridLayout* grid, int column, const char* name,
+                                    const char* text) {
+  auto* const title = new ElidedLabel(text, this);
   title->setObjectName(name);
   grid->addWidget(title, 0, column, Qt::AlignHCenter);
+  return title;
 }
 
-QLabel* StatusWindow::AddValue(QGridLayout* grid, int column, Priority p, const char* name) {
-  auto* const value = new QLabel(this);
+ElidedLabel* StatusWindow::AddValue(QGridLayout* grid, int column, Priority p, const char* name) {
+  auto* const value = new ElidedLabel(this);
   value->setObjectName(ToQt(ElementName(name, p.index())));
   value->setAlignment(Qt::AlignCenter);
   value->setFixedSize(kValueWidth, kRowHeight);
@@ -60,19 +64,23 @@ QLabel* StatusWindow::AddValue(QGridLayout* grid, int column, Priority p, const 
   return value;
 }
 
-QWidget* StatusWindow::BuildTable() {
+QWidget* StatusWindow::BuildTable(const std::function<Figures()>& figures) {
   auto* const frame = new QGroupBox("Queue Status", this);
   frame->setObjectName("fraStatus");
   auto* const grid = new QGridLayout(frame);
   grid->setVerticalSpacing(0);
   grid->setHorizontalSpacing(12);
   AddTitle(grid, 0, "lblTitleQueue", "Queue");
-  AddTitle(grid, 1, "lblTitlePending", "Pending");
+  AddTitle(grid, 1, "lblTitlePending", "Pending")->SetRemark([figures] {
+    return IngestText(figures().intake);
+  });
   AddTitle(grid, 2, "lblTitleMax", "Maximum Waiting");
   grid->setRowMinimumHeight(0, kRowHeight);
   for (const Priority p : AllPriorities()) {
     AddValue(grid, 0, p, "lblQueue")->setNum(p.number());
-    lblPending_[p] = AddValue(grid, 1, p, "lblPending");
+    auto* const pending = AddValue(grid, 1, p, "lblPending");
+    pending->SetRemark([figures, p] { return RefusedText(figures().intake, p); });
+    lblPending_[p] = pending;
     lblMaxWait_[p] = AddValue(grid, 2, p, "lblMaxWait");
   }
   return frame;

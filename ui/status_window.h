@@ -8,6 +8,8 @@
 
 #include "state/main_fields.h"
 #include "state/transmit_status.h"
+#include "station/figures.h"
+#include "ui/elided_label.h"
 
 namespace ostrel::ui {
 
@@ -15,12 +17,14 @@ class StatusWindow : public QDialog {
   Q_OBJECT
 
  public:
-  StatusWindow(const MainFields& state, const TransmitStatus& status, QWidget* parent);
+  /// `figures` tells how the station stands, for the tool tips.
+  StatusWindow(const MainFields& state, const TransmitStatus& status,
+               const std::function<Figures()>& figures, QWidget* parent);
 
  private:
-  void AddTitle(QGridLayout* grid, int column, const char* name, const char* text);
-  QLabel* AddValue(QGridLayout* grid, int column, Priority p, const char* name);
-  QWidget* BuildTable();
+  ElidedLabel* AddTitle(QGridLayout* grid, int column, const char* name, const char* text);
+  ElidedLabel* AddValue(QGridLayout* grid, int column, Priority p, const char* name);
+  QWidget* BuildTable(const std::function<Figures()>& figures);
   void Refresh();
 
   const MainFields& state_;

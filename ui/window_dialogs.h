@@ -19,7 +19,7 @@ class SetupDialog;
 
 class WindowDialogs : public Dialogs {
  public:
-  explicit WindowDialogs(const Clock& clock) : clock_(clock) {}
+  explicit WindowDialogs(const Clock& clock) : clock_(clock), unseen_(clock) {}
 
   /// The windows are made after the core, which holds what they show; this comes before anything
   /// is asked of them.

@@ -37,13 +37,16 @@ void CheckKind(const std::string& path, const std::string& called) {
 }
 
 /// What a whole database never fails with, by a statement of ours.
-bool IsDamage(int extendedCode) {
+std::optional<DamagedDatabase::Kind> DamageIn(int extendedCode) {
+  using Kind = DamagedDatabase::Kind;
   constexpr int kCodes[] = {SQLITE_ERROR, SQLITE_CORRUPT, SQLITE_NOTADB, SQLITE_TOOBIG,
                             SQLITE_MISMATCH};
-  constexpr int kReadCodes[] = {SQLITE_IOERR_READ, SQLITE_IOERR_SHORT_READ, SQLITE_IOERR_CORRUPTFS};
   constexpr int kPlainCode = 0xFF;
-  return std::ranges::count(kCodes, extendedCode & kPlainCode) > 0 ||
-         std::ranges::count(kReadCodes, extendedCode) > 0;
+  if (std::ranges::count(kCodes, extendedCode & kPlainCode) > 0) return Kind::kContent;
+  if (extendedCode == SQLITE_IOERR_SHORT_READ) return Kind::kContent;
+  if (extendedCode == SQLITE_IOERR_READ || extendedCode == SQLITE_IOERR_CORRUPTFS)
+    return Kind::kUnread;
+  return std::nullopt;
 }
 
 /// Once: another thread may be about to open a file.
@@ -91,7 +94,8 @@ int SqliteDatabase::Changes() const {
 
 void SqliteDatabase::Fail() const {
   const std::string why = sqlite3_errmsg(Handle());
-  if (IsDamage(sqlite3_extended_errcode(Handle()))) throw DamagedDatabase(called_, why);
+  if (const auto damage = DamageIn(sqlite3_extended_errcode(Handle())))
+    throw DamagedDatabase(called_, why, *damage);
   throw Failure(failure_number::kDeviceError, called_ + ": " + why);
 }
 

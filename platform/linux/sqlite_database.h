@@ -24,12 +24,16 @@ enum class DatabaseUse {
 /// no room fails with a plain Failure.
 class DamagedDatabase : public Failure {
  public:
-  DamagedDatabase(const std::string& called, const std::string& why)
-      : Failure(failure_number::kDeviceError, called + ": " + why), why_(why) {}
+  enum class Kind { kContent, kUnread };
+  DamagedDatabase(const std::string& called, const std::string& why, Kind kind = Kind::kContent)
+      : Failure(failure_number::kDeviceError, called + ": " + why), why_(why), kind_(kind) {}
   const std::string& why() const { return why_; }
+  /// The disk could not read it, which it may do later.
+  bool MayPass() const { return kind_ == Kind::kUnread; }
 
  private:
   std::string why_;
+  Kind kind_;
 };
 
 /// One opening. Every call throws Failure 57, which begins with what the database is called.

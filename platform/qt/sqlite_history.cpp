@@ -23,6 +23,7 @@ constexpr int kMostOpenFiles = 256;
 constexpr std::size_t kMostWaiting = 20'000;
 constexpr std::int64_t kLargestKept = 64 << 20;
 constexpr auto kPatience = 5s;  // between two tries
+constexpr int kMostReadsInVain = 12;
 constexpr auto kLongestEnd = 2s;
 constexpr auto kExpiryInterval = std::chrono::hours(6);
 constexpr int kExpiriesADay = 4;
@@ -241,13 +242,7 @@ void SqliteHistory::Run() {
     auto changes = TakeWaiting();
     for (auto& [id, change] : changes) Read(change);
     try {
-      try {
-        CheckOnce();
-        WriteAndExpire(changes);
-      } catch (const DamagedDatabase& damage) {
-        SetAside(damage);
-        WriteAndExpire(changes);
-      }
+      CheckAndWrite(changes);
       if (std::exchange(isFailing_, false))
         Tell(HistoryNews::Kind::kWorksAgain, "KvHistory.db is written again.");
     } catch (const std::exception& error) {
@@ -264,26 +259,41 @@ void SqliteHistory::Run() {
   }
 }
 
+/// What a disk cannot read now is not damaged for that: it is tried again for a minute.
+void SqliteHistory::CheckAndWrite(const Changes& changes) {
+  try {
+    CheckOnce();
+    WriteAndExpire(changes);
+  } catch (const DamagedDatabase& damage) {
+    if (damage.MayPass() && ++readsInVain_ < kMostReadsInVain) throw;
+    SetAside(damage);
+    WriteAndExpire(changes);
+  }
+  readsInVain_ = 0;
+}
+
 /// Damage shows itself where it is met, and that may be years later. The end of the station waits
 /// for no look.
 void SqliteHistory::CheckOnce() {
   if (isChecked_) return;
-  isChecked_ = true;
   const auto isEnding = [](void* self) {
     return static_cast<SqliteHistory*>(self)->isEnding_ ? 1 : 0;
   };
   constexpr int kSteps = 1000;
   sqlite3_progress_handler(database_->Handle(), kSteps, isEnding, this);
   std::string found = "ok";
+  std::optional<DamagedDatabase> damage;
   const auto failure = FailureIn([&] {
     try {
       SqliteStatement check(*database_, "PRAGMA quick_check(1)");
       if (check.Step()) found = check.Text(0);
-    } catch (const DamagedDatabase& damage) {
-      found = damage.why();
+    } catch (const DamagedDatabase& met) {
+      damage = met;
     }
   });
   sqlite3_progress_handler(database_->Handle(), 0, nullptr, nullptr);
+  isChecked_ = !damage || !damage->MayPass();
+  if (damage) throw DamagedDatabase(*damage);
   if (found != "ok") throw DamagedDatabase("History", found.substr(found.rfind('\n') + 1));
   if (failure && !isEnding_) throw *failure;
 }

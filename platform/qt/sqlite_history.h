@@ -49,6 +49,7 @@ class SqliteHistory : public History {
   Earlier Open();
   void SetAside(const DamagedDatabase& damage);
   void Run();
+  void CheckAndWrite(const Changes& changes);
   void CheckOnce();
   void WriteAndExpire(const Changes& changes);
   Changes TakeWaiting();
@@ -78,6 +79,7 @@ class SqliteHistory : public History {
   std::atomic<int> openFiles_ = 0;
 
   bool isFailing_ = false;          // the writer's
+  int readsInVain_ = 0;             // the writer's: in a row
   bool isChecked_ = false;          // the writer's: the whole store was looked through
   UtcTime now_{};                   // the writer's: of the last change
   std::optional<UtcTime> expired_;  // the writer's: when old rows were last looked for

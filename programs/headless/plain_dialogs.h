@@ -10,14 +10,14 @@ namespace ostrel {
 
 class PlainDialogs : public Dialogs {
  public:
-  explicit PlainDialogs(const Clock& /*clock*/) {}
+  explicit PlainDialogs(const Clock& clock) : unseen_(clock) {}
 
   void LogMessagesTo(Reporting& log) { unseen_.LogTo(log); }
 
   void ShowMessage(const Message& message, std::function<void(MessageAnswer)> answered) override {
     unseen_.Show(message, answered);
   }
-  void ShowErrorWindow(const std::string& text) override { UnseenMessages::ShowReport(text); }
+  void ShowErrorWindow(const std::string& text) override { unseen_.ShowReport(text); }
   void CloseErrorWindow() override {}
   void ShowMainWindow() override {}
   void ShowSetup() override {}

@@ -20,7 +20,7 @@ using Json = nlohmann::ordered_json;
 
 struct Options {
   std::string station = ProgramFolder();
-  std::string name, since, until, from;
+  std::string name, since, until, from, restored, deleted;
   std::optional<int> priority;
   bool json = false, csv = false;
 };
@@ -34,6 +34,16 @@ void List(const Options& options) {
                       {"held", AskForAll(options.station, "held", "held")},
                       {"intakePaused", Ask(options.station, {{"ask", "status"}})["intakePaused"]}};
   fmt::print("{}", options.json ? lists.dump(2) + "\n" : QueueTable(lists));
+}
+
+void Quarantine(const Options& options) {
+  for (const auto& [name, operation] :
+       {std::pair(options.restored, "restore"), {options.deleted, "delete-set-aside"}}) {
+    if (!name.empty())
+      return Say(Ask(options.station, {{"ask", operation}, {"name", name}})["done"]);
+  }
+  const auto items = AskForAll(options.station, "quarantine", "quarantine");
+  fmt::print("{}", options.json ? items.dump(2) + "\n" : QuarantineTable(items));
 }
 
 void ShowHistory(const Options& options) {
@@ -89,6 +99,13 @@ void AddListsTo(CLI::App& app, Options& options) {
   list->add_flag("--json", options.json, "For programs");
   list->callback([&] { List(options); });
 
+  auto* const quarantine = app.add_subcommand("quarantine", "What was set aside, and why");
+  auto* const restored = quarantine->add_option("--restore", options.restored,
+                                                "Puts it back where it was: a name as listed");
+  quarantine->add_option("--delete", options.deleted, "Deletes it")->excludes(restored);
+  quarantine->add_flag("--json", options.json, "For programs");
+  quarantine->callback([&] { Quarantine(options); });
+
   auto* const history = app.add_subcommand("history", "What became of each product");
   history->add_option("PATTERN", options.name, "Of names, as in a rule");
   history->add_option("--since", options.since, "\"2026-11-26 14:30\", \"14:30\" or \"12h\" ago");
@@ -111,6 +128,14 @@ void AddOperationsTo(CLI::App& app, Options& options) {
   AddPriority(move, options, "The queue it goes into; 1 is sent first")->required();
   AddOperation(app, options, "top", "Puts a file in front of its queue");
   AddOperation(app, options, "delete", "Deletes a file that waits or is held");
+  auto* const stop = app.add_subcommand("stop", "Ends the file on the air at its next block");
+  stop->add_option("NAME", options.name, "Which, where several are interrupted");
+  stop->callback([&] { Do(options, "stop"); });
+  auto* const setAside = app.add_subcommand(
+      "set-aside", "Moves a file that holds others up, outside the queues, to the quarantine");
+  setAside->add_option("NAME", options.name,
+                       "Which; unless given, the one that has been kept from going on the longest");
+  setAside->callback([&] { Do(options, "set-aside"); });
   for (const auto& [name, does] :
        {std::pair("pause-intake", "Leaves received files where they are"),
         {"resume-intake", "Takes received files again"}}) {

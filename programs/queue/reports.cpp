@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/names.h"
 #include "base/text.h"
 
 namespace ostrel {
@@ -101,6 +102,18 @@ std::string QueueTable(const Json& lists) {
                          Printable(file["name"].get<std::string>()));
   if (lists["intakePaused"].get<bool>())
     table += "The intake is paused: received files stay in their folder.\n";
+  return table;
+}
+
+std::string QuarantineTable(const Json& items) {
+  constexpr auto* kForm = "{:<24} {:>12}  {:<10} {}\n";
+  auto table = fmt::format(kForm, "Name", "Set aside", "From", "Reason");
+  for (const auto& item : items) {
+    const std::string from = item["from"];
+    table += fmt::format(kForm, Printable(item["name"].get<std::string>()), Spell(item["for"]),
+                         Printable(FileNameOf(FolderOf(from))),
+                         Printable(item["reason"].get<std::string>()));
+  }
   return table;
 }
 

@@ -12,6 +12,9 @@ namespace ostrel {
 /// The station's "entries" and what it has "held", as its answers have them, and "intakePaused".
 std::string QueueTable(const nlohmann::ordered_json& lists);
 
+/// What was set aside, as the station's answer has it.
+std::string QuarantineTable(const nlohmann::ordered_json& items);
+
 std::string HistoryTable(const std::vector<PastProduct>& products);
 /// With a line of headings; times in UTC.
 std::string HistoryCsv(const std::vector<PastProduct>& products);

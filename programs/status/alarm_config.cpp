@@ -12,6 +12,8 @@ namespace {
 const std::map<std::string, AlarmKind> kKinds = {{"no arrivals", AlarmKind::kNoArrivals},
                                                  {"silent", AlarmKind::kSilent},
                                                  {"port", AlarmKind::kPort},
+                                                 {"blocked", AlarmKind::kBlocked},
+                                                 {"refused", AlarmKind::kRefused},
                                                  {"intake paused", AlarmKind::kIntake},
                                                  {"waiting", AlarmKind::kWaiting},
                                                  {"purged", AlarmKind::kPurged},

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "base/text.h"
 #include "base/time.h"
 
 namespace ostrel {
@@ -31,6 +32,35 @@ std::optional<std::string> Waiting(const Alarm& alarm, const Status& status) {
       return text;
   }
   return std::nullopt;
+}
+
+std::optional<std::string> Silent(const Alarm& alarm, const Status& status) {
+  auto text = OlderThan(status["silentFor"], alarm.seconds, "keyed, and nothing was sent");
+  const std::string because = status["silentBecause"];
+  if (text && !because.empty()) *text += ". " + Printable(because);
+  return text;
+}
+
+/// The one that was refused first, of those that still are; null when none is.
+Status Longest(const Status& status) {
+  const auto& refused = status["intake"]["refused"];
+  return refused.empty() ? Status() : refused[0];
+}
+
+std::optional<std::string> Obstructed(const Alarm& alarm, const Status& obstacle,
+                                      std::string_view what) {
+  if (obstacle.is_null()) return std::nullopt;
+  auto text =
+      OlderThan(obstacle["for"], alarm.seconds, fmt::format("{} {}", PlaceOf(obstacle), what));
+  if (text) *text += ". " + Printable(obstacle["reason"].get<std::string>());
+  return text;
+}
+
+/// Another one is another trouble: the first is over then, and it begins anew.
+std::string SubjectOf(const Alarm& alarm, const Status& status) {
+  if (alarm.kind == AlarmKind::kBlocked) return PlaceOf(status["intake"]["blocked"]);
+  if (alarm.kind == AlarmKind::kRefused) return PlaceOf(Longest(status));
+  return {};
 }
 
 std::optional<std::string> NoArrivals(const Alarm& alarm, const Status& status, double running) {
@@ -64,9 +94,14 @@ void AlarmWatch::Look(const Status& status, double now) {
     // What cannot be told while the station does not answer stays as it was.
     if (status.is_null() && alarm.kind != AlarmKind::kNoAnswer) continue;
     const auto trouble = Trouble(alarm, status, now);
-    if (std::exchange(isOn_[&alarm], trouble.has_value()) == trouble.has_value()) continue;
-    tell_({alarm.name, alarm.command, trouble.has_value(),
-           fmt::format("{}: {}", alarm.name, trouble.value_or("it is over"))});
+    const auto subject = trouble ? std::optional(SubjectOf(alarm, status)) : std::nullopt;
+    const auto before = std::exchange(on_[&alarm], subject);
+    if (before == subject) continue;
+    const auto tell = [&](bool begins, const std::string& text) {
+      tell_({alarm.name, alarm.command, begins, fmt::format("{}: {}", alarm.name, text)});
+    };
+    if (before) tell(false, "it is over");
+    if (trouble) tell(true, *trouble);
   }
 }
 
@@ -87,11 +122,14 @@ std::optional<std::string> AlarmWatch::Trouble(const Alarm& alarm, const Status&
     case AlarmKind::kNoArrivals:
       return NoArrivals(alarm, status, now - *firstLook_);
     case AlarmKind::kSilent:
-      if (status["state"] != "idle" || status["keyed"] != true) return std::nullopt;
-      return OlderThan(status["sincePacket"], alarm.seconds, "keyed, and nothing was sent");
+      return Silent(alarm, status);
     case AlarmKind::kPort:
       if (!Lasts(alarm, IsOffTheAir(status), now)) return std::nullopt;
       return status["port"].get<std::string>();
+    case AlarmKind::kBlocked:
+      return Obstructed(alarm, status["intake"]["blocked"], "holds up the ingest folder");
+    case AlarmKind::kRefused:
+      return Obstructed(alarm, Longest(status), "is refused and tried again");
     case AlarmKind::kIntake:
       if (!Lasts(alarm, status["intakePaused"] == true, now)) return std::nullopt;
       return "an operator has paused the intake, and received files wait in their folder";

@@ -20,6 +20,8 @@ enum class AlarmKind {
   kNoArrivals,  // no file came for `seconds`
   kSilent,      // keyed, and no packet for `seconds`
   kPort,        // no port, failed or vanished for `seconds`
+  kBlocked,     // something holds up the ingest folder for `seconds`
+  kRefused,     // a file is refused in another folder, and tried again, for `seconds`
   kIntake,      // an operator has paused the intake for `seconds`
   kWaiting,     // a file of `priority` or a more urgent one waits longer than `seconds`
   kPurged,      // products were purged in the last `seconds`
@@ -61,8 +63,8 @@ class AlarmWatch {
 
   AlarmConfig config_;
   std::function<void(const AlarmNews&)> tell_;
-  std::map<const Alarm*, bool> isOn_;
-  std::map<const Alarm*, double> since_;  // when a trouble that must last began
+  std::map<const Alarm*, std::optional<std::string>> on_;  // those that are, with their subject
+  std::map<const Alarm*, double> since_;                   // when a trouble that must last began
   std::optional<double> firstLook_, lastAnswer_, lastPurge_;
   std::optional<int> purged_;
 };

@@ -40,6 +40,7 @@ class Collection {
     families_.push_back(std::move(state));
     AddPlain();
     AddQueues();
+    AddFolders();
     AddCounts();
   }
   std::vector<Family> Take() { return std::move(families_); }
@@ -65,6 +66,7 @@ class Collection {
     for (const auto& [field, name, help] :
          {std::tuple{"sincePacket", "last_packet_age_seconds", "Since a packet went to the port"},
           {"sinceArrival", "last_arrival_age_seconds", "Since a file came"},
+          {"silentFor", "silent_seconds", "Keyed, and nothing is sent"},
           {"nextIdentification", "next_identification_seconds", "Until it is due"},
           {"freeBytes", "free_bytes", "Free on the disk of the queues"}}) {
       if (!status_[field].is_null()) families_.push_back(Gauge(name, help, status_[field]));
@@ -82,6 +84,24 @@ class Collection {
       Add(oldest, queue["oldest"].is_null() ? 0 : queue["oldest"].get<double>(), priority);
     }
     for (auto* family : {&files, &bytes, &oldest}) families_.push_back(std::move(*family));
+  }
+
+  void AddFolders() {
+    const auto& intake = status_["intake"];
+    auto files = Gauges("folder_files", "Files outside the queues, 10000 at most");
+    auto oldest = Gauges("folder_oldest_seconds", "Since the last write to the oldest of them");
+    for (const auto* folder : {"ingest", "holding", "compression", "kept", "quarantine"}) {
+      const auto& age = intake[folder]["oldest"];
+      Add(files, intake[folder]["files"], {{"folder", folder}});
+      Add(oldest, age.is_null() ? 0 : age.get<double>(), {{"folder", folder}});
+    }
+    families_.push_back(std::move(files));
+    families_.push_back(std::move(oldest));
+    const auto& blocked = intake["blocked"];
+    families_.push_back(Gauge("ingest_blocked_seconds", "How long a file has held up the others",
+                              blocked.is_null() ? 0 : blocked["for"].get<double>()));
+    families_.push_back(
+        Gauge("refused_files", "Files that are refused and tried again", intake["refusedCount"]));
   }
 
   /// Since the start: a counter that began anew at midnight would be none.

@@ -23,11 +23,16 @@ std::string StateLine(const Status& status) {
   return line + (status["keyed"].get<bool>() ? ", keyed" : ", not keyed");
 }
 
+/// A file that keeps the air for longer than an hour is told how to be ended.
 std::string OnAirLine(const Status& onAir) {
   if (onAir.is_null()) return "nothing";
-  return fmt::format("{}, block {} of {}, priority {}", onAir["file"].get<std::string>(),
-                     onAir["block"].get<int>(), onAir["blocks"].get<int>(),
-                     onAir["priority"].get<int>());
+  auto line = fmt::format("{}, block {} of {}, priority {}",
+                          Printable(onAir["file"].get<std::string>()), onAir["block"].get<int>(),
+                          onAir["blocks"].get<int>(), onAir["priority"].get<int>());
+  const auto outIn = onAir.value("outIn", Status());
+  if (outIn.is_null()) return line;
+  line += ", out in " + Spell(outIn);
+  return outIn > 3600 ? line + ". It keeps the air for long: ostrel-queue stop ends it" : line;
 }
 
 std::string QueueLine(const Status& queue) {
@@ -47,7 +52,48 @@ std::string CountsLine(const Status& counts) {
   return line + fmt::format("{} errors", errors);
 }
 
+/// "6, the oldest 12 s"; empty when there is nothing to tell.
+std::string FolderLine(const Status& folder) {
+  const int files = folder["files"];
+  std::string line;
+  if (files > 0) line = fmt::format("{}{}", files, folder["more"] == true ? " or more" : "");
+  if (!folder["oldest"].is_null()) line += ", the oldest " + Spell(folder["oldest"]);
+  const auto& trouble = folder["trouble"];
+  if (!trouble.is_null()) line += (line.empty() ? "" : ", ") + trouble.get<std::string>();
+  return line;
+}
+
+std::string ObstacleLine(const Status& obstacle) {
+  auto line = fmt::format("{} for {}: {}", PlaceOf(obstacle), Spell(obstacle["for"]),
+                          Printable(obstacle["reason"].get<std::string>()));
+  const auto& next = obstacle["nextTry"];
+  if (!next.is_null() && next > 0) line += fmt::format(" (tried again in {})", Spell(next));
+  return line;
+}
+
+/// What lies in the folders before the queues; those that are as they should be are not told.
+template <typename Add>
+void AddIntake(const Status& intake, Add&& add) {
+  for (const auto& [folder, caption] : {std::pair("ingest", "In the ingest folder"),
+                                        {"holding", "In holding folders"},
+                                        {"compression", "Awaiting a block"},
+                                        {"kept", "Kept, a list is lost"},
+                                        {"quarantine", "In the quarantine"}}) {
+    if (const auto line = FolderLine(intake[folder]); !line.empty()) add(caption, line);
+  }
+  if (!intake["blocked"].is_null()) add("Held up by", ObstacleLine(intake["blocked"]));
+  for (const auto& obstacle : intake["refused"]) add("Refused", ObstacleLine(obstacle));
+  const int more = intake["refusedCount"].get<int>() - static_cast<int>(intake["refused"].size());
+  if (more > 0) add("Refused", fmt::format("{} more", more));
+}
+
 }  // namespace
+
+std::string PlaceOf(const Status& obstacle) {
+  auto folder = Printable(obstacle["folder"].get<std::string>());
+  if (obstacle["name"].is_null()) return folder;
+  return folder + "/" + Printable(obstacle["name"].get<std::string>());
+}
 
 std::string PageOf(const Status& status) {
   const auto& next = status["nextIdentification"];
@@ -64,6 +110,9 @@ std::string PageOf(const Status& status) {
   const bool isPaused = status["intakePaused"].get<bool>();
   add("Last arrival",
       Ago(status["sinceArrival"]) + (isPaused ? ", intake paused by an operator" : ""));
+  AddIntake(status["intake"], add);
+  if (const std::string why = status["silentBecause"]; !why.empty())
+    add("Silent because", Printable(why));
   add("Next identification", next.is_null() ? "never" : "in " + Spell(next));
   add("Compression", fmt::format("{:.2f}:1", status["compressionRatio"].get<double>()));
   if (!free.is_null()) add("Free on the disk", fmt::format("{:.1f} GB", free.get<double>() / 1e9));

@@ -8,6 +8,9 @@ namespace ostrel {
 
 using Status = nlohmann::ordered_json;
 
+/// An obstacle's file with its folder, or the folder that cannot be used.
+std::string PlaceOf(const Status& obstacle);
+
 /// A page of text.
 std::string PageOf(const Status& status);
 

@@ -2,36 +2,11 @@
 #include "seam/seam.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
-#include "tests/support/virtual_station.h"
+#include "tests/support/told_socket.h"
 
 namespace ostrel {
 namespace {
-
-using Json = nlohmann::json;
-
-struct ToldSocket : LocalSocket {
-  void OnLine(std::function<void(Asker, std::string_view)> call) override { ask = call; }
-  void Open(const std::string& where) override {
-    if (fails) throw Failure(57, where + " cannot be opened");
-    path = where;
-  }
-  std::string AccountOf(Asker asker) override { return asker == 1 ? "alice" : "bob"; }
-  void Close() override { path.clear(); }
-  void Send(Asker asker, std::string_view line) override { sent[asker].emplace_back(line); }
-
-  Json Ask(const std::string& question, Asker asker = 1) {
-    ask(asker, question);
-    return Json::parse(sent[asker].back());
-  }
-  Json Status() { return Ask(R"({"ask":"status"})"); }
-
-  std::function<void(Asker, std::string_view)> ask;
-  std::map<Asker, Lines> sent;
-  std::string path;
-  bool fails = false;
-};
 
 TEST(Seam, TellsWhatTheStationDoesAndWhatBecameOfEverything) {
   VirtualStation station;
@@ -58,7 +33,8 @@ TEST(Seam, TellsWhatTheStationDoesAndWhatBecameOfEverything) {
   EXPECT_EQ(status["state"], "sending");
   EXPECT_TRUE(status["keyed"]);
   EXPECT_EQ(status["onAir"],
-            Json::parse(R"({"priority":5,"file":"AFDXXX.TXT","block":1,"blocks":3})"));
+            Json::parse(R"({"priority":5,"file":"AFDXXX.TXT","block":1,"blocks":3,"outIn":)" +
+                        status["queues"][4]["outIn"].dump() + "}"));
   EXPECT_EQ(status["queues"][0]["bytes"], 700);
   // The rest of a block, one of priority 1, and two more of priority 5.
   EXPECT_NEAR(status["queues"][0]["outIn"], 10.23 - 2.87 + 10.23, 0.03);
@@ -66,6 +42,7 @@ TEST(Seam, TellsWhatTheStationDoesAndWhatBecameOfEverything) {
   EXPECT_EQ(status["queues"][4]["files"], 1) << "the one on the air waits for its last block";
   EXPECT_NEAR(status["queues"][4]["oldest"], 2.875, 0.13);
   EXPECT_NEAR(status["sinceArrival"], 0.875, 0.13);
+  EXPECT_NEAR(status["sincePacket"], 2.875, 0.13);
   EXPECT_EQ(status["sinceStart"]["discarded"], 1);
   EXPECT_EQ(status["sinceMidnight"]["files"], 1);
   EXPECT_NEAR(status["nextIdentification"], 8 * 60 + 27, 1);
@@ -117,6 +94,49 @@ TEST(Seam, TellsWhatIsDamagedInTheStationsFolder) {
   EXPECT_TRUE(status["unusable"][0]["why"].get<std::string>().starts_with("Damaged"));
 }
 
+TEST(Seam, CountsTheDayApartFromTheRunAndTellsWhatIsNext) {
+  VirtualStation station(kNoon + 11h + 59min + 28s);
+  station.Set({{"CWIDTime", "3"}, {"TxUpTime", "0"}, {"ComBaud", "4800"}, {"PurgeTime", "1"}});
+  station.Rule(0, "TOR*");
+  station.Rule(11, "JUNK*");
+  station.StartBusy();
+  ToldSocket socket;
+  const Seam seam(*station.station, socket);
+  // The countdown goes down at second 30.
+  EXPECT_NEAR(socket.Status()["nextIdentification"], 122, 0.5);
+  station.Run(2s);
+  EXPECT_NEAR(socket.Status()["nextIdentification"], 120, 0.5);
+
+  station.Drop("JUNK.TXT", "away");
+  station.files.lockFault = [](const std::string& path) {
+    if (path.ends_with("TORX.TXT")) throw Failure(57, "as told");
+  };
+  station.Drop("TORX.TXT", "in trouble");
+  station.Run(1s);
+  station.files.lockFault = nullptr;
+  station.Hold(5, "OLD.TXT", SampleText(3000));
+  station.Run(10s);
+  station.Hold(5, "NEW.TXT", "more");
+  auto status = socket.Status();
+  EXPECT_NEAR(status["queues"][4]["oldest"], 10.2, 0.3);
+  EXPECT_GE(status["sinceMidnight"]["errors"]["CheckForNewFiles"], 7);
+  EXPECT_EQ(status["sinceMidnight"]["discarded"], 1);
+  station.Run(30s);
+  status = socket.Status();
+  EXPECT_EQ(status["sinceMidnight"]["discarded"], 0) << "a new day";
+  EXPECT_TRUE(status["sinceMidnight"]["errors"].empty());
+  EXPECT_EQ(status["sinceStart"]["discarded"], 1);
+  EXPECT_GE(status["sinceStart"]["errors"]["CheckForNewFiles"], 7);
+
+  // What was purged takes no time on the air.
+  const auto outIn = [&] { return socket.Status()["queues"][4]["outIn"].get<double>(); };
+  const double before = outIn();
+  station.realFiles.SetLastWriteTime(station.InTransmitFolder("OLD.TXT"), kNoon);
+  station.Run(1min);
+  EXPECT_EQ(socket.Status()["queues"][4]["files"], 2);
+  EXPECT_LT(outIn(), before - 60 - 6);
+}
+
 TEST(Seam, HasTwoOperatorsChangeTheQueuesAtOnceAndTheLineCarriesWhatTheyAskedFor) {
   VirtualStation station;
   station.Set({{"CWIDTime", "0"}, {"ComBaud", "9600"}});
@@ -151,6 +171,37 @@ TEST(Seam, HasTwoOperatorsChangeTheQueuesAtOnceAndTheLineCarriesWhatTheyAskedFor
   auto blocks = station.Blocks();
   std::erase_if(blocks, [](const std::string& block) { return block.starts_with("BUSY"); });
   EXPECT_EQ(blocks, (Lines{"E.TXT 1/1", "D.TXT 1/1", "C.TXT 1/1", "A.TXT 1/1"}));
+}
+
+TEST(Seam, EndsWhatIsOnTheAirAtItsNextBlock) {
+  VirtualStation station;
+  station.Set({{"CWIDTime", "0"}, {"ComBaud", "1200"}, {"TxUpTime", "0"}});
+  station.Start();
+  ToldSocket socket;
+  const Seam seam(*station.station, socket);
+  const auto stop = [&](const std::string& name) {
+    return socket.Ask(fmt::format(R"({{"ask":"stop","name":"{}"}})", name));
+  };
+  EXPECT_EQ(stop("")["error"], "Nothing is on the air.");
+  station.Hold(5, "BIG.TXT", SampleText(600'000));
+  station.Run(20s);
+  EXPECT_NEAR(socket.Status()["onAir"]["outIn"], 600 * 10.23 - 20, 200);
+  station.Hold(1, "TORBIG.TXT", SampleText(600'000));
+  station.Hold(1, "TOR.TXT", SampleText(1500));
+  station.Run(20s);
+  EXPECT_EQ(stop("TOR.TXT")["error"], "TOR.TXT is not on the air.");
+  EXPECT_EQ(stop("big.txt")["done"], "BIG.TXT of priority 5 ends at its next block.");
+  EXPECT_EQ(stop("")["done"], "TORBIG.TXT of priority 1 ends at its next block.");
+  station.Run(60s);
+  const auto blocks = station.Blocks();
+  EXPECT_EQ((Lines{blocks.end() - 2, blocks.end()}), (Lines{"TOR.TXT 1/2", "TOR.TXT 2/2"}));
+  EXPECT_LE(blocks.size(), 8U);
+  for (const auto& [id, row] : station.machine.history.rows)
+    EXPECT_EQ(row.fate, row.sentAs == "TOR.TXT" ? Fate::kSent : Fate::kStopped) << row.sentAs;
+  const auto kept = station.Names("KvData/RtSent");
+  for (const auto* name : {"BIG.TXT", "TORBIG.TXT"})
+    EXPECT_EQ(std::count(kept.begin(), kept.end(), name), 1) << name;
+  EXPECT_EQ(station.Names("KvData/.pending/5"), Lines{});
 }
 
 TEST(Seam, SaysBeforehandHowLongItWillAnswerNobody) {

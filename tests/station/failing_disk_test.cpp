@@ -86,7 +86,7 @@ TEST_F(FailingDisk, ADataFolderThatWasAwayIsLookedThroughWithoutARestart) {
   EXPECT_EQ(Received(), names);
 }
 
-TEST_F(FailingDisk, WhatWasSentInPartIsQueuedAgainAndAfterTheThirdTimeOnHold) {
+TEST_F(FailingDisk, WhatWasSentInPartIsQueuedAgainAndAfterTheThirdTimeInQuarantine) {
   Drop(2);
   station.files.readFault = [reads = 0](const std::string& path) mutable {
     const bool isSecond = path.ends_with("TOR01.TXT");
@@ -96,7 +96,7 @@ TEST_F(FailingDisk, WhatWasSentInPartIsQueuedAgainAndAfterTheThirdTimeOnHold) {
   station.Start();
   station.Run(180s);
   EXPECT_EQ(Received(), Lines{"TOR00.TXT"});
-  EXPECT_EQ(station.Names("KvData/RtHeld/1"), Lines{"TOR01.TXT"});
+  EXPECT_EQ(station.Names("KvData/RtQuarantine"), Lines{"TOR01.TXT"});
   EXPECT_EQ(station.Names("KvData/.pending/1"), Lines{});
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "station/unseen_messages.h"
 #include "tests/support/virtual_station.h"
 
 namespace ostrel {
@@ -108,6 +109,22 @@ TEST_F(ProgramLogTest, AFailureHasOneLineAndOnlyWhenWantedAWindow) {
                   "Please email this error to support@corvain.example for assistance.\r\n"
                   "Additional Information: \r\n"
                   " File Name: /x/A.TXT"});
+}
+
+TEST_F(ProgramLogTest, SaysWhatLastsOnceAndThenHowOftenOnceAMinute) {
+  UnseenMessages unseen(clock);
+  testing::internal::CaptureStderr();
+  for (int i = 0; i < 1000; ++i) {
+    unseen.ShowReport(fmt::format("lasts\r\nAt {}\r\nof A.TXT", i));
+    if (i % 500 == 0) unseen.ShowReport("another one");
+    clock.Advance(milliseconds(125));
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "ostrel: lasts At 0 of A.TXT\n"
+            "ostrel: another one\n"
+            "ostrel: lasts At 480 of A.TXT (and 479 times since the last line)\n"
+            "ostrel: another one\n"
+            "ostrel: lasts At 960 of A.TXT (and 479 times since the last line)\n");
 }
 
 }  // namespace

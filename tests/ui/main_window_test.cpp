@@ -90,6 +90,23 @@ TEST(MainWindow, ToolTipsTellWhatTheFiguresAndCutNamesDoNot) {
   ostrel.Run(2s);
   EXPECT_EQ(tip(ostrel.Find<QWidget>("lblFilesSent")), "11/18/26 12:00:00 FIRST.TXT");
 
+  ostrel.files.lockFault = [](const std::string& path) {
+    if (path.ends_with("&A.TXT")) throw Failure(70, "as told");
+  };
+  ostrel.files.copyFault = [](const std::string& from, const std::string&) {
+    return from.ends_with("RtPri2/BAD.TXT") ? copy_code::kDiskFull : 0;
+  };
+  ostrel.WriteFile(ostrel.Path("KvData/RtPri2/BAD.TXT"), "refused");
+  ostrel.Drop("<i>&A.TXT", "not to be taken");
+  ostrel.Run(8s);
+  ostrel.Find<QAction>("mnuStatus")->trigger();
+  const auto ingest = "1 in the ingest folder\n<i>&A.TXT holds it up for ";
+  EXPECT_NE(tip(ostrel.Find<QWidget>("lblThroughput")).indexOf(ingest), -1);
+  EXPECT_EQ(tip(ostrel.Find<QWidget>("lblTitlePending")).indexOf(ingest), 0);
+  const auto refused = "BAD.TXT is refused for ";
+  EXPECT_NE(tip(ostrel.Find<QWidget>("lblSending(1)")).indexOf(refused), -1);
+  EXPECT_EQ(tip(ostrel.Find<QWidget>("lblPending(1)")).indexOf(refused), 0);
+
   const std::string name(
       "<b>A name that is much longer than its place, or than any queue is wide.</b>");
   ostrel.window().lblActivefile.Set(name);

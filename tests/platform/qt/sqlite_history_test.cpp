@@ -2,10 +2,14 @@
 #include "platform/qt/sqlite_history.h"
 
 #include <QTest>
+#include <atomic>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <unistd.h>
 
 #include "base/reporting.h"
 #include "platform/linux/temporary_folder.h"
@@ -176,6 +180,41 @@ TEST_F(SqliteHistoryTest, LosesNoRowThatIsWrittenWhenItMeetsWithDamage) {
     EXPECT_EQ(Ask("PRAGMA integrity_check(1)"), "ok");
   }
   EXPECT_GE(begunAnew, 10);
+}
+
+std::atomic<bool> isUnread = false;
+sqlite3_syscall_ptr readOfSystem = nullptr;
+
+ssize_t ReadOrFail(int file, void* to, std::size_t count, off_t from) {
+  if (!isUnread) return reinterpret_cast<decltype(&pread)>(readOfSystem)(file, to, count, from);
+  errno = EIO;
+  return -1;
+}
+
+TEST_F(SqliteHistoryTest, IsNotDamagedForADiskThatCannotReadForAWhile) {
+  auto* const system = sqlite3_vfs_find(nullptr);
+  const auto replaceRead = [&](sqlite3_syscall_ptr call) {
+    for (const auto* name : {"pread", "pread64"}) system->xSetSystemCall(system, name, call);
+  };
+  readOfSystem = system->xGetSystemCall(system, "pread64");
+  if (readOfSystem == nullptr) readOfSystem = system->xGetSystemCall(system, "pread");
+  SqliteHistory history(path_);
+  history.Begin({.now = kNow});
+  Put(history, 1);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return Ask("SELECT count(*) FROM product") == "1"; }));
+  // What another connection writes, this one has to read.
+  SqliteDatabase(path_, "test", DatabaseUse::kReadAndWrite)
+      .Execute("UPDATE product SET name = 'B'");
+  replaceRead(reinterpret_cast<sqlite3_syscall_ptr>(ReadOrFail));
+  isUnread = true;
+  Put(history, 2);
+  std::optional<HistoryNews> news;
+  EXPECT_TRUE(QTest::qWaitFor([&] { return (news = history.TakeNews()).has_value(); }));
+  EXPECT_EQ(news->kind, HistoryNews::Kind::kFails);
+  isUnread = false;
+  history.End();
+  replaceRead(nullptr);
+  EXPECT_EQ(Ask("SELECT group_concat(name) FROM product"), "B,A.TXT");
 }
 
 TEST_F(SqliteHistoryTest, SaysAtItsBeginningThatItCannotBeUsed) {

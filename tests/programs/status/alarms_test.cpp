@@ -10,12 +10,15 @@
 namespace ostrel {
 namespace {
 
+using Lines = std::vector<std::string>;
+
 Status Healthy() {
   return Status::parse(
       R"({"state":"sending","keyed":true,"port":"Com Port # 1 opened for transmit.",
     "sincePacket":1.0,"sinceArrival":1.0,"queues":[{"priority":1,"files":1,"oldest":5.0},
     {"priority":2,"files":1,"oldest":900.0}],"sinceStart":{"purged":4},"freeBytes":9e9,
-    "intakePaused":false})");
+    "intakePaused":false,"silentFor":null,"silentBecause":"",
+    "intake":{"blocked":null,"refused":[]}})");
 }
 
 TEST(Alarms, BeginOnceAndEndOnceAsTheirTroubleDoes) {
@@ -30,9 +33,20 @@ TEST(Alarms, BeginOnceAndEndOnceAsTheirTroubleDoes) {
        0,
        "no file came for 1 min 1 s"},
       {{.kind = AlarmKind::kSilent, .seconds = 30},
-       R"({"state":"idle","sincePacket":31})",
+       R"({"silentFor":31,"silentBecause":"It is empty"})",
        0,
-       "keyed, and nothing was sent for 31 s"},
+       "keyed, and nothing was sent for 31 s. It is empty"},
+      {{.kind = AlarmKind::kBlocked, .seconds = 10},
+       R"({"intake":{"blocked":{"folder":"RxFiles","name":"A.TXT","reason":"Disk full","for":11},
+           "refused":[]}})",
+       0,
+       "RxFiles/A.TXT holds up the ingest folder for 11 s. Disk full"},
+      {{.kind = AlarmKind::kRefused, .seconds = 60},
+       R"({"intake":{"blocked":null,"refused":[
+           {"folder":"RtPri3","name":null,"reason":"Permission denied","for":61},
+           {"folder":"RtPri3","name":"B.TXT","reason":"Permission denied","for":10}]}})",
+       0,
+       "RtPri3 is refused and tried again for 1 min 1 s. Permission denied"},
       {{.kind = AlarmKind::kPort, .seconds = 20},
        R"({"state":"port vanished","port":"gone"})",
        20,
@@ -78,7 +92,28 @@ TEST(Alarms, BeginOnceAndEndOnceAsTheirTroubleDoes) {
     watch.Look(Healthy(), now + 31);
     EXPECT_EQ(told.size(), 2U) << text;
     EXPECT_EQ(told.back(), "end it: it is over");
+    if (lasts == 0 || bad.is_null()) continue;
+    watch.Look(bad, now + 40);
+    EXPECT_EQ(told.size(), 2U) << "it has to last once more: " << text;
   }
+}
+
+TEST(Alarms, BeginAnewForTheNextThatIsInTheWay) {
+  Lines told;
+  AlarmWatch watch(
+      {.alarms = {{.name = "blocked", .kind = AlarmKind::kBlocked, .seconds = 10}}},
+      [&](const AlarmNews& news) { told.push_back(std::string(news.Event()) + " " + news.text); });
+  auto status = Healthy();
+  double now = 0;
+  for (const auto* name : {"A.TXT", "A.TXT", "B\x1B.TXT"}) {
+    status["intake"]["blocked"] = {
+        {"folder", "RxFiles"}, {"name", name}, {"reason", "why"}, {"for", 12}};
+    watch.Look(status, now += 10);
+  }
+  EXPECT_EQ(told, (Lines{"begin blocked: RxFiles/A.TXT holds up the ingest folder for 12 s. why",
+                         "end blocked: it is over",
+                         "begin blocked: RxFiles/B\\x1B.TXT holds up the ingest folder for 12 s. "
+                         "why"}));
 }
 
 TEST(Alarms, AreReadFromAFileThatSaysWhatIsWrongInIt) {
@@ -105,7 +140,7 @@ TEST(Alarms, AreReadFromAFileThatSaysWhatIsWrongInIt) {
   EXPECT_EQ(read("command = x").find(": line 1: "), 0U);
   EXPECT_EQ(
       std::to_string(ReadAlarms(OSTREL_SOURCE_DIR "/packaging/station/Alarms.toml").alarms.size()),
-      "9");
+      "11");
 }
 
 }  // namespace
