@@ -6,6 +6,8 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include "base/text.h"
+
 namespace ostrel {
 
 namespace {
@@ -24,15 +26,16 @@ namespace {
 }  // namespace
 
 void RunAlarmCommand(const AlarmNews& news, const nlohmann::ordered_json& status) {
+  const auto text = Printable(news.text);
   const auto json = nlohmann::ordered_json{
       {"alarm", news.name},
       {"event", news.Event()},
-      {"text", news.text},
+      {"text", text},
       {"status",
-       status}}.dump();
+       status}}.dump(-1, ' ', true, nlohmann::ordered_json::error_handler_t::replace);
   setenv("OSTREL_ALARM", news.name.c_str(), 1);
   setenv("OSTREL_EVENT", news.Event(), 1);
-  setenv("OSTREL_TEXT", news.text.c_str(), 1);
+  setenv("OSTREL_TEXT", text.c_str(), 1);
   int ends[2];
   if (pipe(ends) != 0) return;
   if (fork() == 0) {

@@ -33,13 +33,13 @@ std::string_view TrimBlanks(std::string_view text) {
 }
 
 std::string Printable(std::string_view text) {
-  constexpr unsigned char kFirstPrintable = 0x20, kDelete = 0x7F;
+  constexpr unsigned char kFirstPrintable = 0x20, kLastPrintable = 0x7E;
   std::string result;
   result.reserve(text.size());
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
-    const bool isControl = byte < kFirstPrintable || byte == kDelete;
-    result += isControl ? fmt::format("\\x{:02X}", byte) : std::string(1, c);
+    const bool isPrintable = byte >= kFirstPrintable && byte <= kLastPrintable;
+    result += !isPrintable ? fmt::format("\\x{:02X}", byte) : std::string(1, c);
   }
   return result;
 }

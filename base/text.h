@@ -21,8 +21,9 @@ std::string_view TrimBlanks(std::string_view text);
 /// `text` with blanks on the right up to `width`, or cut to its first `width` characters.
 std::string PadOrCut(std::string_view text, std::size_t width);
 
-/// `text` with its control characters written out, a line end as "\x0A": what strangers named or
-/// wrote stays within the line that it is shown in.
+/// `text` with its control characters and its bytes outside ASCII written out, a line end as
+/// "\x0A": what strangers named or wrote stays within the line that it is shown in, and turns
+/// nothing round.
 std::string Printable(std::string_view text);
 
 /// `line` without an editor's mark in front, or several, and the blanks before them.

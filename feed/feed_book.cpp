@@ -12,9 +12,9 @@ namespace {
 
 constexpr std::size_t kLargestLog = 1'000'000, kOldLogs = 4, kShown = 20;
 
-std::string LineOf(std::string_view given, const std::string& name, int urgency,
+std::string LineOf(std::string_view given, std::string_view called, int urgency,
                    FeedOutcome outcome) {
-  const auto came = Printable(given);
+  const auto came = Printable(given), name = Printable(called);
   switch (outcome) {
     case FeedOutcome::kRepeat:
       return fmt::format("{} came again as {} and is dropped", name, came);
@@ -26,7 +26,7 @@ std::string LineOf(std::string_view given, const std::string& name, int urgency,
       break;
   }
   const auto urgent = urgency > 0 ? fmt::format(", urgency {}", urgency) : "";
-  return given == name ? name + urgent : fmt::format("{} from {}{}", name, came, urgent);
+  return given == called ? name + urgent : fmt::format("{} from {}{}", name, came, urgent);
 }
 
 }  // namespace
@@ -59,7 +59,7 @@ void FeedBook::SetState(std::size_t source, const std::string& state, bool isWel
   if (figures.state == state) return;
   figures.state = state;
   figures.isWell = isWell;
-  log_->info("{}: {}", figures.name, Printable(state));
+  log_->info("{}: {}", Printable(figures.name), Printable(state));
 }
 
 void FeedBook::Note(std::size_t source, std::string_view given, const std::string& name,
@@ -78,7 +78,7 @@ void FeedBook::Note(std::size_t source, std::string_view given, const std::strin
                             .source = figures.name,
                             .outcome = outcome});
   if (figures_.last.size() > kShown) figures_.last.pop_back();
-  log_->info("{}: {}", figures.name, LineOf(given, name, urgency, outcome));
+  log_->info("{}: {}", Printable(figures.name), LineOf(given, name, urgency, outcome));
 }
 
 void FeedBook::SetTrouble(const std::string& trouble) {

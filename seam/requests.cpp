@@ -39,7 +39,7 @@ class Page {
     return !isBeyond;
   }
   void Add(Json item) {
-    bytes_ += item.dump(-1, ' ', false, Json::error_handler_t::replace).size();
+    bytes_ += item.dump(-1, ' ', true, Json::error_handler_t::replace).size();
     items_.push_back(std::move(item));
   }
   Json Answer() { return {{name_, std::move(items_)}, {"count", count_}}; }

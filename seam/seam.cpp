@@ -100,7 +100,7 @@ Json IntakeOf(const IntakeFigures& intake) {
 
 /// Names are bytes: what is no UTF-8 in them is replaced.
 std::string LineOf(const Json& answer) {
-  return answer.dump(-1, ' ', false, Json::error_handler_t::replace);
+  return answer.dump(-1, ' ', true, Json::error_handler_t::replace);
 }
 
 std::string Refusal(const std::string& why) {

@@ -56,7 +56,7 @@ void ProgramLog::Write(std::string_view category, const std::string& text) {
   } catch (const std::exception& error) {
     const auto failure = AsFailure(error);
     parts_.dialogs.ShowErrorWindow(
-        fmt::format("Log File Error: {} {}\r\n", failure.number(), failure.text()));
+        fmt::format("Log File Error: {} {}\r\n", failure.number(), Printable(failure.text())));
   } catch (const StopRequested&) {
     // The program ends while the log is held by another process: the line is lost, and the caller
     // meets the stop at its own next wait.
@@ -103,9 +103,9 @@ std::string ProgramLog::ReportText(const Failure& failure, std::string_view proc
       "Please email this error to {} for assistance.\r\n"
       "Additional Information: \r\n"
       "{}",
-      failure.source(), ModuleOf(procedure), procedure, kVersionMajor, kVersionMinor, kVersionBuild,
-      FormatGeneral(parts_.clock.Now()), failure.number(), Printable(failure.text()), kNoReference,
-      kSupportAddress, additional);
+      Printable(failure.source()), ModuleOf(procedure), procedure, kVersionMajor, kVersionMinor,
+      kVersionBuild, FormatGeneral(parts_.clock.Now()), failure.number(), Printable(failure.text()),
+      kNoReference, kSupportAddress, additional);
 }
 
 }  // namespace ostrel

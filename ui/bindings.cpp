@@ -1,9 +1,15 @@
 #include "ui/bindings.h"
 
+#include "base/text.h"
+
 namespace ostrel::ui {
 
 QString ToQt(const std::string& text) {
   return QString::fromStdString(text);
+}
+
+QString Shown(const std::string& text) {
+  return ToQt(Printable(text));
 }
 
 void KeepWith(QObject* owner, Subscription subscription) {
@@ -13,8 +19,9 @@ void KeepWith(QObject* owner, Subscription subscription) {
 void Bind(QLabel* label, Field<std::string>& field) {
   label->setObjectName(ToQt(field.name()));
   label->setTextFormat(Qt::PlainText);
-  label->setText(ToQt(field.Get()));
-  KeepWith(label, field.OnChange([label](const std::string& text) { label->setText(ToQt(text)); }));
+  label->setText(Shown(field.Get()));
+  KeepWith(label,
+           field.OnChange([label](const std::string& text) { label->setText(Shown(text)); }));
 }
 
 void BindToolTip(QWidget* widget, Field<std::string>& field) {

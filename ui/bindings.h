@@ -14,6 +14,8 @@ namespace ostrel::ui {
 
 /// The station's texts are bytes; a window shows them as UTF-8, invalid UTF-8 as U+FFFD.
 QString ToQt(const std::string& text);
+/// What is only shown, not edited: names and texts of strangers have what is not ASCII written out.
+QString Shown(const std::string& text);
 
 /// Keeps `subscription` for the life of `owner`.
 void KeepWith(QObject* owner, Subscription subscription);

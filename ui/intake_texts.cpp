@@ -2,7 +2,6 @@
 
 #include <QStringList>
 
-#include "base/text.h"
 #include "base/time.h"
 #include "ui/bindings.h"
 
@@ -12,8 +11,7 @@ namespace {
 QString ReasonText(const ObstacleFigures& obstacle, const QString& what) {
   const auto name = obstacle.name.empty() ? obstacle.folder : obstacle.name;
   return QString("%1 %2 for %3: %4")
-      .arg(ToQt(Printable(name)), what, ToQt(SpellDuration(obstacle.lasts)),
-           ToQt(Printable(obstacle.reason)));
+      .arg(Shown(name), what, ToQt(SpellDuration(obstacle.lasts)), Shown(obstacle.reason));
 }
 
 }  // namespace

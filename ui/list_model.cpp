@@ -16,7 +16,7 @@ int ListModel::rowCount(const QModelIndex& parent) const {
 QVariant ListModel::data(const QModelIndex& index, int role) const {
   const auto position = static_cast<std::size_t>(index.row());
   if (role != Qt::DisplayRole || !index.isValid() || position >= list_.size()) return {};
-  return ToQt(list_[position]);
+  return Shown(list_[position]);
 }
 
 void ListModel::Follow(const ListChange& change) {

@@ -191,7 +191,7 @@ void MainWindow::BuildSending() {
   AddFigure(FromTwips(4800, 105, 900, kTextHeight), state_.lblFilesSent)->SetRemark([this] {
     QStringList lines;
     for (const auto& [at, name] : status_.LastStarted)
-      lines << ToQt(FormatLogStamp(at)) + "  " + ToQt(name);
+      lines << ToQt(FormatLogStamp(at)) + "  " + Shown(name);
     return lines.join('\n');
   });
 }

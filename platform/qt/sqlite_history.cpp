@@ -154,6 +154,7 @@ SqliteHistory::Earlier SqliteHistory::Begin(const HistoryTerms& terms) {
   try {
     earlier = Open();
   } catch (const DamagedDatabase& damage) {
+    UseDatabase(nullptr);
     SetAside(damage);
     earlier = Open();
   }
@@ -185,7 +186,6 @@ SqliteHistory::Earlier SqliteHistory::Open() {
 }
 
 void SqliteHistory::SetAside(const DamagedDatabase& damage) {
-  UseDatabase(nullptr);
   const auto aside = ostrel::SetAside(path_, now_);
   Tell(HistoryNews::Kind::kBegunAnew,
        fmt::format("KvHistory.db is damaged ({}). It is kept as {}, and a new one is begun.",
@@ -259,14 +259,27 @@ void SqliteHistory::Run() {
   }
 }
 
-/// What a disk cannot read now is not damaged for that: it is tried again for a minute.
+/// What a disk cannot read now is not damaged for that: it is opened anew, and tried again for a
+/// minute. A failed read that met with what was in memory may look like damage at first.
 void SqliteHistory::CheckAndWrite(const Changes& changes) {
-  try {
+  const auto write = [&] {
+    if (!database_) Open();
     CheckOnce();
     WriteAndExpire(changes);
+  };
+  try {
+    try {
+      write();
+    } catch (const DamagedDatabase&) {
+      UseDatabase(nullptr);
+      isChecked_ = false;
+      write();
+    }
   } catch (const DamagedDatabase& damage) {
+    UseDatabase(nullptr);
     if (damage.MayPass() && ++readsInVain_ < kMostReadsInVain) throw;
     SetAside(damage);
+    Open();
     WriteAndExpire(changes);
   }
   readsInVain_ = 0;
@@ -299,7 +312,6 @@ void SqliteHistory::CheckOnce() {
 }
 
 void SqliteHistory::WriteAndExpire(const Changes& changes) {
-  if (!database_) Open();
   if (!changes.empty()) Write(changes);
   Expire();
 }

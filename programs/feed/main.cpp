@@ -39,7 +39,7 @@ void Check(const Options& options) {
     const auto known = rules.NameOf(name);
     fmt::print(
         "{} {}\n", Printable(name),
-        known ? fmt::format("becomes {}{}", known->name,
+        known ? fmt::format("becomes {}{}", Printable(known->name),
                             known->urgency > 0 ? fmt::format(", urgency {}", known->urgency) : "")
               : "is unknown");
   }
@@ -79,13 +79,13 @@ int main(int count, char* arguments[]) {
     Check(options);
     return EXIT_SUCCESS;
   } catch (const Failure& failure) {  // it may pass
-    fmt::print(stderr, "{}: {}\n", called, failure.text());
+    fmt::print(stderr, "{}: {}\n", called, Printable(failure.text()));
     return EXIT_FAILURE;
   } catch (const std::system_error& error) {  // so may this
-    fmt::print(stderr, "{}: {}\n", called, error.what());
+    fmt::print(stderr, "{}: {}\n", called, Printable(error.what()));
     return EXIT_FAILURE;
   } catch (const std::exception& error) {
-    fmt::print(stderr, "{}: {}\n", called, error.what());
+    fmt::print(stderr, "{}: {}\n", called, Printable(error.what()));
     return kNothingToDo;
   }
 }

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <fmt/format.h>
 
+#include "base/text.h"
 #include "base/time.h"
 
 namespace ostrel {
@@ -42,6 +43,10 @@ void SetRow(QTableWidget* table, int row, const QStringList& texts) {
   }
 }
 
+QString Shown(const std::string& text) {
+  return QString::fromStdString(Printable(text));
+}
+
 QString Spell(FeedOutcome outcome) {
   switch (outcome) {
     case FeedOutcome::kDelivered:
@@ -66,6 +71,7 @@ FeedWindow::FeedWindow(const QString& title)
   setWindowTitle(title);
   resize(kSize);
   trouble_->setObjectName("trouble");
+  trouble_->setTextFormat(Qt::PlainText);
   trouble_->setWordWrap(true);
   trouble_->setStyleSheet("color: white; background: #b00020; padding: 4px;");
   trouble_->hide();
@@ -94,7 +100,7 @@ void FeedWindow::Refresh(const Feed& feed) {
                        .arg(figures.tooLarge));
   const auto silence = FeedFigures::Clock::now() - figures.lastCame;
   if (!figures.trouble.empty()) {
-    ShowTrouble(QString::fromStdString("Nothing is taken: " + figures.trouble));
+    ShowTrouble(Shown("Nothing is taken: " + figures.trouble));
   } else if (silence > feed.config().quiet) {
     ShowTrouble(
         QString::fromStdString(fmt::format("Nothing has come for {}.", SpellDuration(silence))));
@@ -117,8 +123,7 @@ void FeedWindow::ShowSources(const FeedFigures& figures) {
   int row = 0;
   for (const auto& source : figures.sources) {
     SetRow(sources_, row,
-           {QString::fromStdString(source.name), QString::number(source.products),
-            QString::fromStdString(source.state)});
+           {Shown(source.name), QString::number(source.products), Shown(source.state)});
     sources_->item(row, 2)->setForeground(source.isWell ? palette().text()
                                                         : QBrush(QColor("#b00020")));
     ++row;
@@ -131,8 +136,8 @@ void FeedWindow::ShowProducts(const FeedFigures& figures) {
   for (const auto& product : figures.last) {
     const auto at = QDateTime::fromSecsSinceEpoch(std::chrono::system_clock::to_time_t(product.at));
     SetRow(products_, row++,
-           {QString::fromStdString(product.name), at.toString("hh:mm:ss"), Spell(product.outcome),
-            QString::fromStdString(product.source)});
+           {Shown(product.name), at.toString("hh:mm:ss"), Spell(product.outcome),
+            Shown(product.source)});
   }
 }
 

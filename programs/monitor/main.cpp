@@ -10,6 +10,7 @@
 #include <string>
 #include <sys/signalfd.h>
 
+#include "base/text.h"
 #include "programs/monitor/line_pacer.h"
 #include "programs/monitor/receiver.h"
 #include "programs/monitor/reference.h"
@@ -246,7 +247,7 @@ int main(int argc, char** argv) {
   try {
     return ostrel::Run(options);
   } catch (const std::exception& failure) {
-    fmt::print(stderr, "ostrel-monitor: {}\n", failure.what());
+    fmt::print(stderr, "ostrel-monitor: {}\n", ostrel::Printable(failure.what()));
     return 2;
   }
 }

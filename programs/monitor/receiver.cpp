@@ -4,10 +4,12 @@
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
+#include "base/text.h"
+
 namespace ostrel {
 
 void ShowLine(std::string_view text, std::FILE* where) {
-  fmt::print(where, "{:%H:%M:%S} {}\n", fmt::localtime(std::time(nullptr)), text);
+  fmt::print(where, "{:%H:%M:%S} {}\n", fmt::localtime(std::time(nullptr)), Printable(text));
   std::fflush(where);
 }
 

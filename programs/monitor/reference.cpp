@@ -77,7 +77,8 @@ void ReferenceListener::HearStation() {
 
 void ReferenceListener::TellFigures() {
   const auto figures = FiguresOf(comparison_, Now());
-  Put(options_.json, figures.dump() + "\n");
+  Put(options_.json,
+      figures.dump(-1, ' ', true, nlohmann::ordered_json::error_handler_t::replace) + "\n");
   Put(options_.metrics, MetricsOf(figures));
 }
 

@@ -33,7 +33,7 @@ void List(const Options& options) {
   const Json lists = {{"entries", AskForAll(options.station, "list", "entries")},
                       {"held", AskForAll(options.station, "held", "held")},
                       {"intakePaused", Ask(options.station, {{"ask", "status"}})["intakePaused"]}};
-  fmt::print("{}", options.json ? lists.dump(2) + "\n" : QueueTable(lists));
+  fmt::print("{}", options.json ? JsonLines(lists) : QueueTable(lists));
 }
 
 void Quarantine(const Options& options) {
@@ -43,7 +43,7 @@ void Quarantine(const Options& options) {
       return Say(Ask(options.station, {{"ask", operation}, {"name", name}})["done"]);
   }
   const auto items = AskForAll(options.station, "quarantine", "quarantine");
-  fmt::print("{}", options.json ? items.dump(2) + "\n" : QuarantineTable(items));
+  fmt::print("{}", options.json ? JsonLines(items) : QuarantineTable(items));
 }
 
 void ShowHistory(const Options& options) {

@@ -138,7 +138,7 @@ class Resending {
 }  // namespace
 
 Json Ask(const std::string& folder, const Json& question) {
-  const auto line = question.dump(-1, ' ', false, Json::error_handler_t::replace);
+  const auto line = question.dump(-1, ' ', true, Json::error_handler_t::replace);
   auto answer = Json::parse(AskStation(folder, line, kPatience));
   if (answer.contains("error")) throw std::runtime_error(answer["error"]);
   return answer;

@@ -58,9 +58,10 @@ Json ValuesOf(const PastProduct& product) {
 }
 
 std::string Quoted(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  auto printable = Printable(text);
+  if (printable.find_first_of(",\"") == std::string::npos) return printable;
   std::string quoted = "\"";
-  for (const char c : text) quoted.append(c == '"' ? 2 : 1, c);
+  for (const char c : printable) quoted.append(c == '"' ? 2 : 1, c);
   return quoted + '"';
 }
 
@@ -87,6 +88,10 @@ std::string Row(const std::vector<std::string>& cells, std::string_view separato
 }
 
 }  // namespace
+
+std::string JsonLines(const Json& value) {
+  return value.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
+}
 
 std::string QueueTable(const Json& lists) {
   auto table = fmt::format("{:>8}  {:<24} {:>10} {:>12} {:>12}  {:<8} {:>8}\n", "Priority", "Name",
@@ -150,7 +155,7 @@ std::string HistoryJson(const std::vector<PastProduct>& products) {
     for (std::size_t i = 0; i < kHeadings.size(); ++i) row[kHeadings[i]] = values[i];
     all.push_back(std::move(row));
   }
-  return all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  return JsonLines(all);
 }
 
 }  // namespace ostrel

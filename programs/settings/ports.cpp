@@ -91,14 +91,14 @@ void ListPorts(StationFolder& station) {
   fmt::print("Serial devices of this computer{}\n", devices.empty() ? ": none found" : "");
   for (const auto& device : devices) {
     const auto ports = PortsOf(station, device);
-    fmt::print("  {:<60} {}\n", device.string(), ports.empty() ? "-" : ports);
+    fmt::print("  {:<60} {}\n", Printable(device.string()), ports.empty() ? "-" : ports);
   }
   fmt::print("Ports of this station\n");
   for (int number = 1; number <= kPortCount; ++number) {
     const auto link = PortLink(station.path(), number);
     const auto device = LinkedDevice(link);
     if (device.empty()) continue;
-    fmt::print("  COM{}  {}{}\n", number, device,
+    fmt::print("  COM{}  {}{}\n", number, Printable(device),
                fs::exists(link, none) ? "" : "  (not there now)");
   }
 }
@@ -109,7 +109,7 @@ void ConnectPort(StationFolder& station, const std::string& port, const std::str
     throw Failure(failure_number::kDeviceUnavailable,
                   fmt::format("{} is no serial device. \"ports\" shows what is there.", device));
   LinkDevice(PortLink(station.path(), number), fs::absolute(device).string());
-  fmt::print("COM{} is now {}\n", number, device);
+  fmt::print("COM{} is now {}\n", number, Printable(device));
 }
 
 }  // namespace ostrel

@@ -17,7 +17,7 @@ namespace {
 class TerminalReporting : public Reporting {
  public:
   void WriteLog(std::string_view category, std::string_view message) override {
-    fmt::print(stderr, "{}: {}\n", category, message);
+    fmt::print(stderr, "{}: {}\n", category, Printable(message));
   }
   void ReportError(const Failure& failure, std::string_view procedure,
                    const AdditionalText& additional) override {
@@ -67,7 +67,7 @@ void RouteNames(StationFolder& station, const std::vector<std::string>& names) {
   const RuleMatcher rules(setup.SetupPriList);
   const Routes routes{rules, lists.AllAreKnown(), unZip};
   const auto route = [&](const std::string& name) {
-    fmt::print("{}\t{}\n", name, routes.Of(ToUpper(name)));
+    fmt::print("{}\n", Printable(name) + "\t" + routes.Of(ToUpper(name)));
   };
   for (const auto& name : names) {
     if (name != "-") {

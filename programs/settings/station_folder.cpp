@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "base/station_files.h"
+#include "base/text.h"
 #include "settings/lost_settings.h"
 #include "station/program_log.h"
 
@@ -26,7 +27,7 @@ StationFolder::StationFolder(const std::string& folder)
 std::unique_ptr<SettingsStore> StationFolder::OpenStore() {
   const auto loss = LossOf(stores_, files_, path_);
   if (!loss.empty() && stores_.Look().state == StoreState::kDamaged) throw Lost(loss);
-  if (!loss.empty()) fmt::print(stderr, "Note: {} These are the defaults.\n", loss);
+  if (!loss.empty()) fmt::print(stderr, "Note: {} These are the defaults.\n", Printable(loss));
   return OpenAtRoot(stores_);
 }
 
@@ -39,14 +40,14 @@ void StationFolder::ChangeStore(const std::function<void(SettingsStore&)>& chang
 
 void StationFolder::KeepCopy() {
   if (const auto failure = FailureIn([this] { stores_.KeepCopy(); }))
-    fmt::print(stderr, "No copy of the settings store was made: {}\n", failure->text());
+    fmt::print(stderr, "No copy of the settings store was made: {}\n", Printable(failure->text()));
 }
 
 void StationFolder::Log(const std::string& text) {
   try {
     files_.Append(LogPath(path_), LogLine(clock_.Now(), "Settings", text));
   } catch (const Failure& failure) {
-    fmt::print(stderr, "The log could not be written: {}\n", failure.text());
+    fmt::print(stderr, "The log could not be written: {}\n", Printable(failure.text()));
   }
 }
 

@@ -64,7 +64,7 @@ void ExportSettings(StationFolder& station, const std::string& file) {
                           file, std::string(kUtf16Mark) +
                                     Convert(FormatRegistryText(values), "UTF-8", "UTF-16LE"));
                     });
-  fmt::print("{} values saved to {}\n", values.size(), file);
+  fmt::print("{} values saved to {}\n", values.size(), Printable(file));
 }
 
 void ImportSettings(StationFolder& station, const std::string& file) {
@@ -75,7 +75,7 @@ void ImportSettings(StationFolder& station, const std::string& file) {
     fmt::print(stderr, "Import left out {}\n", Printable(leftOut));
     station.Log("Import left out " + leftOut);
   }
-  fmt::print("{} values taken from {}\n", import.values.size(), file);
+  fmt::print("{} values taken from {}\n", import.values.size(), Printable(file));
 }
 
 }  // namespace ostrel

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include "base/failure.h"
+#include "base/text.h"
 #include "programs/settings/commands.h"
 #include "settings/all_settings.h"
 
@@ -11,7 +12,7 @@ void ListSettings(StationFolder& station) {
   fmt::print("{:<17} {:<38} {}\n", "KEY", "SECTION", "VALUE");
   for (const auto& row : AllSettings(station.path())) {
     const auto value = store->ReadSetting(KeyPath(row.section), row.key, row.fallback);
-    fmt::print("{:<17} {:<38} {}\n", row.key, KeyPath(row.section), value);
+    fmt::print("{:<17} {:<38} {}\n", row.key, KeyPath(row.section), Printable(value));
   }
 }
 

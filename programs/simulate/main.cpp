@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "base/failure.h"
+#include "base/text.h"
 #include "programs/simulate/arrivals.h"
 #include "programs/simulate/report.h"
 #include "programs/simulate/simulation.h"
@@ -47,7 +48,8 @@ int main(int argc, char** argv) {
         list.empty() ? ostrel::ArrivalsFromFolder(products) : ostrel::ParseArrivals(ReadFile(list));
     ostrel::StationCopy station(std::filesystem::weakly_canonical(folder).string());
     if (baud != 0) station.Set("ComBaud", fmt::format("{}", baud));
-    for (const auto& remark : station.remarks()) fmt::print(stderr, "{}\n", remark);
+    for (const auto& remark : station.remarks())
+      fmt::print(stderr, "{}\n", ostrel::Printable(remark));
     const auto length = ostrel::WholeDays(arrivals, days);
     const auto measures = ostrel::Simulate(station, arrivals, length);
     fmt::print("{}", ostrel::TableOf(measures));
@@ -55,7 +57,7 @@ int main(int argc, char** argv) {
     if (!plot.empty()) WriteFile(plot, ostrel::SvgOf(measures));
     return 0;
   } catch (const std::exception& error) {
-    fmt::print(stderr, "ostrel-simulate: {}\n", error.what());
+    fmt::print(stderr, "ostrel-simulate: {}\n", ostrel::Printable(error.what()));
     return 1;
   }
 }

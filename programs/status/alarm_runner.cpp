@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "base/text.h"
 #include "client/station_client.h"
 #include "programs/status/alarms.h"
 
@@ -39,7 +40,7 @@ void WatchForAlarms(const std::string& folder, const AlarmConfig& config, LastAl
   Status status;
   AlarmWatch watch(config, [&](const AlarmNews& news) {
     last.Add(news);
-    fmt::print("{} {}\n", news.Event(), news.text);
+    fmt::print("{} {}\n", news.Event(), Printable(news.text));
     std::fflush(stdout);
     RunAlarmCommand(news, status);
   });

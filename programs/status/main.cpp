@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "base/text.h"
 #include "client/station_client.h"
 #include "platform/linux/program_folder.h"
 #include "programs/status/alarms.h"
@@ -72,7 +73,7 @@ int main(int count, char* arguments[]) {
   try {
     Run(options);
   } catch (const std::exception& error) {
-    fmt::print(stderr, "ostrel-status: {}\n", error.what());
+    fmt::print(stderr, "ostrel-status: {}\n", Printable(error.what()));
     return EXIT_FAILURE;
   }
   return EXIT_SUCCESS;

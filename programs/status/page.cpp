@@ -59,7 +59,8 @@ std::string FolderLine(const Status& folder) {
   if (files > 0) line = fmt::format("{}{}", files, folder["more"] == true ? " or more" : "");
   if (!folder["oldest"].is_null()) line += ", the oldest " + Spell(folder["oldest"]);
   const auto& trouble = folder["trouble"];
-  if (!trouble.is_null()) line += (line.empty() ? "" : ", ") + trouble.get<std::string>();
+  if (!trouble.is_null())
+    line += (line.empty() ? "" : ", ") + Printable(trouble.get<std::string>());
   return line;
 }
 
@@ -95,6 +96,10 @@ std::string PlaceOf(const Status& obstacle) {
   return folder + "/" + Printable(obstacle["name"].get<std::string>());
 }
 
+std::string JsonText(const Status& value) {
+  return value.dump(-1, ' ', true, Status::error_handler_t::replace);
+}
+
 std::string PageOf(const Status& status) {
   const auto& next = status["nextIdentification"];
   const auto& free = status["freeBytes"];
@@ -103,7 +108,7 @@ std::string PageOf(const Status& status) {
     page += fmt::format("{:<20} {}\n", caption, value);
   };
   add("Station", StateLine(status));
-  add("Port", fmt::format("{} {} bits a second", status["port"].get<std::string>(),
+  add("Port", fmt::format("{} {} bits a second", Printable(status["port"].get<std::string>()),
                           status["rate"].get<int>()));
   add("On the air", OnAirLine(status["onAir"]));
   add("Last packet", Ago(status["sincePacket"]));

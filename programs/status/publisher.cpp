@@ -36,7 +36,7 @@ void Report(const Client& client, const BrokerAddress& address, const std::strin
   try {
     Send(client, address.topic, AskForStatus(folder));
   } catch (const std::exception& error) {
-    Send(client, address.topic, Status{{"state", "no answer"}, {"error", error.what()}}.dump());
+    Send(client, address.topic, JsonText({{"state", "no answer"}, {"error", error.what()}}));
   }
 }
 

@@ -11,6 +11,9 @@ using Status = nlohmann::ordered_json;
 /// An obstacle's file with its folder, or the folder that cannot be used.
 std::string PlaceOf(const Status& obstacle);
 
+/// On one line, in ASCII; what is no UTF-8 is replaced.
+std::string JsonText(const Status& value);
+
 /// A page of text.
 std::string PageOf(const Status& status);
 

@@ -81,11 +81,11 @@ void Serve(const std::string& folder, const std::string& where, const LastAlarms
     try {
       auto status = Status::parse(latest.Get());
       status["alarms"] = alarms.Get();
-      response.set_content(status.dump(), "application/json");
+      response.set_content(JsonText(status), "application/json");
     } catch (const std::exception& error) {
       response.status = kNotAnswering;
       const Status trouble = {{"error", error.what()}, {"alarms", alarms.Get()}};
-      response.set_content(trouble.dump(), "application/json");
+      response.set_content(JsonText(trouble), "application/json");
     }
   });
   server.Get("/queue.json", [&](const httplib::Request&, httplib::Response& response) {
@@ -93,7 +93,7 @@ void Serve(const std::string& folder, const std::string& where, const LastAlarms
       response.set_content(queue.Get(), "application/json");
     } catch (const std::exception& error) {
       response.status = kNotAnswering;
-      response.set_content(Status({{"error", error.what()}}).dump(), "application/json");
+      response.set_content(JsonText({{"error", error.what()}}), "application/json");
     }
   });
   server.Get("/day.html", [&](const httplib::Request&, httplib::Response& response) {

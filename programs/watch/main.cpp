@@ -11,6 +11,7 @@
 #include <thread>
 #include <unistd.h>
 
+#include "base/text.h"
 #include "client/station_client.h"
 #include "platform/linux/program_folder.h"
 #include "programs/watch/child.h"
@@ -33,7 +34,7 @@ struct Options {
 };
 
 void Say(const std::string& text) {
-  fmt::print(stderr, "ostrel-watch: {}\n", text);
+  fmt::print(stderr, "ostrel-watch: {}\n", Printable(text));
 }
 
 /// Stop signals come as what is read from a descriptor, so that none is lost between two looks.

@@ -84,7 +84,7 @@ TEST_F(ProgramLogTest, NobodysNameMakesALineOfItsOwn) {
       AdditionalText(std::vector<std::string>{"First. ", " File Name: /x\r\ny", "Last"}));
   EXPECT_EQ(
       Read("RtLog.txt"),
-      "11/18/26 12:00:00 Test         X\\x0D\\x0A\\x1B[2J\\x7F\xC3\xA4\r\n"
+      "11/18/26 12:00:00 Test         X\\x0D\\x0A\\x1B[2J\\x7F\\xC3\\xA4\r\n"
       "11/18/26 12:00:00 Timer        Error # 70, held: /x\\x0Ay, occurred at reference "
       "(unspecified), in Ostrel.frmMain.Timer First. \r\n File Name: /x\\x0D\\x0Ay\r\nLast\r\n");
 }
