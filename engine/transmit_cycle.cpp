@@ -49,6 +49,8 @@ void TransmitCycle::RunTick() {
   if (s == 0) {
     Step([this] { parts_.schedule.ProcessSchedule(); });
     parts_.mainFields.lblFilesSent.Set(fmt::format("{}", parts_.status.FilesSentInAll()));
+  } else {
+    Step([this] { parts_.schedule.ProcessWaiting(); });
   }
   ToggleActivityLight();
   Step([this] { parts_.scan.CheckForNewFiles(); });

@@ -64,19 +64,27 @@ void Schedule::ProcessSchedule() {
     if (!entry.time) {
       LogFailure(TypeMismatch(), entry);
     } else if (*entry.time == TimeOfDay{now.hour, now.minute}) {
-      Fire(entry);
+      if (!Fire(entry)) waiting_.push_back(entry);
     }
   }
 }
 
-void Schedule::Fire(const ScheduleEntry& entry) {
+void Schedule::ProcessWaiting() {
+  std::erase_if(waiting_, [this](const ScheduleEntry& entry) { return Fire(entry); });
+}
+
+bool Schedule::Fire(const ScheduleEntry& entry) {
   try {
-    parts_.copy.CopyFile(parts_.files.ActualPath(entry.source),
-                         parts_.files.ActualPath(entry.destination), Links::kFollowed);
+    const auto source = parts_.files.ActualPath(entry.source);
+    const auto destination = parts_.files.ActualPath(entry.destination);
+    if (!parts_.files.IsReady(source, std::string(FolderOf(destination)), Means::kCopy))
+      return false;
+    parts_.copy.CopyFile(source, destination, Links::kFollowed);
   } catch (const std::exception& error) {
     LogFailure(AsFailure(error), entry);
   }
   parts_.reporting.WriteLog("Schedule", "Sent " + entry.source);
+  return true;
 }
 
 void Schedule::LogFailure(const Failure& failure, const ScheduleEntry& entry) {

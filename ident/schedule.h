@@ -43,8 +43,11 @@ class Schedule {
   };
   explicit Schedule(const Parts& parts) : parts_(parts) {}
 
-  /// Once a minute: copies the file of every entry whose minute it is. Failures go to the log.
+  /// Once a minute: copies the file of every entry whose minute it is. Failures go to the log. The
+  /// copy of a large file is made beside the ticks; its entry waits for it.
   void ProcessSchedule();
+  /// Each tick: the entries whose copies have been made.
+  void ProcessWaiting();
 
   /// RtSched.txt in the program folder. A file that is missing or cannot be read is an empty
   /// schedule, and the status tells of the second; one that could not be read is not written over
@@ -60,11 +63,13 @@ class Schedule {
 
  private:
   void SaveSchedule();
-  void Fire(const ScheduleEntry& entry);
+  /// False while the copy of a large file is being made.
+  bool Fire(const ScheduleEntry& entry);
   void LogFailure(const Failure& failure, const ScheduleEntry& entry);
   std::string Path() const;
 
   Parts parts_;
+  std::vector<ScheduleEntry> waiting_;
 };
 
 }  // namespace ostrel

@@ -38,5 +38,27 @@ TEST(ScheduledTransmission, GoesOutAtSecondZeroOfItsMinuteAndFailuresOnlyCostThe
   EXPECT_NE(failures[3].find("Source File: , Destination File: /only"), std::string::npos);
 }
 
+TEST(ScheduledTransmission, ALargeFileWaitsForItsCopyAndHoldsUpNobody) {
+  VirtualStation station(kNoon - 10s);
+  station.Set("ComBaud", "38400");
+  station.Rule(0, "TOR*");
+  const auto folder = ToLower(station.Path(""));
+  station.WriteFile(station.Path("large.txt"), SampleText(5000));
+  station.WriteFile(station.Path("RtSched.txt"),
+                    "12:00 " + folder + "large.txt " + folder + "kvdata/rtpri3/large.txt\r\n");
+  const auto made = station.machine.clock.Monotonic() + 30s;
+  station.files.isReady = [&](const std::string& source, Means means) {
+    const bool isCopied = means == Means::kCopy && source.ends_with("large.txt");
+    return !isCopied || station.machine.clock.Monotonic() >= made;
+  };
+  station.Start();
+  station.Drop("TOR.TXT", SampleText(500));
+  station.Run(3min);
+  Lines names;
+  for (const auto& product : station.Products()) names.push_back(product.name);
+  EXPECT_EQ(names, (Lines{"TOR.TXT", "LARGE.TXT"}));
+  EXPECT_EQ(station.LogOf("Schedule").size(), 1U);
+}
+
 }  // namespace
 }  // namespace ostrel
