@@ -2,7 +2,10 @@
 # shellcheck shell=bash disable=SC2034
 
 readonly bin=build/release/bin
-readonly programs=(ostrel ostrel-{feed,ingest,monitor,queue,settings,status})
+# What a station needs on its first minute, and what it gets besides.
+readonly first_programs=(ostrel ostrel-{monitor,settings})
+readonly later_programs=(ostrel-{feed,ingest,queue,status})
+readonly programs=("${first_programs[@]}" "${later_programs[@]}")
 readonly baud=38400
 readonly main_title='EMWIN ReTransmission Engine - By Corvain'
 
@@ -29,14 +32,15 @@ make_station() {
   mv "$new" "$1"
 }
 
-# place_programs DIR: the programs as last built. Links would not do: a station is where its program
-# really is.
+# place_programs DIR PROGRAM...: as last built. Links would not do: a station is where its program
+# really is. The companion programs are the feed under other names.
 place_programs() {
-  local program
-  for program in "${programs[@]}"; do
+  local program name
+  for program in "${@:2}"; do
     ln -f "$bin/$program" "$1/$program" 2>/dev/null || cp -f "$bin/$program" "$1/$program"
+    [ "$program" = ostrel-feed ] || continue
+    for name in Brask Tiltor; do ln -sf ostrel-feed "$1/$name"; done
   done
-  for program in Brask Tiltor; do ln -sf ostrel-feed "$1/$program"; done
 }
 
 # start_monitor STATION RECEIVED LOG: leaves its process id in `monitor` and the log open on

@@ -55,6 +55,12 @@ void Bind(QLineEdit* edit, Field<std::string>& field) {
   });
 }
 
+#if QT_VERSION >= QT_VERSION_CHECK(6, 7, 0)
+constexpr auto kCheckChanged = &QCheckBox::checkStateChanged;
+#else
+constexpr auto kCheckChanged = &QCheckBox::stateChanged;
+#endif
+
 void Bind(QCheckBox* box, Field<Check>& field) {
   box->setObjectName(ToQt(field.name()));
   const auto show = [box](Check state) {
@@ -67,7 +73,7 @@ void Bind(QCheckBox* box, Field<Check>& field) {
   };
   show(field.Get());
   KeepWith(box, field.OnChange(show));
-  QObject::connect(box, &QCheckBox::stateChanged, box, [&field](int state) {
+  QObject::connect(box, kCheckChanged, box, [&field](int state) {
     if (state == Qt::PartiallyChecked) return field.Set(Check::kGrayed);
     field.Set(state == Qt::Checked ? Check::kChecked : Check::kUnchecked);
   });
