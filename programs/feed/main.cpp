@@ -17,6 +17,7 @@
 #include "platform/linux/program_folder.h"
 #include "platform/linux/sharing.h"
 #include "platform/linux/standard_streams.h"
+#include "programs/feed/explain_files.h"
 
 namespace {
 
@@ -28,6 +29,7 @@ struct Options {
   std::string station = ProgramFolder();
   bool check = false;
   std::vector<std::string> names;
+  ExplainOptions explain;
 };
 
 /// Explains the configuration, or says what is wrong with it; tells what becomes of `names`.
@@ -68,6 +70,7 @@ int main(int count, char* arguments[]) {
   auto* const check =
       app.add_flag("--check", options.check, "Explains Feed.toml, or says what is wrong in it");
   app.add_option("--name", options.names, "With --check: what becomes of this name")->needs(check);
+  AddExplainOptions(app, options.explain);
   std::string start;  // "KvStart", which the station gives to its companion programs
   if (kinds != SourceKinds::kAll)
     app.add_option("START", start)->check(CLI::IsMember({kStartWord}));
@@ -75,6 +78,7 @@ int main(int count, char* arguments[]) {
   try {
     // What came is remembered by its path: one spelling of it.
     options.station = std::filesystem::canonical(options.station).string();
+    if (options.explain.isWanted) return ExplainFiles(options.explain, options.station);
     if (!options.check) return Run(options, kinds, count, arguments);
     Check(options);
     return EXIT_SUCCESS;
