@@ -25,8 +25,8 @@ Failure AsFailure(const std::exception& error) {
 }
 
 std::string DescribeFailure(const Failure& failure) {
-  return fmt::format("Error # {}, {}, {}, in {}", failure.number(), failure.text(), kNoReference,
-                     failure.source());
+  return fmt::format("Error # {}, {}, {}, in {}", failure.number(), Printable(failure.text()),
+                     kNoReference, Printable(failure.source()));
 }
 
 }  // namespace ostrel

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "base/names.h"
+#include "base/text.h"
 #include "config/toml_reading.h"
 #include "feed/placing.h"
 #include "platform/linux/file_io.h"
@@ -184,27 +185,27 @@ struct SourceNames {
   }
 };
 
-std::string Details(const FolderSettings& folder) {
+template <typename Add>
+void AddDetails(const FolderSettings& folder, Add&& add) {
   const auto after = folder.afterwards == Afterwards::kLeave    ? std::string("stay")
                      : folder.afterwards == Afterwards::kDelete ? "are deleted"
                                                                 : "go to " + folder.moveTo;
-  return fmt::format(
-      "    Files that are there at the start are {}. Taken files {}.\n"
-      "    Passed over: {}. Zip archives are {}.\n",
-      folder.takesOldFiles ? "taken, if they were not before" : "left", after,
-      folder.passedOver.empty()
-          ? "hidden files"
-          : fmt::format("hidden files, {}", fmt::join(folder.passedOver, ", ")),
-      folder.unpacks ? "unpacked" : "taken as they are");
+  add(fmt::format("    Files that are there at the start are {}. Taken files {}.",
+                  folder.takesOldFiles ? "taken, if they were not before" : "left", after));
+  add(fmt::format("    Passed over: {}. Zip archives are {}.",
+                  folder.passedOver.empty()
+                      ? "hidden files"
+                      : fmt::format("hidden files, {}", fmt::join(folder.passedOver, ", ")),
+                  folder.unpacks ? "unpacked" : "taken as they are"));
 }
 
 std::string Details(const UdpSettings& udp) {
-  if (udp.from.empty()) return "    From this computer alone.\n";
+  if (udp.from.empty()) return "    From this computer alone.";
   std::vector<std::string> senders;
   for (const auto& network : udp.from) senders.push_back(SpellIpv4Network(network));
   const bool isAnybody = std::any_of(udp.from.begin(), udp.from.end(),
                                      [](const auto& network) { return network.mask == 0; });
-  return fmt::format("    From {}{}.\n", fmt::join(senders, ", "),
+  return fmt::format("    From {}{}.", fmt::join(senders, ", "),
                      isAnybody ? ": from anybody who reaches this computer" : " alone");
 }
 
@@ -232,25 +233,26 @@ std::string NameOfSource(const SourceSettings& settings) {
 }
 
 std::string Explain(const FeedConfig& config) {
-  std::string text = config.sources.empty() ? "No source is set.\n" : "Sources:\n";
+  std::string text;
+  const auto add = [&text](std::string_view line) { text += Printable(line) + '\n'; };
+  add(config.sources.empty() ? "No source is set." : "Sources:");
   for (const auto& source : config.sources) {
-    text += fmt::format("  {}\n", NameOfSource(source));
-    if (const auto* const folder = std::get_if<FolderSettings>(&source)) text += Details(*folder);
-    if (const auto* const udp = std::get_if<UdpSettings>(&source)) text += Details(*udp);
+    add("  " + NameOfSource(source));
+    if (const auto* const folder = std::get_if<FolderSettings>(&source)) AddDetails(*folder, add);
+    if (const auto* const udp = std::get_if<UdpSettings>(&source)) add(Details(*udp));
     if (const auto* const broker = std::get_if<BrokerSettings>(&source))
-      text += fmt::format("    What comes while this is away is kept for {}.\n", broker->session);
+      add(fmt::format("    What comes while this is away is kept for {}.", broker->session));
   }
-  text += config.deliverTo && config.deliverTo->empty() ? "Nothing is delivered to a station.\n"
-          : config.deliverTo ? fmt::format("Products go to {}.\n", *config.deliverTo)
-                             : "Products go to the station's ingest folder.\n";
-  text += fmt::format("The same product again within {} s is dropped.\n", config.repeats.count());
-  text += fmt::format("What has more than {} bytes is kept in {}.\n", config.largest,
-                      config.unknownFolder);
+  add(config.deliverTo && config.deliverTo->empty() ? "Nothing is delivered to a station."
+      : config.deliverTo ? fmt::format("Products go to {}.", *config.deliverTo)
+                         : "Products go to the station's ingest folder.");
+  add(fmt::format("The same product again within {} s is dropped.", config.repeats.count()));
+  add(fmt::format("What has more than {} bytes is kept in {}.", config.largest,
+                  config.unknownFolder));
   for (const auto& rule : config.names)
-    text += fmt::format("A name like {} becomes {}.\n", rule.pattern, rule.name);
-  text += fmt::format("What has no short name goes to {}.\n", config.unknownFolder);
-  if (config.publish)
-    text += fmt::format("Products are published at {}.\n", Spell(*config.publish));
+    add(fmt::format("A name like {} becomes {}.", rule.pattern, rule.name));
+  add(fmt::format("What has no short name goes to {}.", config.unknownFolder));
+  if (config.publish) add(fmt::format("Products are published at {}.", Spell(*config.publish)));
   return text;
 }
 

@@ -84,8 +84,8 @@ void ProgramLog::ReportError(const Failure& failure, std::string_view procedure,
                              const AdditionalText& additional) {
   parts_.status.CountError(procedure);
   const auto added = additional.Shown();
-  Write(procedure, fmt::format("{}.{}.{} {}", Printable(DescribeFailure(failure)),
-                               ModuleOf(procedure), procedure, added));
+  Write(procedure, fmt::format("{}.{}.{} {}", DescribeFailure(failure), ModuleOf(procedure),
+                               procedure, added));
   if (parts_.values.showErrors)
     parts_.dialogs.ShowErrorWindow(ReportText(failure, procedure, added));
 }

@@ -147,7 +147,7 @@ std::string SettingsIo::SaveUnsaved() {
 }
 
 void SettingsIo::Say(const std::string& text) {
-  parts_.dialogs.ShowMessage({kProgramName, text, MessageIcon::kExclamation});
+  parts_.dialogs.ShowMessage({kProgramName, Printable(text), MessageIcon::kExclamation});
 }
 
 void SettingsIo::TakeProgramValues() {

@@ -25,9 +25,9 @@ void Bind(QLabel* label, Field<std::string>& field) {
 }
 
 void BindToolTip(QWidget* widget, Field<std::string>& field) {
-  widget->setToolTip(ToQt(field.Get()));
-  KeepWith(widget,
-           field.OnChange([widget](const std::string& text) { widget->setToolTip(ToQt(text)); }));
+  const auto show = [widget](const std::string& text) { widget->setToolTip(Shown(text)); };
+  show(field.Get());
+  KeepWith(widget, field.OnChange(show));
 }
 
 void BindValue(QLabel* label, const QString& caption, Field<std::string>& field) {

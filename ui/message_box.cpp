@@ -4,6 +4,7 @@
 #include <QSpacerItem>
 #include <utility>
 
+#include "base/text.h"
 #include "ui/bindings.h"
 
 namespace ostrel::ui {
@@ -30,11 +31,18 @@ QMessageBox::StandardButtons ButtonsOf(const Message& message) {
   return QMessageBox::Ok;
 }
 
+/// The line ends are the program's own; within a line may stand what strangers wrote.
+QString LinesOf(const std::string& text) {
+  QStringList lines;
+  ForEachLine(text, [&](std::string_view line) { lines << Shown(std::string(line)); });
+  return lines.join('\n');
+}
+
 }  // namespace
 
 MessageBox::MessageBox(const Message& message, std::function<void(MessageAnswer)> answered,
                        QWidget* owner)
-    : QMessageBox(IconOf(message.icon), ToQt(message.title), ToQt(message.text).remove('\r'),
+    : QMessageBox(IconOf(message.icon), ToQt(message.title), LinesOf(message.text),
                   ButtonsOf(message), owner),
       message_(message) {
   setModal(false);

@@ -17,6 +17,7 @@
 #include "platform/linux/program_folder.h"
 #include "platform/linux/sharing.h"
 #include "platform/linux/standard_streams.h"
+#include "programs/command_line.h"
 #include "programs/feed/explain_files.h"
 
 namespace {
@@ -66,6 +67,7 @@ int main(int count, char* arguments[]) {
   if (kinds != SourceKinds::kAll) ShowWindowInstead(called, arguments);
   Options options;
   CLI::App app("Brings products from receivers, other stations and brokers to a station.");
+  app.failure_message(RefusedArguments);
   app.add_option("--station", options.station, "The station's folder")->capture_default_str();
   auto* const check =
       app.add_flag("--check", options.check, "Explains Feed.toml, or says what is wrong in it");

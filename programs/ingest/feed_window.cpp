@@ -109,8 +109,8 @@ void FeedWindow::Refresh(const Feed& feed) {
   }
 }
 
-void FeedWindow::ShowFailure(const QString& why) {
-  ShowTrouble(why);
+void FeedWindow::ShowFailure(const std::string& why) {
+  ShowTrouble(Shown(why));
 }
 
 void FeedWindow::ShowTrouble(const QString& trouble) {

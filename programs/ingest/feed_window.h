@@ -18,7 +18,7 @@ class FeedWindow : public QWidget {
   /// Shows what `feed`, which outlives the window's being shown, does from now on.
   void Follow(const Feed& feed);
   /// Shows why there is no feed.
-  void ShowFailure(const QString& why);
+  void ShowFailure(const std::string& why);
 
  private:
   void Refresh(const Feed& feed);

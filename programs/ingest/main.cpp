@@ -31,7 +31,7 @@ int main(int count, char* arguments[]) {
     window.Follow(feed);
     QApplication::exec();
   } catch (const std::exception& error) {
-    window.ShowFailure(QString::fromUtf8(error.what()));
+    window.ShowFailure(error.what());
     QApplication::exec();
     return EXIT_FAILURE;
   }

@@ -11,6 +11,7 @@
 #include <sys/signalfd.h>
 
 #include "base/text.h"
+#include "programs/command_line.h"
 #include "programs/monitor/line_pacer.h"
 #include "programs/monitor/receiver.h"
 #include "programs/monitor/reference.h"
@@ -236,6 +237,7 @@ void Declare(CLI::App& app, Options& options) {
 int main(int argc, char** argv) {
   CLI::App app{
       "Receives an EMWIN packet stream, checks every packet and puts the products together."};
+  app.failure_message(ostrel::RefusedArguments);
   app.footer(
       "Exit status: 0 all blocks were good, 1 a block was damaged, missing or not heard, 2 it "
       "could not listen.");

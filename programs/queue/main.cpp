@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "platform/linux/program_folder.h"
 #include "platform/linux/sharing.h"
+#include "programs/command_line.h"
 #include "programs/queue/moment.h"
 #include "programs/queue/operations.h"
 #include "programs/queue/reports.h"
@@ -149,6 +150,7 @@ int main(int count, char* arguments[]) {
   std::signal(SIGPIPE, SIG_IGN);
   Options options;
   CLI::App app("Shows and changes the queues of a station, and tells what it has sent.");
+  app.failure_message(RefusedArguments);
   app.add_option("--station", options.station, "The station's folder")->capture_default_str();
   app.require_subcommand(1);
   app.parse_complete_callback([&] { ShareWithGroupOf(options.station); });

@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "platform/linux/program_folder.h"
 #include "platform/linux/sharing.h"
+#include "programs/command_line.h"
 #include "programs/settings/commands.h"
 
 namespace {
@@ -19,6 +20,7 @@ using Command = std::function<void(ostrel::StationFolder&)>;
 
 int main(int argc, char** argv) {
   CLI::App app("Settings, ports and rules of an Ostrel station.");
+  app.failure_message(ostrel::RefusedArguments);
   app.require_subcommand(1);
   std::string folder = ostrel::ProgramFolder();
   std::string key, value, file, port, device;

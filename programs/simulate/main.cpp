@@ -8,6 +8,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "programs/command_line.h"
 #include "programs/simulate/arrivals.h"
 #include "programs/simulate/report.h"
 #include "programs/simulate/simulation.h"
@@ -31,6 +32,7 @@ void WriteFile(const std::string& path, const std::string& content) {
 
 int main(int argc, char** argv) {
   CLI::App app("Runs an Ostrel station in virtual time and tells how long products wait.");
+  app.failure_message(ostrel::RefusedArguments);
   std::string folder, list, products, csv, plot;
   int days = 0, baud = 0;
   app.add_option("--station", folder, "The station whose rules and settings count")->required();

@@ -16,6 +16,7 @@
 #include "platform/x11/x_windows.h"
 #include "programs/real_machine.h"
 #include "station/station.h"
+#include "ui/bindings.h"
 #include "ui/looks.h"
 #include "ui/main_window.h"
 #include "ui/setup_dialog.h"
@@ -72,7 +73,7 @@ class StandstillNotices {
   void Look() {
     const auto standstill = station_.standstill();
     if (standstill == std::exchange(told_, standstill) || standstill.empty()) return;
-    notices_.Show(kMainCaption, QString::fromStdString(standstill));
+    notices_.Show(kMainCaption, ui::Shown(standstill));
   }
 
   const Station& station_;

@@ -9,6 +9,7 @@
 #include "base/text.h"
 #include "client/station_client.h"
 #include "platform/linux/program_folder.h"
+#include "programs/command_line.h"
 #include "programs/status/alarms.h"
 #include "programs/status/publisher.h"
 #include "programs/status/reports.h"
@@ -49,6 +50,7 @@ int main(int count, char* arguments[]) {
   std::signal(SIGPIPE, SIG_IGN);
   Options options;
   CLI::App app("Shows how a station stands.");
+  app.failure_message(RefusedArguments);
   app.add_option("--station", options.station, "The station's folder")->capture_default_str();
   auto* const json = app.add_flag("--json", options.json, "The answer as the station gives it");
   auto* const metrics = app.add_flag("--metrics", options.metrics, "For Prometheus");

@@ -14,6 +14,7 @@
 #include "base/text.h"
 #include "client/station_client.h"
 #include "platform/linux/program_folder.h"
+#include "programs/command_line.h"
 #include "programs/watch/child.h"
 #include "programs/watch/listener.h"
 #include "programs/watch/watchdog.h"
@@ -149,6 +150,7 @@ int main(int count, char* arguments[]) {
   std::signal(SIGPIPE, SIG_IGN);
   Options options;
   CLI::App app("Starts a station and starts it again when it hangs.");
+  app.failure_message(RefusedArguments);
   app.add_option("--station", options.station, "The station's folder")->capture_default_str();
   app.add_option("--patience", options.answerSeconds,
                  "Seconds without an answer, beyond what the station announced")

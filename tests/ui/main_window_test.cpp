@@ -86,12 +86,12 @@ TEST(MainWindow, ToolTipsTellWhatTheFiguresAndCutNamesDoNot) {
     QApplication::sendEvent(element, &event);
     return QTextDocumentFragment::fromHtml(QToolTip::text()).toPlainText();
   };
-  ostrel.Hold(2, "FIRST.TXT", SampleText(5'000));
+  ostrel.Hold(2, "FIRST\x1B.TXT", SampleText(5'000));
   ostrel.Run(2s);
-  EXPECT_EQ(tip(ostrel.Find<QWidget>("lblFilesSent")), "11/18/26 12:00:00 FIRST.TXT");
+  EXPECT_EQ(tip(ostrel.Find<QWidget>("lblFilesSent")), "11/18/26 12:00:00 FIRST\\x1B.TXT");
 
   ostrel.files.lockFault = [](const std::string& path) {
-    if (path.ends_with("&A.TXT")) throw Failure(70, "as told");
+    if (path.ends_with("&A.TXT")) throw Failure(70, "as told\xE2\x80\xAE");
   };
   ostrel.files.copyFault = [](const std::string& from, const std::string&) {
     return from.ends_with("RtPri2/BAD.TXT") ? copy_code::kDiskFull : 0;
@@ -103,16 +103,29 @@ TEST(MainWindow, ToolTipsTellWhatTheFiguresAndCutNamesDoNot) {
   const auto ingest = "1 in the ingest folder\n<i>&A.TXT holds it up for ";
   EXPECT_NE(tip(ostrel.Find<QWidget>("lblThroughput")).indexOf(ingest), -1);
   EXPECT_EQ(tip(ostrel.Find<QWidget>("lblTitlePending")).indexOf(ingest), 0);
+  EXPECT_NE(tip(ostrel.Find<QWidget>("lblTitlePending")).indexOf("as told\\xE2\\x80\\xAE"), -1);
   const auto refused = "BAD.TXT is refused for ";
   EXPECT_NE(tip(ostrel.Find<QWidget>("lblSending(1)")).indexOf(refused), -1);
   EXPECT_EQ(tip(ostrel.Find<QWidget>("lblPending(1)")).indexOf(refused), 0);
 
+  // What strangers wrote clears no screen, forges no line and turns none round.
   const std::string name(
-      "<b>A name that is much longer than its place, or than any queue is wide.</b>");
+      "<b>\x1B[2J\r\n\xE2\x80\xAE name that is much longer than its place, or than any queue is "
+      "wide.</b>");
+  const std::string shown(
+      "<b>\\x1B[2J\\x0D\\x0A\\xE2\\x80\\xAE name that is much longer than its place, or than any "
+      "queue is wide.</b>");
   ostrel.window().lblActivefile.Set(name);
   ostrel.window().PriorityList[Priority(1)].Append(name);
-  EXPECT_EQ(tip(ostrel.Find<QWidget>("lblActivefile")).toStdString(), name);
-  EXPECT_EQ(tip(ostrel.Find<ui::ListView>("PriorityList(0)")->viewport()).toStdString(), name);
+  ostrel.window().lblDataRateToolTip.Set(name);
+  EXPECT_EQ(ostrel.Find<QLabel>("lblActivefile")->text().toStdString(), shown);
+  for (auto* const place :
+       {ostrel.Find<QWidget>("lblActivefile"), ostrel.Find<QWidget>("lblDataRate"),
+        ostrel.Find<ui::ListView>("PriorityList(0)")->viewport()})
+    EXPECT_EQ(tip(place).toStdString(), shown);
+  ostrel.dialogs.ShowMessage({"Ostrel", "Refused.\r\n\x1B\xE2\x80\xAE", MessageIcon::kStop},
+                             nullptr);
+  EXPECT_EQ(ostrel.Boxes().first()->text().toStdString(), "Refused.\n\\x1B\\xE2\\x80\\xAE");
 }
 
 TEST(MainWindow, AFailureThatLastsLeavesTheOperatorInSetupAndIsSilencedInItsOwnWindow) {

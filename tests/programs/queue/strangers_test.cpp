@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "feed/feed_book.h"
+#include "feed/feed_config.h"
 #include "platform/linux/temporary_folder.h"
 #include "programs/monitor/receiver.h"
 #include "programs/queue/reports.h"
@@ -92,6 +93,16 @@ std::string Fed(const std::string& text) {
   });
 }
 
+std::string Explained(const std::string& text) {
+  const BrokerAddress broker{.host = text, .topic = text};
+  return Explain({.deliverTo = text,
+                  .unknownFolder = text,
+                  .names = {{.pattern = text, .name = text}},
+                  .sources = {FolderSettings{.paths = {text}, .passedOver = {text}},
+                              BrokerSettings{.address = broker, .session = text}},
+                  .publish = broker});
+}
+
 std::vector<std::string> OutputsWith(const std::string& text) {
   const Json lists = {{"entries",
                        {{{"priority", 1},
@@ -119,6 +130,8 @@ std::vector<std::string> OutputsWith(const std::string& text) {
           JsonText(StatusWith(text)) + "\n",
           Received(text),
           Fed(text),
+          Explained(text),
+          DescribeFailure(Failure(70, text, text)),
           LogLine({}, "Test", text)};
 }
 
