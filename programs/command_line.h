@@ -1,18 +1,20 @@
-// How the programs beside the station refuse what they were called with.
+// What every program does with its command line: --help with an example, --version, and one line
+// for wrong usage.
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
-
-#include "base/text.h"
 
 namespace ostrel {
 
-/// For `failure_message`: says what is wrong. An argument may be the name of a stranger's file, put
-/// there by a pattern of the shell.
-inline std::string RefusedArguments(const CLI::App* app, const CLI::Error& error) {
-  const CLI::Error printable(error.get_name(), Printable(error.what()), error.get_exit_code());
-  return CLI::FailureMessage::simple(app, printable);
-}
+inline constexpr int kWrongUsage = 2;
+
+/// Adds --version, and to --help an example and the page to read on.
+void Describe(CLI::App& app, const std::string& program, const std::string& example);
+
+/// Returns the status with which the program ends at once: 0 after --help or --version, 2 for wrong
+/// usage, which standard error has in one line. What a subcommand throws passes.
+std::optional<int> Parse(CLI::App& app, int count, char* arguments[]);
 
 }  // namespace ostrel

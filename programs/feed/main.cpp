@@ -67,7 +67,6 @@ int main(int count, char* arguments[]) {
   if (kinds != SourceKinds::kAll) ShowWindowInstead(called, arguments);
   Options options;
   CLI::App app("Brings products from receivers, other stations and brokers to a station.");
-  app.failure_message(RefusedArguments);
   app.add_option("--station", options.station, "The station's folder")->capture_default_str();
   auto* const check =
       app.add_flag("--check", options.check, "Explains Feed.toml, or says what is wrong in it");
@@ -76,7 +75,8 @@ int main(int count, char* arguments[]) {
   std::string start;  // "KvStart", which the station gives to its companion programs
   if (kinds != SourceKinds::kAll)
     app.add_option("START", start)->check(CLI::IsMember({kStartWord}));
-  CLI11_PARSE(app, count, arguments);
+  Describe(app, "ostrel-feed", "ostrel-feed --check");
+  if (const auto status = Parse(app, count, arguments)) return *status;
   try {
     // What came is remembered by its path: one spelling of it.
     options.station = std::filesystem::canonical(options.station).string();

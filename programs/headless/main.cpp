@@ -1,23 +1,19 @@
 // The station without windows: no display, no toolkit of windows, nothing that waits for a hand.
 #include <QCoreApplication>
-#include <fmt/format.h>
 
 #include "platform/linux/sharing.h"
 #include "platform/linux/standard_streams.h"
 #include "platform/qt/plain_desktop.h"
 #include "programs/headless/plain_dialogs.h"
+#include "programs/plain_arguments.h"
 #include "programs/real_machine.h"
 
 int main(int count, char* arguments[]) {
   using namespace ostrel;
   FillStandardStreams();
-  if (count > 1) {  // who asks for help wants no station on the air
-    fmt::print(
-        stderr,
-        "usage: {}\nRuns the station of its folder, until SIGTERM. See docs/installing.md.\n",
-        arguments[0]);
-    return 2;
-  }
+  const PlainHelp help{"ostrel-headless",
+                       "Runs the station of its folder without windows, until SIGTERM."};
+  if (const auto status = AnswerArguments(help, count, arguments)) return *status;
   ShareWithGroupOf(ProgramFolder());
   QCoreApplication application(count, arguments);
 

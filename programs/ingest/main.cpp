@@ -12,10 +12,18 @@
 #include "platform/linux/sharing.h"
 #include "platform/linux/standard_streams.h"
 #include "programs/ingest/feed_window.h"
+#include "programs/plain_arguments.h"
 
 int main(int count, char* arguments[]) {
   using namespace ostrel;
   FillStandardStreams();
+  const bool isCalledByStation = count > 1 && (arguments[1] == std::string_view(kStartWord) ||
+                                               arguments[1] == std::string_view(kProbe));
+  const PlainHelp help{"ostrel-ingest",
+                       "Brings products to the station of its folder, and shows it."};
+  if (!isCalledByStation) {
+    if (const auto status = AnswerArguments(help, count, arguments)) return *status;
+  }
   std::string title(FileNameOf(arguments[0]));
   if (KindsOf(title) == SourceKinds::kAll) title = kOtherCompanion;
   prctl(PR_SET_NAME, title.c_str());  // the station looks for a process of that name, too

@@ -237,15 +237,17 @@ void Declare(CLI::App& app, Options& options) {
 int main(int argc, char** argv) {
   CLI::App app{
       "Receives an EMWIN packet stream, checks every packet and puts the products together."};
-  app.failure_message(ostrel::RefusedArguments);
-  app.footer(
-      "Exit status: 0 all blocks were good, 1 a block was damaged, missing or not heard, 2 it "
-      "could not listen.");
+  ostrel::Describe(app, "ostrel-monitor",
+                   "ostrel-monitor /dev/ttyUSB0 --baud 1200 --out received\n\n"
+                   "Exit status: 0 all blocks were good, 1 a block was damaged, missing or not "
+                   "heard, 2 it could not listen.");
   ostrel::Options options;
   ostrel::Declare(app, options);
-  CLI11_PARSE(app, argc, argv);
-  if (options.folder.empty() && options.reference.station.port == 0)
-    return app.exit(CLI::RequiredError("--out or --reference"));
+  app.callback([&options] {
+    if (options.folder.empty() && options.reference.station.port == 0)
+      throw CLI::RequiredError("--out or --reference");
+  });
+  if (const auto status = ostrel::Parse(app, argc, argv)) return *status;
   try {
     return ostrel::Run(options);
   } catch (const std::exception& failure) {

@@ -150,17 +150,16 @@ int main(int count, char* arguments[]) {
   std::signal(SIGPIPE, SIG_IGN);
   Options options;
   CLI::App app("Shows and changes the queues of a station, and tells what it has sent.");
-  app.failure_message(RefusedArguments);
   app.add_option("--station", options.station, "The station's folder")->capture_default_str();
   app.require_subcommand(1);
   app.parse_complete_callback([&] { ShareWithGroupOf(options.station); });
   AddListsTo(app, options);
   AddOperationsTo(app, options);
+  Describe(app, "ostrel-queue", "ostrel-queue resend TORDMXIA.TXT --priority 1");
   try {
-    CLI11_PARSE(app, count, arguments);
+    return Parse(app, count, arguments).value_or(EXIT_SUCCESS);
   } catch (const std::exception& error) {
     fmt::print(stderr, "ostrel-queue: {}\n", Printable(error.what()));
     return EXIT_FAILURE;
   }
-  return EXIT_SUCCESS;
 }

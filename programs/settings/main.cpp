@@ -20,7 +20,6 @@ using Command = std::function<void(ostrel::StationFolder&)>;
 
 int main(int argc, char** argv) {
   CLI::App app("Settings, ports and rules of an Ostrel station.");
-  app.failure_message(ostrel::RefusedArguments);
   app.require_subcommand(1);
   std::string folder = ostrel::ProgramFolder();
   std::string key, value, file, port, device;
@@ -69,7 +68,9 @@ int main(int argc, char** argv) {
       ->add_option("NAME", names)
       ->required();
 
-  CLI11_PARSE(app, argc, argv);
+  ostrel::Describe(app, "ostrel-settings",
+                   "ostrel-settings connect COM1 /dev/serial/by-id/usb-FTDI-port0");
+  if (const auto status = ostrel::Parse(app, argc, argv)) return *status;
   ostrel::ShareWithGroupOf(folder);
   try {
     ostrel::StationFolder station(std::filesystem::weakly_canonical(folder).string());

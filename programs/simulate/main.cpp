@@ -32,7 +32,6 @@ void WriteFile(const std::string& path, const std::string& content) {
 
 int main(int argc, char** argv) {
   CLI::App app("Runs an Ostrel station in virtual time and tells how long products wait.");
-  app.failure_message(ostrel::RefusedArguments);
   std::string folder, list, products, csv, plot;
   int days = 0, baud = 0;
   app.add_option("--station", folder, "The station whose rules and settings count")->required();
@@ -44,7 +43,9 @@ int main(int argc, char** argv) {
   app.add_option("--baud", baud, "Another data rate than the station's");
   app.add_option("--csv", csv, "Also write the figures to this file");
   app.add_option("--plot", plot, "Also draw the depth of the queues, as an SVG picture");
-  CLI11_PARSE(app, argc, argv);
+  ostrel::Describe(app, "ostrel-simulate",
+                   "ostrel-simulate --station my-station --products samples/products");
+  if (const auto status = ostrel::Parse(app, argc, argv)) return *status;
   try {
     const auto arrivals =
         list.empty() ? ostrel::ArrivalsFromFolder(products) : ostrel::ParseArrivals(ReadFile(list));

@@ -14,6 +14,7 @@
 #include "platform/x11/desktop_notices.h"
 #include "platform/x11/linux_desktop.h"
 #include "platform/x11/x_windows.h"
+#include "programs/plain_arguments.h"
 #include "programs/real_machine.h"
 #include "station/station.h"
 #include "ui/bindings.h"
@@ -84,8 +85,10 @@ class StandstillNotices {
 
 }  // namespace
 
-int main(int /*count*/, char* arguments[]) {
+int main(int count, char* arguments[]) {
   FillStandardStreams();
+  const PlainHelp help{"ostrel", "Runs the station of its folder, in its windows."};
+  if (const auto status = AnswerArguments(help, count, arguments)) return *status;
   ShareWithGroupOf(ProgramFolder());
   if (DisplayIsDead()) {
     fmt::print(stderr, "ostrel: the display {} does not answer.\n", std::getenv("DISPLAY"));

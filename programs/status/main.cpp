@@ -22,17 +22,18 @@ using namespace ostrel;
 struct Options {
   std::string station = ProgramFolder();
   std::string where, alarms, broker;
+  std::vector<std::string> names;
   bool json = false, metrics = false;
 };
 
 /// Serves, watches, or both: then the page shows the last alarms, too.
 void Attend(const Options& options) {
   LastAlarms last;
-  if (options.alarms.empty()) return Serve(options.station, options.where, last);
+  if (options.alarms.empty()) return Serve(options.station, options.where, options.names, last);
   const auto config = ReadAlarms(options.alarms);
   if (options.where.empty()) WatchForAlarms(options.station, config, last);
   std::thread([&] { WatchForAlarms(options.station, config, last); }).detach();
-  Serve(options.station, options.where, last);
+  Serve(options.station, options.where, options.names, last);
 }
 
 void Run(const Options& options) {
@@ -50,7 +51,6 @@ int main(int count, char* arguments[]) {
   std::signal(SIGPIPE, SIG_IGN);
   Options options;
   CLI::App app("Shows how a station stands.");
-  app.failure_message(RefusedArguments);
   app.add_option("--station", options.station, "The station's folder")->capture_default_str();
   auto* const json = app.add_flag("--json", options.json, "The answer as the station gives it");
   auto* const metrics = app.add_flag("--metrics", options.metrics, "For Prometheus");
@@ -58,6 +58,9 @@ int main(int count, char* arguments[]) {
                                      "Serves page, answer and metrics over HTTP; on 127.0.0.1 "
                                      "unless an address is given")
                           ->type_name("[ADDRESS:]PORT");
+  app.add_option("--name", options.names, "A name by which browsers ask for the page")
+      ->type_name("HOST")
+      ->needs(serve);
   auto* const watch =
       app.add_option("--watch", options.alarms, "Runs the commands of the alarms in this file")
           ->type_name("CONFIG");
@@ -71,7 +74,8 @@ int main(int count, char* arguments[]) {
       if (one != other && !goTogether) one->excludes(other);
     }
   }
-  CLI11_PARSE(app, count, arguments);
+  Describe(app, "ostrel-status", "ostrel-status --serve 8080");
+  if (const auto status = Parse(app, count, arguments)) return *status;
   try {
     Run(options);
   } catch (const std::exception& error) {

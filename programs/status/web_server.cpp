@@ -6,8 +6,10 @@
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <tuple>
 
 #include "client/station_client.h"
+#include "programs/status/asked_host.h"
 #include "programs/status/day.h"
 #include "programs/status/page_html.h"
 #include "programs/status/reports.h"
@@ -20,7 +22,11 @@ using Clock = std::chrono::steady_clock;
 
 constexpr auto kFresh = std::chrono::milliseconds(500);
 constexpr auto kPatience = std::chrono::seconds(5);
-constexpr int kNotAnswering = 503;
+constexpr int kNotAnswering = 503, kMisdirected = 421;
+/// Nothing but what this server has, and nothing inline: a name of a product can be no script.
+constexpr const char* kPolicy =
+    "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; "
+    "base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
 constexpr std::size_t kLongestRequest = 4096;  // bytes of a body: nothing is taken
 
 /// One question to the station answers many readers.
@@ -66,17 +72,31 @@ Place PlaceOf(const std::string& where) {
 
 }  // namespace
 
-void Serve(const std::string& folder, const std::string& where, const LastAlarms& alarms) {
+void Serve(const std::string& folder, const std::string& where,
+           const std::vector<std::string>& names, const LastAlarms& alarms) {
+  using Handled = httplib::Server::HandlerResponse;
   const auto place = PlaceOf(where);
   Latest latest(folder, R"({"ask":"status"})"), queue(folder, R"({"ask":"list"})"),
       day(folder, R"({"ask":"day"})");
   httplib::Server server;
   server.set_payload_max_length(kLongestRequest);
-  server.set_default_headers(
-      {{"Cache-Control", "no-store"}, {"X-Content-Type-Options", "nosniff"}});
-  server.Get("/", [](const httplib::Request&, httplib::Response& response) {
-    response.set_content(kPageHtml, "text/html; charset=utf-8");
+  server.set_default_headers({{"Cache-Control", "no-store"},
+                              {"X-Content-Type-Options", "nosniff"},
+                              {"Referrer-Policy", "no-referrer"},
+                              {"Content-Security-Policy", kPolicy}});
+  server.set_pre_routing_handler([&](const httplib::Request& request, httplib::Response& response) {
+    if (IsMeant(request.get_header_value("Host"), names)) return Handled::Unhandled;
+    response.status = kMisdirected;
+    response.set_content("Ask by an address, or say --name HOST.\n", "text/plain");
+    return Handled::Handled;
   });
+  for (const auto& [path, content, type] :
+       {std::tuple{"/", kPageHtml, "text/html; charset=utf-8"},
+        {"/page.css", kPageCss, "text/css; charset=utf-8"},
+        {"/page.js", kPageJs, "text/javascript; charset=utf-8"}})
+    server.Get(path, [content = content, type = type](const auto&, httplib::Response& response) {
+      response.set_content(content, type);
+    });
   server.Get("/status.json", [&](const httplib::Request&, httplib::Response& response) {
     try {
       auto status = Status::parse(latest.Get());

@@ -150,7 +150,6 @@ int main(int count, char* arguments[]) {
   std::signal(SIGPIPE, SIG_IGN);
   Options options;
   CLI::App app("Starts a station and starts it again when it hangs.");
-  app.failure_message(RefusedArguments);
   app.add_option("--station", options.station, "The station's folder")->capture_default_str();
   app.add_option("--patience", options.answerSeconds,
                  "Seconds without an answer, beyond what the station announced")
@@ -162,7 +161,8 @@ int main(int count, char* arguments[]) {
   app.add_option("--end-when-silent", options.silenceSeconds,
                  "Ends a station that is keyed and has sent nothing for so many seconds");
   app.add_option("program", options.command, "The station's program and its arguments")->required();
-  CLI11_PARSE(app, count, arguments);
+  Describe(app, "ostrel-watch", "ostrel-watch /opt/ostrel/ostrel-headless");
+  if (const auto status = Parse(app, count, arguments)) return *status;
   options.patience.answer = milliseconds(static_cast<long>(options.answerSeconds * 1000));
   try {
     return Watch(options).Run();

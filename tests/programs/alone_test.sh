@@ -55,6 +55,12 @@ for way in 'POST /status.json' 'DELETE /' 'GET /../RtLog.txt'; do
   ! curl -sf --path-as-is -X "$method" "http://127.0.0.1:$port$path" >"$work/wrong" || fail "$way was served"
 done
 
+# A page of strangers that gives its own name this address learns nothing.
+asked_as() { curl -s --max-time 10 -o /dev/null -w '%{http_code}' -H "Host: $1" "http://127.0.0.1:$port/status.json"; }
+[ "$(asked_as evil.example)/$(asked_as "localhost:$port")" = 421/200 ] || fail "anybody's name is served"
+curl -s -D - -o /dev/null "http://127.0.0.1:$port/" | grep -qi "^content-security-policy: default-src 'none'" ||
+  fail "the page allows more than it has"
+
 # In a browser: a queue that fills and empties, a narrow screen, the dark.
 driver_port=$((port + 1))
 start chromedriver --port="$driver_port"
@@ -71,6 +77,7 @@ for product in "$source"/samples/products/{SVR,TOR}*; do cp "$product" "$station
 until_true 30 shows "Number($(cell 0)) > 0"
 shows "document.getElementById('state').textContent.startsWith('Sending')" || fail "the page does not send"
 until_true 10 shows "document.querySelectorAll('#day svg.course path').length == 5"
+until_true 10 shows "/SVR|TOR/.test(document.getElementById('entries').textContent)"
 shows "document.documentElement.scrollWidth <= window.innerWidth" || fail "the page is wider than a phone"
 shows "getComputedStyle(document.body).backgroundColor == 'rgb(20, 23, 26)'" || fail "the page is light in the dark"
 until_true 90 shows "$(cell 0) == '0'"

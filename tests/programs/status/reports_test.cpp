@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "programs/status/asked_host.h"
+
 namespace ostrel {
 namespace {
 
@@ -84,6 +86,15 @@ TEST(StatusReports, GiveMetricsThatCountFromTheStart) {
   EXPECT_EQ(metrics.find("ostrel_last_arrival"), std::string::npos) << "nothing came";
   EXPECT_EQ(MetricsOf(nullptr).find("ostrel_keyed"), std::string::npos);
   ExpectIn(MetricsOf(nullptr), {"ostrel_up 0\n"});
+}
+
+TEST(AskedHost, IsAnAddressOrANameThatWasTold) {
+  for (const auto* host : {"", "127.0.0.1", "127.0.0.1:8080", "[::1]:8080", "[::1]", "LocalHost:80",
+                           "shed.lan", "SHED.lan:8080"})
+    EXPECT_TRUE(IsMeant(host, {"Shed.lan"})) << host;
+  for (const auto* host : {"evil.example", "127.0.0.1.evil.example", "localhost.evil.example:8080",
+                           "shed.lan.evil.example", "[::1].evil.example", "1.2.3", "[", "a:b:c"})
+    EXPECT_FALSE(IsMeant(host, {"shed.lan"})) << host;
 }
 
 }  // namespace
