@@ -71,9 +71,10 @@ int main(int count, char* arguments[]) {
   auto* const check =
       app.add_flag("--check", options.check, "Explains Feed.toml, or says what is wrong in it");
   app.add_option("--name", options.names, "With --check: what becomes of this name")->needs(check);
-  AddExplainOptions(app, options.explain);
   std::string start;  // "KvStart", which the station gives to its companion programs
-  if (kinds != SourceKinds::kAll)
+  if (kinds == SourceKinds::kAll)
+    AddExplainOptions(app, options.explain);
+  else
     app.add_option("START", start)->check(CLI::IsMember({kStartWord}));
   Describe(app, "ostrel-feed", "ostrel-feed --check");
   if (const auto status = Parse(app, count, arguments)) return *status;

@@ -65,6 +65,7 @@ says simulate --station "$station" --arrivals "$name"
 says feed --check
 says feed --check --name "$name"
 says feed --station "$name"
+says feed --explain --text "$station/RtList1.txt" "$work/$name"
 says watch -- "$name"
 says monitor --out "$work/none" "$name"
 for printed in "$work"/said/*; do
