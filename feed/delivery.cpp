@@ -110,6 +110,7 @@ FeedOutcome Delivery::TakeUnheard(std::size_t source, const FeedProduct& product
   auto arrival = Identify(source, product.given, product.mark);
   arrival.hash = HashOf(product.content);
   if (DropRepeat(arrival)) return arrival.outcome;
+  if (PassOver(arrival, product.content)) return Record(arrival, {});
   const auto files = arrival.outcome == FeedOutcome::kDelivered ? Lay(product, arrival.name)
                                                                 : LayApart(product, arrival.name);
   std::vector<HiddenFile*> laid;
@@ -126,6 +127,15 @@ bool Delivery::DropRepeat(Arrival& arrival) {
   return true;
 }
 
+bool Delivery::PassOver(Arrival& arrival, std::string_view content) const {
+  if (parts_.areas == nullptr || arrival.outcome != FeedOutcome::kDelivered) return false;
+  const auto* const rule = parts_.areas->PassedOverBy(content, parts_.now());
+  if (rule == nullptr) return false;
+  arrival.outcome = FeedOutcome::kPassedOver;
+  arrival.rule = Spell(*rule);
+  return true;
+}
+
 FeedOutcome Delivery::Record(const Arrival& arrival, const std::vector<HiddenFile*>& files) {
   std::vector<Placement> placements;
   placements.reserve(files.size());
@@ -133,7 +143,8 @@ FeedOutcome Delivery::Record(const Arrival& arrival, const std::vector<HiddenFil
   parts_.memory.Record(arrival.name, arrival.hash, arrival.mark, parts_.now(), placements);
   for (auto* const file : files) file->Release();
   unplaced_ = std::move(placements);
-  parts_.book.Note(arrival.source, arrival.given, arrival.name, arrival.urgency, arrival.outcome);
+  parts_.book.Note(arrival.source, arrival.given, arrival.name, arrival.urgency, arrival.outcome,
+                   arrival.rule);
   return arrival.outcome;
 }
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "feed/apart_product.h"
+#include "feed/area_rules.h"
 #include "feed/feed_book.h"
 #include "feed/feed_memory.h"
 #include "feed/product_name.h"
@@ -43,6 +44,7 @@ class Delivery {
     std::chrono::seconds repeats;
     /// What has more bytes is kept apart: it would hold up the station for hours.
     std::size_t largest = kLargestProduct;
+    const AreaRules* areas = nullptr;  // what concerns the station; all does without
   };
 
   Delivery(Parts parts, NameRules rules) : parts_(std::move(parts)), rules_(std::move(rules)) {}
@@ -80,6 +82,7 @@ class Delivery {
     std::string name = {};
     int urgency = 0;
     FeedOutcome outcome = FeedOutcome::kDelivered;
+    std::string rule = {};  // that passes it over
   };
 
   template <typename Step>
@@ -90,6 +93,7 @@ class Delivery {
   FeedOutcome EndApart(std::size_t source, ApartProduct& product, const Mark& mark);
   Arrival Identify(std::size_t source, std::string_view given, Mark mark) const;
   bool DropRepeat(Arrival& arrival);
+  bool PassOver(Arrival& arrival, std::string_view content) const;
   FeedOutcome Record(const Arrival& arrival, const std::vector<HiddenFile*>& files);
   HiddenFiles Lay(const FeedProduct& product, const std::string& name) const;
   HiddenFiles LayApart(const FeedProduct& product, const std::string& name) const;

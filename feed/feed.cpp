@@ -38,6 +38,8 @@ Feed::Feed(const std::string& station, SourceKinds kinds, bool isSpoken)
     : station_(station),
       folder_(FeedFolder(station)),
       config_(ReadFeedConfig(FeedConfigPath(station), station)),
+      areas_(AreasOf(station)),
+      areaRules_(config_.areas, areas_),
       stopNotifier_(stop_.Descriptor(), QSocketNotifier::Read) {
   MakeOwnFolders();
   lock_.emplace(folder_);
@@ -52,7 +54,8 @@ Feed::Feed(const std::string& station, SourceKinds kinds, bool isSpoken)
                                     .unknownFolder = config_.unknownFolder,
                                     .outbox = outbox,
                                     .repeats = config_.repeats,
-                                    .largest = config_.largest},
+                                    .largest = config_.largest,
+                                    .areas = &areaRules_},
                     NameRules(config_.names));
   AddSources(kinds);
   if (config_.publish)

@@ -49,6 +49,8 @@ class Feed {
 
   std::string station_, folder_;
   FeedConfig config_;
+  Areas areas_;
+  AreaRules areaRules_;
   StopSignal stop_;
   LinuxClock clock_{stop_};
   LinuxFiles files_{clock_};

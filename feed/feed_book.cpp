@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kLargestLog = 1'000'000, kOldLogs = 4, kShown = 20;
 
 std::string LineOf(std::string_view given, std::string_view called, int urgency,
-                   FeedOutcome outcome) {
+                   FeedOutcome outcome, const std::string& rule) {
   const auto came = Printable(given), name = Printable(called);
   switch (outcome) {
     case FeedOutcome::kRepeat:
@@ -22,6 +22,8 @@ std::string LineOf(std::string_view given, std::string_view called, int urgency,
       return fmt::format("{} has no name that a rule makes short; kept as {}", came, name);
     case FeedOutcome::kTooLarge:
       return fmt::format("{} is too large for the station; kept as {}", came, name);
+    case FeedOutcome::kPassedOver:
+      return fmt::format("{} is passed over by the rule for {}", name, rule);
     case FeedOutcome::kDelivered:
       break;
   }
@@ -63,13 +65,14 @@ void FeedBook::SetState(std::size_t source, const std::string& state, bool isWel
 }
 
 void FeedBook::Note(std::size_t source, std::string_view given, const std::string& name,
-                    int urgency, FeedOutcome outcome) {
+                    int urgency, FeedOutcome outcome, const std::string& rule) {
   const std::lock_guard lock(mutex_);
   auto& figures = figures_.sources.at(source);
-  auto& count = outcome == FeedOutcome::kRepeat     ? figures_.repeats
-                : outcome == FeedOutcome::kUnknown  ? figures_.unknown
-                : outcome == FeedOutcome::kTooLarge ? figures_.tooLarge
-                                                    : figures_.delivered;
+  auto& count = outcome == FeedOutcome::kRepeat       ? figures_.repeats
+                : outcome == FeedOutcome::kUnknown    ? figures_.unknown
+                : outcome == FeedOutcome::kTooLarge   ? figures_.tooLarge
+                : outcome == FeedOutcome::kPassedOver ? figures_.passedOver[rule]
+                                                      : figures_.delivered;
   ++count;
   ++figures.products;
   figures_.lastCame = FeedFigures::Clock::now();
@@ -78,7 +81,7 @@ void FeedBook::Note(std::size_t source, std::string_view given, const std::strin
                             .source = figures.name,
                             .outcome = outcome});
   if (figures_.last.size() > kShown) figures_.last.pop_back();
-  log_->info("{}: {}", Printable(figures.name), LineOf(given, name, urgency, outcome));
+  log_->info("{}: {}", Printable(figures.name), LineOf(given, name, urgency, outcome, rule));
 }
 
 void FeedBook::SetTrouble(const std::string& trouble) {

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <deque>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -17,7 +18,7 @@ class logger;
 namespace ostrel {
 
 /// What became of a product.
-enum class FeedOutcome { kDelivered, kRepeat, kUnknown, kTooLarge };
+enum class FeedOutcome { kDelivered, kRepeat, kUnknown, kTooLarge, kPassedOver };
 
 struct FeedFigures {
   using Clock = std::chrono::steady_clock;
@@ -36,8 +37,9 @@ struct FeedFigures {
   std::vector<Source> sources = {};
   std::deque<Product> last = {};  // newest first
   long long delivered = 0, repeats = 0, unknown = 0, tooLarge = 0;
-  Clock::time_point lastCame = Clock::now();  // the last product, or the start
-  std::string trouble = {};                   // why nothing is taken at present
+  std::map<std::string, long long> passedOver = {};  // by the rule that does so
+  Clock::time_point lastCame = Clock::now();         // the last product, or the start
+  std::string trouble = {};                          // why nothing is taken at present
 };
 
 class FeedBook {
@@ -52,9 +54,10 @@ class FeedBook {
   std::size_t AddSource(const std::string& name);
   /// Tells the state of a source; a line when it is a new one.
   void SetState(std::size_t source, const std::string& state, bool isWell);
-  /// One product and what became of it. `given` is the name that it came under.
+  /// One product and what became of it. `given` is the name that it came under, `rule` the one that
+  /// passes it over.
   void Note(std::size_t source, std::string_view given, const std::string& name, int urgency,
-            FeedOutcome outcome);
+            FeedOutcome outcome, const std::string& rule = {});
   /// Why nothing is taken, or that it is again when empty; a line when that is new.
   void SetTrouble(const std::string& trouble);
   void Log(const std::string& text);

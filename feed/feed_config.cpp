@@ -31,7 +31,7 @@ class Reader {
   explicit Reader(const std::string& station) : station_(station) {}
 
   FeedConfig Read(const toml::table& file) const {
-    CheckKeys(file, {"deliver", "unknown", "repeats", "quiet", "largest", "name", "folder",
+    CheckKeys(file, {"deliver", "unknown", "repeats", "quiet", "largest", "name", "area", "folder",
                      "serial", "udp", "tcp", "broker", "publish"});
     FeedConfig config;
     if (file.contains("deliver")) config.deliverTo = Path(file, "deliver", "");
@@ -42,6 +42,7 @@ class Reader {
         static_cast<std::size_t>(GetNumber(file, "largest", kLargestProduct, 1, kMostBytes));
     for (const auto* const table : GetTables(file, "name")) config.names.push_back(Name(*table));
     const NameRules valid(config.names);
+    for (const auto* const table : GetTables(file, "area")) config.areas.push_back(Area(*table));
     AddSources(file, config);
     if (const auto* const publish = file.get("publish")) config.publish = Publish(*publish);
     return config;
@@ -87,6 +88,46 @@ class Reader {
     } catch (const std::runtime_error& error) {
       Refuse(table, error.what());
     }
+    return rule;
+  }
+
+  /// The texts at `key`, in upper case: letters, digits and what `besides` has.
+  static std::vector<std::string> Codes(const toml::table& table, std::string_view key,
+                                        std::size_t longest, std::string_view besides = {}) {
+    auto codes = GetTexts(table, key);
+    for (auto& code : codes) {
+      code = ToUpper(code);
+      const bool isCode = std::ranges::all_of(code, [&](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || besides.find(c) != besides.npos;
+      });
+      if (!isCode || code.empty() || code.size() > longest)
+        Refuse(table, fmt::format("\"{}\" is none of the {}.", code, key));
+    }
+    return codes;
+  }
+  static Circle Within(const toml::node& node) {
+    if (!node.is_table()) Refuse(node, R"("within" is { lat = 42.03, lon = -93.62, km = 80 }.)");
+    const auto& table = *node.as_table();
+    CheckKeys(table, {"lat", "lon", "km"});
+    const auto number = [&](std::string_view key, double least, double most) {
+      const auto* const there = table.get(key);
+      const auto value = there ? there->value<double>() : std::nullopt;
+      if (!value || !(*value >= least && *value <= most))
+        Refuse(node, fmt::format("\"{}\" is a number from {} to {}.", key, least, most));
+      return *value;
+    };
+    return {{number("lat", -90, 90), number("lon", -180, 180)}, number("km", 0, 20'000)};
+  }
+  static AreaRule Area(const toml::table& table) {
+    CheckKeys(table, {"codes", "within", "kinds", "offices", "action"});
+    AreaRule rule{.codes = Codes(table, "codes", 6, "*?"),
+                  .kinds = Codes(table, "kinds", 3),
+                  .offices = Codes(table, "offices", 4)};
+    if (const auto* const within = table.get("within")) rule.within = Within(*within);
+    const auto action = Needed(table, "action");
+    if (action != "take" && action != "pass over")
+      Refuse(table, R"("action" is "take" or "pass over".)");
+    rule.isTaken = action == "take";
     return rule;
   }
 
@@ -252,6 +293,10 @@ std::string Explain(const FeedConfig& config) {
   for (const auto& rule : config.names)
     add(fmt::format("A name like {} becomes {}.", rule.pattern, rule.name));
   add(fmt::format("What has no short name goes to {}.", config.unknownFolder));
+  for (const auto& rule : config.areas)
+    add(fmt::format("{}: {}.", rule.isTaken ? "Taken" : "Passed over", Spell(rule)));
+  if (!config.areas.empty())
+    add("What is for no area, or cannot be read for certain, is taken.");
   if (config.publish) add(fmt::format("Products are published at {}.", Spell(*config.publish)));
   return text;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "broker/broker_address.h"
+#include "feed/area_rules.h"
 #include "feed/product_name.h"
 #include "receive/datagram_port.h"
 #include "receive/product_assembler.h"
@@ -63,6 +64,7 @@ struct FeedConfig {
   std::chrono::seconds quiet{1200};       // nothing for so long is shown as trouble
   std::size_t largest = kLargestProduct;  // bytes; what has more is kept apart
   std::vector<NameRule> names = {};
+  std::vector<AreaRule> areas = {};  // the first that fits decides
   std::vector<SourceSettings> sources = {};
   std::optional<BrokerAddress> publish = {};
 };

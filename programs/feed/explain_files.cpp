@@ -8,6 +8,7 @@
 #include "base/failure.h"
 #include "base/names.h"
 #include "base/text.h"
+#include "feed/area_rules.h"
 #include "programs/feed/explain.h"
 
 namespace ostrel {
@@ -28,16 +29,6 @@ std::string Read(const std::string& path) {
 UtcTime TimeOf(const std::string& path) {
   const auto time = std::chrono::file_clock::to_sys(fs::last_write_time(path));
   return std::chrono::floor<milliseconds>(time);
-}
-
-Areas AreasOf(const std::string& station) {
-  const auto path = JoinPath(station, "Areas.tsv");
-  if (!fs::exists(path)) return Areas::Built();
-  try {
-    return Areas::With(Read(path));
-  } catch (const Failure& failure) {
-    throw Failure(failure.number(), fmt::format("{}: {}", path, failure.text()));
-  }
 }
 
 }  // namespace

@@ -19,6 +19,7 @@
 #include "platform/linux/standard_streams.h"
 #include "programs/command_line.h"
 #include "programs/feed/explain_files.h"
+#include "programs/feed/trial.h"
 
 namespace {
 
@@ -29,6 +30,7 @@ constexpr int kNothingToDo = 78;  // EX_CONFIG of sysexits.h: another try would 
 struct Options {
   std::string station = ProgramFolder();
   bool check = false;
+  std::string tree;
   std::vector<std::string> names;
   ExplainOptions explain;
 };
@@ -71,6 +73,9 @@ int main(int count, char* arguments[]) {
   auto* const check =
       app.add_flag("--check", options.check, "Explains Feed.toml, or says what is wrong in it");
   app.add_option("--name", options.names, "With --check: what becomes of this name")->needs(check);
+  app.add_option("--trial", options.tree,
+                 "What the area rules would do to the files below this folder")
+      ->type_name("TREE");
   std::string start;  // "KvStart", which the station gives to its companion programs
   if (kinds == SourceKinds::kAll)
     AddExplainOptions(app, options.explain);
@@ -82,6 +87,10 @@ int main(int count, char* arguments[]) {
     // What came is remembered by its path: one spelling of it.
     options.station = std::filesystem::canonical(options.station).string();
     if (options.explain.isWanted) return ExplainFiles(options.explain, options.station);
+    if (!options.tree.empty()) {
+      TryTree(options.tree, options.station);
+      return EXIT_SUCCESS;
+    }
     if (!options.check) return Run(options, kinds, count, arguments);
     Check(options);
     return EXIT_SUCCESS;

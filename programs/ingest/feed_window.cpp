@@ -47,6 +47,14 @@ QString Shown(const std::string& text) {
   return QString::fromStdString(Printable(text));
 }
 
+/// Empty while no rule passes anything over.
+QString PassedOver(const FeedFigures& figures) {
+  QStringList rules;
+  for (const auto& [rule, count] : figures.passedOver)
+    rules << QString("%1 by the rule for %2").arg(count).arg(Shown(rule));
+  return rules.isEmpty() ? QString() : "\nPassed over: " + rules.join(", ");
+}
+
 QString Spell(FeedOutcome outcome) {
   switch (outcome) {
     case FeedOutcome::kDelivered:
@@ -57,6 +65,8 @@ QString Spell(FeedOutcome outcome) {
       return "unknown name, kept";
     case FeedOutcome::kTooLarge:
       return "too large, kept";
+    case FeedOutcome::kPassedOver:
+      return "passed over";
   }
   return {};
 }
@@ -76,6 +86,8 @@ FeedWindow::FeedWindow(const QString& title)
   trouble_->setStyleSheet("color: white; background: #b00020; padding: 4px;");
   trouble_->hide();
   counts_->setObjectName("counts");
+  counts_->setTextFormat(Qt::PlainText);
+  counts_->setWordWrap(true);
   auto* const layout = new QVBoxLayout(this);
   layout->addWidget(trouble_);
   layout->addWidget(sources_, 1);
@@ -97,7 +109,8 @@ void FeedWindow::Refresh(const Feed& feed) {
                        .arg(figures.delivered)
                        .arg(figures.repeats)
                        .arg(figures.unknown)
-                       .arg(figures.tooLarge));
+                       .arg(figures.tooLarge) +
+                   PassedOver(figures));
   const auto silence = FeedFigures::Clock::now() - figures.lastCame;
   if (!figures.trouble.empty()) {
     ShowTrouble(Shown("Nothing is taken: " + figures.trouble));

@@ -211,5 +211,24 @@ TEST_F(DeliveryTest, FlushesContentBeforeItsNameAndTheFolderAfterIt) {
   EXPECT_TRUE(calls.ends_with("flush place flush ")) << calls;
 }
 
+TEST_F(DeliveryTest, WhatARulePassesOverIsRememberedAndCounted) {
+  const AreaRules rules({{.codes = {"IAC*"}}, {.isTaken = false}}, Areas::Built());
+  delivery_.emplace(Delivery::Parts{.memory = *memory_,
+                                    .book = book_,
+                                    .now = [this] { return now_; },
+                                    .ingestFolder = [this] { return folder_ / "in"; },
+                                    .unknownFolder = folder_ / "unknown",
+                                    .outbox = folder_ / "outbox",
+                                    .repeats = seconds(600),
+                                    .areas = &rules},
+                    NameRules({}));
+  EXPECT_EQ(Take("TORA.TXT", "IAC001-192145-\n"), FeedOutcome::kDelivered);
+  EXPECT_EQ(Take("TORB.TXT", "ILC001-192145-\n", {}, true), FeedOutcome::kPassedOver);
+  EXPECT_EQ(Take("TORB.TXT", "ILC001-192145-\n"), FeedOutcome::kRepeat);
+  EXPECT_EQ(In("in"), Names{"TORA.TXT=IAC001-192145-\n"});
+  EXPECT_EQ(In("outbox"), Names{});
+  EXPECT_EQ(book_.Figures().passedOver.at("the rest"), 1);
+}
+
 }  // namespace
 }  // namespace ostrel

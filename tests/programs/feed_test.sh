@@ -12,6 +12,15 @@ kills=${4:-8}
 corrections=${5:-200}
 # shellcheck source=tests/programs/trial.sh
 source "$(dirname "${BASH_SOURCE[0]}")/trial.sh"
+# What area rules would do to a tree: all of it is either taken or passed over by one rule.
+mkdir -p "$work/trial/tree/below"
+printf '[[area]]\ncodes = ["IA*"]\naction = "take"\n[[area]]\naction = "pass over"\n' >"$work/trial/Feed.toml"
+cp "$source"/samples/products/{TORDMXIA,SVRPSRAZ,AFDDMXIA}.TXT "$work/trial/tree/below"
+touch "$work/trial/tree/no short name.dat"
+"$bin/ostrel-feed" --station "$work/trial" --trial "$work/trial/tree" >"$work/trial/told"
+for line in 'Without the rules +3' '  passed over: the rest +1' 'With them +2' 'Kept apart.* +1 '; do
+  grep -qE "^$line" "$work/trial/told" || fail "the trial of a tree says: $(cat "$work/trial/told")"
+done
 nap() { sleep "0.$((RANDOM % 60 + 10))"; }
 # long_name SERIAL SHORT
 long_name() { printf 'A_WFUS53KDMX161430_C_KWIN_20260516143012_%06d-%d-%s' "$1" $(($1 % 4 + 1)) "$2"; }
