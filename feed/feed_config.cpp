@@ -295,8 +295,7 @@ std::string Explain(const FeedConfig& config) {
   add(fmt::format("What has no short name goes to {}.", config.unknownFolder));
   for (const auto& rule : config.areas)
     add(fmt::format("{}: {}.", rule.isTaken ? "Taken" : "Passed over", Spell(rule)));
-  if (!config.areas.empty())
-    add("What is for no area, or cannot be read for certain, is taken.");
+  if (!config.areas.empty()) add("What is for no area, or cannot be read for certain, is taken.");
   if (config.publish) add(fmt::format("Products are published at {}.", Spell(*config.publish)));
   return text;
 }

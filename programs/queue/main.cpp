@@ -109,7 +109,8 @@ void AddListsTo(CLI::App& app, Options& options) {
 
   auto* const history = app.add_subcommand("history", "What became of each product");
   history->add_option("PATTERN", options.name, "Of names, as in a rule");
-  history->add_option("--since", options.since, "\"2026-11-26 14:30\", \"14:30\" or \"12h\" ago");
+  history->add_option("--since", options.since,
+                      "\"2026-11-26 14:30\", \"14:30\", \"yesterday\" or \"12h\" ago");
   history->add_option("--until", options.until, "The same");
   history->add_option("--from", options.from, "Another history, one that was damaged perhaps")
       ->type_name("FILE");

@@ -45,7 +45,22 @@ struct WrittenTime {
   std::tm parts{};
   bool isUtc = false, hasDate = false;
 };
+/// The beginning of this day, or of the one before.
+std::optional<WrittenTime> NamedDay(const std::string& text, UtcTime now) {
+  if (text != "today" && text != "yesterday") return std::nullopt;
+  WrittenTime day{.parts = fmt::localtime(std::chrono::system_clock::to_time_t(now)),
+                  .hasDate = true};
+  if (text == "yesterday") {
+    --day.parts.tm_mday;
+    SetTimeOfDay(day.parts, 12, 0, 0);
+    day.parts = fmt::localtime(mktime(&day.parts));  // of the month before, perhaps
+  }
+  SetTimeOfDay(day.parts, 0, 0, 0);
+  return day;
+}
+
 std::optional<WrittenTime> WrittenTimeIn(const std::string& text, UtcTime now) {
+  if (auto day = NamedDay(text, now)) return day;
   static const std::regex form(R"((?=\d)(?:(\d{4})-(\d\d?)-(\d\d?)(?:[ T](?=\d)|(?=Z?$)))?)"
                                R"((?:(\d\d?):(\d\d)(?::(\d\d))?)?(Z)?)");
   std::smatch part;
@@ -85,7 +100,7 @@ UtcTime MomentIn(const std::string& text, UtcTime now, Which which) {
   if (!written)
     throw Failure(failure_number::kTypeMismatch,
                   fmt::format("\"{}\" is no time: say \"2026-11-26 14:30\", \"2026-11-26\", "
-                              "\"14:30\", \"3d\", \"12h\" or \"30m\".",
+                              "\"14:30\", \"today\", \"yesterday\", \"3d\", \"12h\" or \"30m\".",
                               text));
   const bool isToCome = !written->hasDate && MomentOf(*written, Which::kFirst) > now;
   if (isToCome) --written->parts.tm_mday;

@@ -22,6 +22,8 @@ TEST(MomentIn, IsTheOneThatAnOperatorMeans) {
       {"5:54", now, 0h},
       {"12h", now - 12h, 0h},
       {"2026-11-26", now - 5h - 54min, 0h},
+      {"today", now - 5h - 54min, 0h},
+      {"yesterday", now - 29h - 54min, 0h},
       {"2026-11-26T05:00:00Z", now + 6min, 0h},
       {"2026-07-01 14:30:10", sys_days(year(2026) / 7 / 1) + 12h + 30min + 10s, 0h},
       {"2026-10-25 02:20", sys_days(year(2026) / 10 / 25) + 20min, 1h},
