@@ -25,6 +25,8 @@ install(DIRECTORY ${CMAKE_SOURCE_DIR}/packaging/station/ DESTINATION usr/share/o
         COMPONENT core)
 install(FILES ${CMAKE_SOURCE_DIR}/packaging/system/ostrel@.service
               ${CMAKE_SOURCE_DIR}/packaging/system/ostrel-feed@.service
+              ${CMAKE_SOURCE_DIR}/packaging/system/ostrel-monitor@.service
+              ${CMAKE_SOURCE_DIR}/packaging/system/ostrel-status@.service
         DESTINATION usr/lib/systemd/system COMPONENT core)
 
 install(FILES ${CMAKE_SOURCE_DIR}/packaging/desktop/ostrel.desktop
