@@ -1,6 +1,7 @@
 #include "feed/area_rules.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <fmt/format.h>
@@ -30,6 +31,27 @@ double Distance(const Position& a, const Position& b) {
   return 2 * kRadius * std::asin(std::min(1.0, std::sqrt(h)));
 }
 
+/// Kilometres from `place` to the line between two corners, on the plane that touches the earth
+/// there.
+double DistanceToEdge(const Position& place, const Position& a, const Position& b) {
+  constexpr double kDegree = 111.2;
+  const double narrowing = std::cos(place.latitude * std::numbers::pi / 180);
+  const auto x = [&](const Position& p) {
+    return (p.longitude - place.longitude) * kDegree * narrowing;
+  };
+  const auto y = [&](const Position& p) { return (p.latitude - place.latitude) * kDegree; };
+  const double dx = x(b) - x(a), dy = y(b) - y(a), length = dx * dx + dy * dy;
+  const double along = length > 0 ? std::clamp(-(x(a) * dx + y(a) * dy) / length, 0.0, 1.0) : 0.0;
+  return std::hypot(x(a) + along * dx, y(a) + along * dy);
+}
+
+bool ComesNear(const Polygon& polygon, const Circle& circle) {
+  for (std::size_t i = 0, j = polygon.size() - 1; i < polygon.size(); j = i++) {
+    if (DistanceToEdge(circle.centre, polygon[j], polygon[i]) <= circle.radius) return true;
+  }
+  return false;
+}
+
 /// True where a line to the north crosses the outline an odd number of times.
 bool Holds(const Polygon& polygon, const Position& place) {
   bool isInside = false;
@@ -47,6 +69,13 @@ bool Holds(const Polygon& polygon, const Position& place) {
 bool IsWholeState(std::string_view code) {
   const auto number = code.substr(kLetters);
   return number == "000" || number == "ALL";
+}
+
+/// A zone of a sea or a lake, which has no counties (NWS directive 10-1702, marine areas).
+bool IsOfWaters(std::string_view code) {
+  constexpr std::array<std::string_view, 15> kWaters = {
+      "AM", "AN", "GM", "LC", "LE", "LH", "LM", "LO", "LS", "PH", "PK", "PM", "PS", "PZ", "SL"};
+  return std::ranges::count(kWaters, code.substr(0, 2)) > 0;
 }
 
 bool MatchesCode(const std::string& pattern, const std::string& code) {
@@ -68,6 +97,7 @@ struct AreaRules::Traits {
   std::set<std::string> codes;  // the counties of zones, too
   std::vector<Position> centres;
   bool areAllPlaced = true;  // every area has a centre
+  bool areAllKnown = true;   // the counties of every zone are known
   std::vector<Polygon> polygons;
   std::set<std::string> offices;
   std::string kind;
@@ -83,6 +113,7 @@ AreaRules::Traits AreaRules::TraitsOf(const Bulletin& bulletin) const {
       if (area) traits.codes.insert(area->counties.begin(), area->counties.end());
       if (area && area->centre) traits.centres.push_back(*area->centre);
       traits.areAllPlaced &= area && area->centre;
+      traits.areAllKnown &= area || code[2] == 'C' || IsWholeState(code) || IsOfWaters(code);
     }
     traits.polygons.insert(traits.polygons.end(), segment.polygons.begin(), segment.polygons.end());
     for (const auto& event : segment.events) traits.offices.insert(event.office);
@@ -98,7 +129,7 @@ AreaRules::Fit AreaRules::FitWithin(const Circle& circle, const Traits& traits) 
     return Distance(circle.centre, place) <= circle.radius;
   };
   const auto reaches = [&](const Polygon& polygon) {
-    return Holds(polygon, circle.centre) || std::ranges::any_of(polygon, isNear);
+    return Holds(polygon, circle.centre) || ComesNear(polygon, circle);
   };
   if (std::ranges::any_of(traits.centres, isNear) || std::ranges::any_of(traits.polygons, reaches))
     return Fit::kYes;
@@ -111,7 +142,8 @@ AreaRules::Fit AreaRules::FitOf(const AreaRule& rule, const Traits& traits) cons
         return traits.offices.contains(office);
       }))
     return Fit::kNo;
-  if (!rule.codes.empty() && !HasAny(rule.codes, traits.codes)) return Fit::kNo;
+  if (!rule.codes.empty() && !HasAny(rule.codes, traits.codes))
+    return traits.areAllKnown ? Fit::kNo : Fit::kUnknown;
   return rule.within ? FitWithin(*rule.within, traits) : Fit::kYes;
 }
 

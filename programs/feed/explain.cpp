@@ -46,7 +46,10 @@ Json PolygonOf(const Segment& segment) {
 
 Json AsJson(const Segment& segment) {
   auto events = Json::array();
-  for (const auto& event : segment.events) events.push_back(AsJson(event));
+  // Of a damaged time nobody could tell whether it stands for "until further notice".
+  for (const auto& event : segment.events) {
+    if (event.isWhole) events.push_back(AsJson(event));
+  }
   return {{"areas", Json(segment.areas)},
           {"until", OrNull(segment.until)},
           {"events", std::move(events)},

@@ -57,6 +57,12 @@ TEST(Explanation, HasTheSameKeysAlways) {
                 .find("\"polygon\":null"),
             std::string::npos)
       << "of two nobody knows which";
+  EXPECT_NE(ExplainAsJson("A", ReadBulletin("WFUS53 KDMX 192054\nIAC001-192145-\n/O.NEW.KDMX.TO.W."
+                                            "0043.180719T2054Z-180799T9945Z/\n",
+                                            kNow))
+                .find("\"events\":[]"),
+            std::string::npos)
+      << "an end that is none is not until further notice";
 }
 
 TEST(Explanation, IsToldInSentences) {

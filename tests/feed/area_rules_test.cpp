@@ -61,8 +61,13 @@ TEST(AreaRules, ByTheFirstThatFitsAndNeverOnWhatIsNotCertain) {
       {counties, "no bulletin at all", ""},
       {ames, Warning("IAC169-192145-"), ""},
       {ames, Warning("IAC127-192145-"), "the rest"},
-      {ames, Warning("IAC127-192145-", around), ""},  // the warned area holds the place
-      {ames, Warning("IAC999-192145-"), ""},          // nobody knows where that is
+      {ames, Warning("IAC127-192145-", around), ""},      // the warned area holds the place
+      {counties, Warning("IAZ999-192145-"), ""},          // nobody knows its counties
+      {counties, Warning("LMZ777-192145-"), "the rest"},  // a lake has none
+      {ames, Warning("IAC127-192145-", "LAT...LON 4208 9500 4280 9500 4280 9250 4208 9250\n"), ""},
+      {ames, Warning("IAC127-192145-", "LAT...LON 4240 9500 4280 9500 4280 9250 4240 9250\n"),
+       "the rest"},
+      {ames, Warning("IAC999-192145-"), ""},  // nobody knows where that is
       {quiet, Warning("IAC169-192145-"), "TOR, of KDMX, for IA*"},
       {quiet, Warning("ILC169-192145-"), ""},
   };
