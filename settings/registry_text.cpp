@@ -247,8 +247,13 @@ void AppendKey(std::string& text, const std::string& path, std::set<std::string>
 std::string FormatRegistryText(const std::vector<StoredValue>& values) {
   std::string text = fmt::format("{}{}", kRegistryHeader, kLineEnd);
   std::set<std::string> written;
+  const std::string* under = nullptr;  // the key whose values are being written
   for (const auto& value : values) {
+    const bool isBack =
+        written.contains(ToUpper(value.keyPath)) && under && *under != value.keyPath;
+    if (isBack) text += fmt::format("{0}[{1}\\{2}]{0}", kLineEnd, kRootName, value.keyPath);
     AppendKey(text, value.keyPath, written);
+    under = &value.keyPath;
     text += fmt::format("{}={}{}", value.name.empty() ? "@" : Quoted(value.name), Notation(value),
                         kLineEnd);
   }

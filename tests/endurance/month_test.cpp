@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 constexpr UtcTime kFirstMidnight = std::chrono::floor<std::chrono::days>(kNoon);
 #ifdef __SANITIZE_ADDRESS__
-constexpr long kMostGrowth = 64 * 1024;  // KiB; the sanitizer keeps what was freed for a while
+constexpr long kMostGrowth = 256 * 1024;  // KiB; the sanitizer keeps what was freed for a while
 #else
 constexpr long kMostGrowth = 4 * 1024;
 #endif
