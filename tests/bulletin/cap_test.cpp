@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "bulletin/cap_values.h"
 #include "tests/bulletin/reading.h"
 
 namespace ostrel {
@@ -151,27 +150,6 @@ TEST(CapMessage, IsReadWholeOrNotAtAll) {
   }
   EXPECT_EQ(ReadAlert("SRUS53 KDMX 131710\nHMLDMX\n<?xml version=\"1.0\"?><site/>").source,
             BulletinSource::kBulletin);
-}
-
-TEST(CapValues, AreTakenAsTheyAre) {
-  const std::pair<const char*, std::string> times[] = {
-      {"2018-07-19T15:54:00-05:00", "2018-07-19 20:54"},
-      {"2018-07-19T23:54:30+05:30", "2018-07-19 18:24"},
-      {"2018-07-19T15:54:00Z", "2018-07-19 15:54"},
-      {"2018-02-30T15:54:00Z", "-"},
-      {"2018-07-19T24:00:00Z", "-"},
-      {"2018-07-19T15:54:60Z", "-"},
-      {"2018-07-19T15:54:00", "-"},
-      {"2018-07-19T15:54:00-5:00", "-"},
-      {"2018-07-19T15:54:00-99:00", "-"},
-      {"2018-07-19 15:54:00Z", "-"}};
-  for (const auto& [text, told] : times) EXPECT_EQ(Told(ReadCapTime(text)), told) << text;
-  const auto circle = ReadCapCircle("42.06,-93.36 15.5").value();
-  EXPECT_EQ(circle.centre, (Position{42.06, -93.36}));
-  EXPECT_EQ(circle.radius, 15.5);
-  for (const auto* wrong : {"42.06,-93.36", "42.06,-93.36 -1", "42.06 15", "42.06,-193.36 15",
-                            "nan,-93.36 15", "42.06,-93.36 15 16", ""})
-    EXPECT_FALSE(ReadCapCircle(wrong)) << wrong;
 }
 
 }  // namespace

@@ -7,57 +7,6 @@
 namespace ostrel {
 namespace {
 
-TEST(BulletinDates, AreReadFromTheLineOfTheIssuingTime) {
-  // What it tells; "~" in front where the weekday is another one's, the year alone where there is
-  // no such date.
-  const std::pair<std::string, std::string> cases[] = {
-      {"354 PM CDT THU JUL 19 2018", "2018-07-19 20:54"},
-      {"0623 AM CDT MON MAY 19 2014", "2014-05-19 11:23"},
-      {"5:54 PM CDT Sat May 27 2023", "2023-05-27 22:54"},
-      {"10:02am EDT Tuesday, April 25, 2023", "2023-04-25 14:02"},
-      {"5 AM AST SUN SEP 4 2005", "2005-09-04 09:00"},
-      {"1200 AM CST THU JAN 1 2015", "2015-01-01 06:00"},
-      {"1200 PM CST THU JAN 1 2015", "2015-01-01 18:00"},
-      {"1200 UTC MON JUN 27 2022", "2022-06-27 12:00"},
-      {"527 AM ChST Sun Jun 19 2016", "2016-06-18 19:27"},
-      {"302 PM PWT Fri Jun 24 2022 /402 PM CHUT Fri Jun 24 2022/", "2022-06-24 06:02"},
-      {"857 PM EDT (757 PM EST) SAT JUN 22 1996", "1996-06-23 00:57"},
-      {"1145 AM PST DEC 30 2021", "2021-12-30 19:45"},
-      {"1017 AM CDT MON JAN 01 2016", "~2016-01-01 15:17"},
-      {"130 PM MDT WED TUE 19 2014", "2014"},
-      {"1300 PM MDT TUE AUG 19 2014", "2014"},
-      {"130 PM MDT TUE FEB 30 2014", "2014"},
-      {"130 PM MDT TUE AUG 19 14", "none"},
-      {"130 PM XYZ TUE AUG 19 2014", "none"},
-      {"0130 MDT TUE AUG 19 2014", "none"},  // which half of the day?
-      {"160 PM MDT TUE AUG 19 2014", "none"},
-      {"130 PM MDT TUE AUG 19 2014 AND LATER", "none"},
-      {"70398 TTAA  60121 70398 99018 12019", "none"},
-      {"12 (", "none"},
-      {"", "none"},
-  };
-  for (const auto& [text, told] : cases) {
-    const auto line = ReadTimeLine(text);
-    const auto tells = !line             ? "none"
-                       : !line->moment   ? std::to_string(line->year)
-                       : line->isCertain ? Told(line->moment)
-                                         : "~" + Told(line->moment);
-    EXPECT_EQ(tells, told) << text;
-  }
-}
-
-TEST(BulletinDates, OfADayAreTheNearestWithinFifteenDays) {
-  const auto nearest = [](const char* text, UtcTime reference) {
-    return Told(Nearest(ReadDayTime(text).value(), reference));
-  };
-  EXPECT_EQ(nearest("010030", At(2020, 2, 29, 23)), "2020-03-01 00:30");
-  EXPECT_EQ(nearest("311200", At(2015, 1, 1)), "2014-12-31 12:00");
-  EXPECT_EQ(nearest("160000", At(2015, 1, 1)), "2015-01-16 00:00");
-  EXPECT_EQ(nearest("160001", At(2015, 1, 1)), "-") << "15 days and a minute";
-  EXPECT_EQ(nearest("310000", At(2015, 2, 16, 12)), "-") << "February has no such day";
-  EXPECT_EQ(nearest("150000", At(2015, 3, 1)), "-") << "14 days to both sides";
-}
-
 TEST(BulletinDates, TakeMonthAndYearFromWhatIsCertain) {
   const auto line = [](const char* text) { return ReadTimeLine(text); };
   using Spans = std::vector<Dates::Span>;

@@ -8,6 +8,7 @@
 
 #include "base/failure.h"
 #include "tests/bulletin/reading.h"
+#include "tests/support/rows.h"
 
 namespace ostrel {
 namespace {
@@ -35,77 +36,18 @@ TEST(Explanation, OfTheSampleProductsIsWhatTheySay) {
   }
 }
 
-TEST(Explanation, HasTheSameKeysAlways) {
-  EXPECT_EQ(ExplainAsJson("a\"\xFF", ReadBulletin("", kNow)),
-            "{\"name\":\"a\\\"\\ufffd\",\"heading\":null,\"awips\":null,\"kind\":null,"
-            "\"source\":\"bulletin\","
-            "\"segments\":[]}");
-  EXPECT_EQ(ExplainAsJson(
-                "<b>",
-                ReadBulletin(
-                    "<alert xmlns=\"urn:oasis:names:tc:emergency:cap:1.2\"><msgType>Alert</msgType>"
-                    "<info/></alert>",
-                    kNow)),
-            "{\"name\":\"<b>\",\"heading\":null,\"awips\":null,\"kind\":null,\"source\":\"cap\","
-            "\"segments\":[{"
-            "\"areas\":[],\"until\":null,\"events\":[{\"action\":\"NEW\",\"office\":null,"
-            "\"phenomenon\":null,"
-            "\"significance\":null,\"number\":null,\"begins\":null,\"ends\":null,\"test\":null}],"
-            "\"polygon\":null}]}");
-  const std::string outline = "LAT...LON 4206 9336 4224 9336 4229 9279\n";
-  EXPECT_NE(ExplainAsJson("A", ReadBulletin("WFUS53 KDMX 192054\n" + outline + outline, kNow))
-                .find("\"polygon\":null"),
-            std::string::npos)
-      << "of two nobody knows which";
-  EXPECT_NE(ExplainAsJson("A", ReadBulletin("WFUS53 KDMX 192054\nIAC001-192145-\n/O.NEW.KDMX.TO.W."
-                                            "0043.180719T2054Z-180799T9945Z/\n",
-                                            kNow))
-                .find("\"events\":[]"),
-            std::string::npos)
-      << "an end that is none is not until further notice";
+/// The bulletin of a row, named "A\n.TXT".
+std::string InJson(const std::string& text) {
+  return ExplainAsJson("A\n.TXT", ReadBulletin(text, kNow));
+}
+std::string InSentences(const std::string& text) {
+  return ExplainAsText("A\n.TXT", ReadBulletin(text, kNow), Areas::Built());
 }
 
-TEST(Explanation, IsToldInSentences) {
-  const std::string text =
-      "WFUS53 KDMX 192054\nTORDMX\n...BE READY...\nIAC127-IAZ000-PKZ011-192145-\n"
-      "/T.NEW.KDMX.TO.W.0043.180719T2054Z-180719T2145Z/\n/"
-      "O.EXT.KDMX.FL.W.0002.000000T0000Z-180720T0000Z/\n"
-      "/HOPC1.1.ER.180719T1355Z.180719T2100Z.000000T0000Z.OO/\n...TORNADO...\n"
-      "LAT...LON 4206 9336 4224 9336 4229 9279\nTIME...MOT...LOC 2054Z 269DEG 22KT 4215 "
-      "9326\nHAIL...1.00IN\n"
-      "$$\nLAT...LON 4206\n";
-  EXPECT_EQ(
-      ExplainAsText("A\n.TXT", ReadBulletin(text, kNow), Areas::Built()),
-      "A\\x0A.TXT: Tornado Warning (TORDMX), WFUS53 KDMX 192054, issued 2018-07-19 20:54 UTC.\n"
-      "  \"BE READY\"\n"
-      "  Until 2018-07-19 21:45 UTC, for Marshall (IAC127), all of IA (IAZ000), PKZ011.\n"
-      "    Test: Tornado Warning 43 of Des Moines IA, new, from 2018-07-19 20:54 UTC, until "
-      "2018-07-19 21:45 UTC.\n"
-      "    Flood Warning 2 of Des Moines IA, with another time, until 2018-07-20 00:00 UTC, crest "
-      "2018-07-19 21:00 "
-      "UTC.\n"
-      "    \"TORNADO\"\n"
-      "    Within 42.06 -93.36, 42.24 -93.36, 42.29 -92.79.\n"
-      "    From 269 degrees at 22 knots, at 20:54 UTC at 42.15 -93.26.\n"
-      "    Hail: 1.00IN\n"
-      "  Something in it could not be read for certain.\n");
-  EXPECT_EQ(ExplainAsText("A", ReadBulletin("", kNow), Areas::Built()), "A: bulletin.\n");
-  EXPECT_EQ(
-      ExplainAsText(
-          "A",
-          ReadBulletin(
-              "<alert xmlns=\"urn:oasis:names:tc:emergency:cap:1.2\"><msgType>Alert</msgType>"
-              "<info><event>Flood</event><urgency>Future</urgency><severity>Minor</severity>"
-              "<certainty>Likely</certainty><instruction>Go up.</instruction><area><circle>42,-93 "
-              "5</circle></area></info></alert>",
-              kNow),
-          Areas::Built()),
-      "A: CAP message.\n"
-      "  Until a time not known, for areas not known.\n"
-      "    The event of the message, new.\n"
-      "    Flood: urgency Future, severity Minor, certainty Likely.\n"
-      "    Go up.\n"
-      "    Within 5 km of 42.00 -93.00.\n");
+TEST(Explanation, IsOfEachRowWhatItSays) {
+  ExpectRows("bulletin/explained.txt", {{"json", InJson}, {"sentences", InSentences}});
+  EXPECT_EQ(ExplainAsJson("a\"\xFF<b>", ReadBulletin("", kNow)).substr(0, 28),
+            "{\"name\":\"a\\\"\\ufffd<b>\",\"head");
 }
 
 TEST(Explanation, TakesTheTimeWhenFilesCame) {

@@ -1,7 +1,9 @@
 // A name that clears a screen, forges a line and opens a tag, through all that programs print.
 #include <algorithm>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "feed/feed_book.h"
 #include "feed/feed_config.h"
@@ -27,46 +29,25 @@ std::string StandardOutput(const Captured& call) {
   return testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr();
 }
 
-Json Obstacle(const std::string& text) {
-  return {{"folder", text}, {"name", text}, {"reason", text}, {"for", 1.0}, {"nextTry", nullptr}};
+/// Every text of `json`, apart from times and the state, becomes `text`.
+void Rename(Json& json, const std::string& text) {
+  static const std::set<std::string> ours{"version", "now", "started", "at", "state"};
+  for (auto& [key, value] : json.items()) {
+    if (value.is_structured()) Rename(value, text);
+    if (value.is_string() && !ours.contains(key)) value = text;
+  }
 }
 
 Json StatusWith(const std::string& text) {
-  const Json folder = {{"files", 1}, {"more", false}, {"oldest", 1.0}, {"trouble", text}};
-  const Json day = {{"files", 1},     {"packets", 1}, {"fills", 1},    {"discarded", 1},
-                    {"unmatched", 1}, {"purged", 1},  {"replaced", 1}, {"errors", Json::object()}};
-  return {{"version", "3"},
-          {"now", "n"},
-          {"started", "s"},
-          {"state", "idle"},
-          {"endsIn", 0},
-          {"keyed", true},
-          {"port", text},
-          {"rate", 1200},
-          {"sincePacket", 1.0},
-          {"sinceArrival", 1.0},
-          {"onAir", {{"file", text}, {"block", 1}, {"blocks", 2}, {"priority", 3}, {"outIn", 4.0}}},
-          {"queues", Json::array()},
-          {"sinceMidnight", day},
-          {"sinceStart", day},
-          {"compressionRatio", 1.0},
-          {"nextIdentification", nullptr},
-          {"freeBytes", nullptr},
-          {"intakePaused", false},
-          {"silentFor", nullptr},
-          {"silentBecause", text},
-          {"history", text},
-          {"restored", {{"at", "t"}, {"text", text}}},
-          {"unusable", {{{"name", text}, {"why", text}}}},
-          {"intake",
-           {{"ingest", folder},
-            {"holding", folder},
-            {"compression", folder},
-            {"kept", folder},
-            {"quarantine", folder},
-            {"blocked", Obstacle(text)},
-            {"refused", {Obstacle(text)}},
-            {"refusedCount", 1}}}};
+  std::ifstream file(OSTREL_SOURCE_DIR "/tests/programs/status/status.json");
+  auto status = Json::parse(file);
+  status.update(Json::parse(R"({"history": "", "restored": {"at": "t", "text": ""},
+      "unusable": [{"name": "", "why": ""}],
+      "onAir": {"file": "", "block": 1, "blocks": 2, "priority": 3, "outIn": 4.0}})"));
+  for (auto* const folder : {"ingest", "compression", "kept", "quarantine"})
+    status["intake"][folder]["trouble"] = "";
+  Rename(status, text);
+  return status;
 }
 
 std::string Received(const std::string& name) {
