@@ -184,7 +184,9 @@ void QueueService::InsertFillFile() {
 }
 
 void QueueService::PlaceFill(const std::string& fillFile, const std::string& place) {
-  const auto failure = FailureIn([&] { parts_.copy.CopyFile(fillFile, place, Links::kFollowed); });
+  // A fill text that a power failure empties is made again.
+  const auto failure =
+      FailureIn([&] { parts_.copy.CopyFile(fillFile, place, Links::kFollowed, Flush::kNever); });
   if (!failure) return;
   parts_.status.noPacketBecause = failure->text();
   RestoreHoldingFolders();

@@ -38,7 +38,7 @@ OpenedFile OpenFileOf(const std::string& path) {
     if (!opened.file || fstat(opened.file.Get(), &opened.status) != 0)
       ThrowFileFailure(errno, path);
     if (!S_ISREG(opened.status.st_mode)) ThrowFileFailure(EACCES, path);
-    opened.lease = TakeLease(opened.file.Get());
+    opened.lease = TakeLease(opened.file.Get(), Others::kAny);
     return opened;
   });
 }

@@ -37,8 +37,9 @@ int FileCopy::Repeat(Step&& step) {
                 "CopyFile");
 }
 
-void FileCopy::CopyFile(const std::string& source, const std::string& destination, Links links) {
-  Repeat([&] { return files_.Copy(source, destination, links); });
+void FileCopy::CopyFile(const std::string& source, const std::string& destination, Links links,
+                        Flush flush) {
+  Repeat([&] { return files_.Copy(source, destination, links, flush); });
 }
 
 bool FileCopy::PlaceFile(const std::string& source, const std::string& destination) {

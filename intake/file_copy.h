@@ -19,7 +19,7 @@ class FileCopy {
   /// followed by 100 ms. Throws a Failure from "CopyFile" with the number base + 1000 + code;
   /// nothing is deleted or changed then. Only a source of the operator's own choice may be a link.
   void CopyFile(const std::string& source, const std::string& destination,
-                Links links = Links::kRefused);
+                Links links = Links::kRefused, Flush flush = Flush::kFirst);
 
   /// Gives a file its next place before the caller deletes `source`, without writing its bytes
   /// where one file system holds both: see Files::Place. True when the file itself moved, and

@@ -59,7 +59,14 @@ class FileHold {
 /// What HoldAlone does where the file system cannot tell who has a file open.
 enum class WhenUnknown {
   kWait,  // the file counts as in use until it has stood still for a while
-  kTake,  // the file is taken as it is: only the station and its operators lay files there
+  kTake,  // the file is taken as it is: only the station and its operators lay files there, and who
+          // reads one is in nobody's way
+};
+
+/// Whether a copy is safe on the disk before it takes its name.
+enum class Flush {
+  kFirst,  // after a power failure it is whole or not there
+  kNever,  // it may be empty then; it never waits for what others write to the disk
 };
 
 /// How a file gets its next place.
@@ -102,17 +109,18 @@ class Files {
   /// Copies a regular file whole through a hidden file and a rename: nobody ever sees half of it,
   /// an existing destination is replaced. Its last-write time is the moment of the copy. Returns a
   /// copy_code or the system's own number; kInUse when the source changed meanwhile.
-  virtual int Copy(const std::string& source, const std::string& destination, Links links) = 0;
+  virtual int Copy(const std::string& source, const std::string& destination, Links links,
+                   Flush flush) = 0;
   /// Gives a regular file its next place, before the caller deletes `source`. Within one file
   /// system `destination` becomes a second name of the file, and no byte is written; what its
-  /// writer did not flush is flushed. Elsewhere it is copied. A file system that has room for
-  /// neither lets the file itself move: `source` is gone then, and kMoved is returned. In all else
-  /// as Copy.
+  /// writer did not flush is flushed soon after. Elsewhere it is copied. A file system that has
+  /// room for neither lets the file itself move: `source` is gone then, and kMoved is returned. In
+  /// all else as Copy.
   virtual int Place(const std::string& source, const std::string& destination) = 0;
-  /// True when Place or Copy of `source` into `folder` will not keep the station waiting. For a
-  /// large file the work is begun beside the station, and the answer is false until it is done: ask
-  /// again, at the next tick say. Small files are ready at once. What cannot be prepared is ready,
-  /// and its Place or Copy returns why.
+  /// True when Place or Copy of `source` into `folder` will not keep the station waiting. Where it
+  /// takes a copy, that is begun beside the station, and the answer is false until it is done: ask
+  /// again, at the next tick say. What cannot be prepared is ready, and its Place or Copy returns
+  /// why.
   virtual bool IsReady(const std::string& source, const std::string& folder, Means means) = 0;
   /// Before `source` is deleted: what was made of it, the file `made`, survives a power failure
   /// from here on. On one file system the order of its changes sees to that and nothing is done;

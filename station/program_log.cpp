@@ -75,7 +75,7 @@ void ProgramLog::RotateWhenTooLarge() {
 void ProgramLog::MoveAside() {
   const auto old = OldLogPath(parts_.values.programFolder);
   if (TryStep([&] { parts_.files.Rename(Path(), old); })) return;
-  const int code = parts_.files.Copy(Path(), old, Links::kRefused);
+  const int code = parts_.files.Copy(Path(), old, Links::kRefused, Flush::kNever);
   if (code != copy_code::kDone) throw Failure(code, fmt::format("{} {}", CopyCodeText(code), old));
   parts_.files.WriteAll(Path(), "");
 }

@@ -81,7 +81,6 @@ bool MayHaveSecondName(const PlacedSource& source, const std::string& folder) {
 }
 
 int GiveSecondName(const PlacedSource& source, const std::string& destination, UtcTime time) {
-  if (fdatasync(source.file.Get()) != 0) return errno;
   const auto name = TemporaryPath(FolderToCreateIn(destination));
   int error = LinkTo(source, name);
   if (error != 0) return error;
@@ -92,7 +91,6 @@ int GiveSecondName(const PlacedSource& source, const std::string& destination, U
 }
 
 int MoveFileItself(const PlacedSource& source, const std::string& destination, UtcTime time) {
-  if (fdatasync(source.file.Get()) != 0) return errno;
   if (rename(source.path.c_str(), destination.c_str()) != 0) return errno;
   Stamp(destination, time);
   return 0;

@@ -24,7 +24,7 @@ struct PlacedSource {
 /// names, nobody unknown can write into the file, and this account may stamp it.
 bool MayHaveSecondName(const PlacedSource& source, const std::string& folder);
 
-/// Flushes the file, stamps it with `time` and gives it the further name `destination`. Returns 0
+/// Stamps the file with `time` and gives it the further name `destination`. Returns 0
 /// or the system's error; EBUSY when another file stands at its path by now.
 int GiveSecondName(const PlacedSource& source, const std::string& destination, UtcTime time);
 

@@ -21,10 +21,11 @@ constexpr int kLeaseSignal = SIGURG;
 
 /// On a share, or behind a file system in user space, neither a lease nor its refusal says
 /// anything: the writer may be on another computer.
-LeaseAnswer TakeLease(int descriptor) {
+LeaseAnswer TakeLease(int descriptor, Others others) {
   if (!LiesOnLocalFileSystem(descriptor)) return LeaseAnswer::kNone;
   fcntl(descriptor, F_SETSIG, kLeaseSignal);
-  if (fcntl(descriptor, F_SETLEASE, F_WRLCK) != 0)
+  const int first = others == Others::kAny ? F_WRLCK : F_RDLCK;
+  if (fcntl(descriptor, F_SETLEASE, first) != 0)
     return errno == EAGAIN ? LeaseAnswer::kOpenElsewhere : LeaseAnswer::kNone;
   if (fcntl(descriptor, F_SETLEASE, F_RDLCK) == 0) return LeaseAnswer::kGiven;
   fcntl(descriptor, F_SETLEASE, F_UNLCK);  // somebody came in between

@@ -17,9 +17,15 @@ enum class LeaseAnswer {
   kNone,           // a file of another owner, or a file system that cannot tell of every writer
 };
 
+/// Whose open file refuses a lease.
+enum class Others {
+  kAny,      // somebody who reads, too
+  kWriters,  // somebody who writes alone: the history, say, reads what it has received
+};
+
 /// Asks for a lease on the open file `descriptor`. Once given it lasts until the descriptor is
 /// closed, against those who would write: the station's own reading, and that of others, goes on.
-LeaseAnswer TakeLease(int descriptor);
+LeaseAnswer TakeLease(int descriptor, Others others);
 
 class LinuxFileHold : public FileHold {
  public:

@@ -16,12 +16,18 @@
 #include "platform/linux/file_io.h"
 #include "platform/linux/folder_reader.h"
 #include "platform/linux/held_alone.h"
+#include "platform/linux/local_file_system.h"
 #include "platform/linux/overwriting.h"
 #include "platform/linux/system_error.h"
 #include "platform/linux/temporary_file.h"
 
 namespace ostrel {
 namespace {
+
+/// What is smaller takes no time worth mentioning, on a memory card either. Bytes.
+constexpr std::int64_t kLargeFile = 1024 * 1024;
+/// A small copy is mostly done within this; where it is not, the disk has much else to do.
+constexpr milliseconds kPatience{10};
 
 /// Throws for a call that failed on `path`.
 void Check(int result, const std::string& path) {
@@ -141,7 +147,8 @@ void LinuxFiles::SetLastWriteTime(const std::string& path, UtcTime time) {
 std::unique_ptr<FileHold> LinuxFiles::HoldAlone(const std::string& path, WhenUnknown whenUnknown) {
   Descriptor file = OpenToRead(path, Links::kRefused);
   if (!file) ThrowFileFailure(errno, path);
-  const auto lease = TakeLease(file.Get());
+  const auto others = whenUnknown == WhenUnknown::kTake ? Others::kWriters : Others::kAny;
+  const auto lease = TakeLease(file.Get(), others);
   struct stat status;
   Check(fstat(file.Get(), &status), path);
   if (!S_ISREG(status.st_mode)) ThrowFileFailure(EACCES, path);
@@ -153,26 +160,31 @@ std::unique_ptr<FileHold> LinuxFiles::HoldAlone(const std::string& path, WhenUnk
   return std::make_unique<LinuxFileHold>(std::move(file), path, status, lease);
 }
 
-int LinuxFiles::Copy(const std::string& source, const std::string& destination, Links links) {
+int LinuxFiles::Copy(const std::string& source, const std::string& destination, Links links,
+                     Flush flush) {
   const Descriptor from = OpenToRead(source, links);
   struct stat status;
   if (!from || fstat(from.Get(), &status) != 0) return SourceCopyCode(errno);
   if (!S_ISREG(status.st_mode)) return copy_code::kAccessDenied;
-  return CopyOpened({from, status, source}, destination);
+  const int code = CopyOpened({from, status, source}, destination, flush);
+  if (code == copy_code::kDone && !LiesOnLocalFileSystem(from.Get()))
+    quiet_.NoteOwn(destination, clock_.Monotonic());
+  return code;
 }
 
 /// Takes the copy that was prepared, where one was.
-int LinuxFiles::CopyOpened(const PlacedSource& source, const std::string& destination) {
+int LinuxFiles::CopyOpened(const PlacedSource& source, const std::string& destination,
+                           Flush flush) {
   const auto folder = FolderToCreateIn(destination);
-  if (auto prepared = large_.Take(source, folder)) {
+  if (auto prepared = WorkerFor(source.status).Take(source, folder)) {
     if (prepared->code != copy_code::kDone) return prepared->code;
-    return DestinationCopyCode(prepared->copy->Commit(destination, clock_.UtcNow()));
+    return DestinationCopyCode(prepared->copy->Commit(destination, clock_.UtcNow(), Flush::kNever));
   }
   TemporaryFile copy(folder);
   if (copy.Error() != 0) return DestinationCopyCode(copy.Error());
   const int code = CopyContent(source, copy, [this] { clock_.CheckStop(); });
   if (code != copy_code::kDone) return code;
-  return DestinationCopyCode(copy.Commit(destination, clock_.UtcNow()));
+  return DestinationCopyCode(copy.Commit(destination, clock_.UtcNow(), flush));
 }
 
 int LinuxFiles::Place(const std::string& source, const std::string& destination) {
@@ -181,21 +193,34 @@ int LinuxFiles::Place(const std::string& source, const std::string& destination)
   if (!from || fstat(from.Get(), &status) != 0) return SourceCopyCode(errno);
   if (!S_ISREG(status.st_mode)) return copy_code::kAccessDenied;
   const PlacedSource placed{from, status, source};
-  if (MayHaveSecondName(placed, FolderToCreateIn(destination)) &&
-      GiveSecondName(placed, destination, clock_.UtcNow()) == 0)
+  const auto folder = FolderToCreateIn(destination);
+  if (MayHaveSecondName(placed, folder) &&
+      GiveSecondName(placed, destination, clock_.UtcNow()) == 0) {
+    large_.Flush(folder);
     return copy_code::kDone;
-  const int code = CopyOpened(placed, destination);
+  }
+  const int code = CopyOpened(placed, destination, Flush::kFirst);
   if (code != copy_code::kDiskFull) return code;
-  const int error = MoveFileItself(placed, destination, clock_.UtcNow());
-  return error == 0 ? copy_code::kMoved : code;
+  if (MoveFileItself(placed, destination, clock_.UtcNow()) != 0) return code;
+  large_.Flush(folder);
+  return copy_code::kMoved;
 }
 
 bool LinuxFiles::IsReady(const std::string& source, const std::string& folder, Means means) {
   const Descriptor from = OpenToRead(source, Links::kFollowed);
   struct stat status;
   if (!from || fstat(from.Get(), &status) != 0) return true;
-  if (!S_ISREG(status.st_mode) || status.st_size < kLargeFile) return true;
-  return large_.IsReady({from, status, source}, folder, means, clock_.Monotonic());
+  if (!S_ISREG(status.st_mode)) return true;
+  const PlacedSource placed{from, status, source};
+  struct stat there;
+  if (stat(folder.c_str(), &there) != 0) return true;  // nothing can be prepared
+  if (means == Means::kPlace && MayHaveSecondName(placed, folder)) return true;
+  const auto patience = status.st_size < kLargeFile ? kPatience : milliseconds(0);
+  return WorkerFor(status).IsReady(placed, folder, clock_.Monotonic(), patience);
+}
+
+FileWorker& LinuxFiles::WorkerFor(const struct stat& status) {
+  return status.st_size < kLargeFile ? small_ : large_;
 }
 
 void LinuxFiles::Secure(const std::string& made, const std::string& source) {

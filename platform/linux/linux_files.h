@@ -4,7 +4,7 @@
 
 #include "platform/clock.h"
 #include "platform/files.h"
-#include "platform/linux/large_files.h"
+#include "platform/linux/file_worker.h"
 #include "platform/linux/quiet_files.h"
 
 namespace ostrel {
@@ -22,7 +22,8 @@ class LinuxFiles : public Files {
   FileStatus Status(const std::string& path) override;
   void SetLastWriteTime(const std::string& path, UtcTime time) override;
   std::unique_ptr<FileHold> HoldAlone(const std::string& path, WhenUnknown whenUnknown) override;
-  int Copy(const std::string& source, const std::string& destination, Links links) override;
+  int Copy(const std::string& source, const std::string& destination, Links links,
+           Flush flush) override;
   int Place(const std::string& source, const std::string& destination) override;
   bool IsReady(const std::string& source, const std::string& folder, Means means) override;
   void Secure(const std::string& made, const std::string& source) override;
@@ -41,11 +42,12 @@ class LinuxFiles : public Files {
   void Append(const std::string& path, std::string_view content) override;
 
  private:
-  int CopyOpened(const PlacedSource& source, const std::string& destination);
+  FileWorker& WorkerFor(const struct stat& status);
+  int CopyOpened(const PlacedSource& source, const std::string& destination, Flush flush);
 
   Clock& clock_;
   QuietFiles quiet_;
-  LargeFiles large_;
+  FileWorker small_, large_;  // a small one need not wait for a large one
 };
 
 }  // namespace ostrel

@@ -6,7 +6,6 @@
 #include <map>
 #include <string>
 #include <sys/stat.h>
-#include <utility>
 
 #include "base/time.h"
 
@@ -21,9 +20,10 @@ class QuietFiles {
   /// kQuietTime or more before `now`, which is monotonic. Looks at the files
   /// around it too when it is new, so that not each of many waits after the other.
   bool IsQuiet(const std::string& path, const struct stat& status, milliseconds now);
+  /// The station has just made the file at `path`, whole: it need not stand still first.
+  void NoteOwn(const std::string& path, milliseconds now);
 
  private:
-  using Key = std::pair<dev_t, ino_t>;
   struct Look {
     struct stat status;
     milliseconds since;
@@ -31,7 +31,7 @@ class QuietFiles {
 
   void LookAround(const std::string& folder, milliseconds now);
 
-  std::map<Key, Look> looks_;
+  std::map<std::string, Look> looks_;  // by path: some systems give a file another inode each time
 };
 
 }  // namespace ostrel

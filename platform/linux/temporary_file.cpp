@@ -51,12 +51,13 @@ int TemporaryFile::SetMode(unsigned mode) {
   return fchmod(file_.Get(), mode) == 0 ? 0 : errno;
 }
 
-int TemporaryFile::Flush() {
+int TemporaryFile::FlushContent() {
   return fdatasync(file_.Get()) == 0 ? 0 : errno;
 }
 
-int TemporaryFile::Commit(const std::string& path, UtcTime time) {
-  if (const int error = Flush(); error != 0) return error;
+int TemporaryFile::Commit(const std::string& path, UtcTime time, Flush flush) {
+  const int error = flush == Flush::kFirst ? FlushContent() : 0;
+  if (error != 0) return error;
   const timespec stamp = ToTimespec(time);
   const timespec stamps[] = {stamp, stamp};
   if (futimens(file_.Get(), stamps) != 0) return errno;

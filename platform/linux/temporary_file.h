@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "base/time.h"
+#include "platform/files.h"
 #include "platform/linux/descriptor.h"
 
 namespace ostrel {
@@ -27,12 +28,11 @@ class TemporaryFile {
   // Each returns 0 or the system's error.
   int Write(std::string_view bytes);
   int SetMode(unsigned mode);
-  /// Flushes the content to the disk.
-  int Flush();
-  /// Flushes the content to the disk, stamps it with `time`, and gives it its name.
+  int FlushContent();
+  /// Flushes the content to the disk if told, stamps it with `time`, and gives it its name.
   /// Where the file of that name is kept from being replaced but may be written, its content is
   /// overwritten; it bears the system's time then.
-  int Commit(const std::string& path, UtcTime time);
+  int Commit(const std::string& path, UtcTime time, Flush flush = Flush::kFirst);
 
   /// Where it lies until then.
   const std::string& Path() const { return path_; }

@@ -143,7 +143,8 @@ std::unique_ptr<FileHold> MemoryFiles::HoldAlone(const std::string& path,
   return std::make_unique<MemoryFileHold>(*this, path);
 }
 
-int MemoryFiles::Copy(const std::string& source, const std::string& destination, Links /*links*/) {
+int MemoryFiles::Copy(const std::string& source, const std::string& destination, Links /*links*/,
+                      Flush /*flush*/) {
   if (!Exists(source)) return copy_code::kFileNotFound;
   if (!FindFolder(FolderOf(destination))) return copy_code::kPathNotFound;
   WriteAll(destination, std::string(FileAt(source).content));

@@ -36,7 +36,8 @@ class MemoryFiles : public Files {
   void SetLastWriteTime(const std::string& path, UtcTime time) override;
   /// Nobody but the station has anything open here.
   std::unique_ptr<FileHold> HoldAlone(const std::string& path, WhenUnknown whenUnknown) override;
-  int Copy(const std::string& source, const std::string& destination, Links links) override;
+  int Copy(const std::string& source, const std::string& destination, Links links,
+           Flush flush) override;
   int Place(const std::string& source, const std::string& destination) override;
   /// Nothing takes time here.
   bool IsReady(const std::string& /*source*/, const std::string& /*folder*/,

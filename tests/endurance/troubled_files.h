@@ -74,17 +74,17 @@ class TroubledFiles : public FaultyFiles {
   }
   std::string ReadAll(const std::string& p) override { return Asked().ReadAll(p); }
 
-  int Copy(const std::string& s, const std::string& d, Links l) override {
+  int Copy(const std::string& s, const std::string& d, Links l, Flush f) override {
     if (IsRefused()) return trouble_.copyCode;
     Amidst(d);
     Remember(d);
-    const int code = real_.Copy(s, d, l);
+    const int code = real_.Copy(s, d, l, f);
     After();
     return code;
   }
   /// Leads across as a copy.
   int Place(const std::string& s, const std::string& d) override {
-    if (DiskOf(s) != DiskOf(d)) return Copy(s, d, Links::kRefused);
+    if (DiskOf(s) != DiskOf(d)) return Copy(s, d, Links::kRefused, Flush::kFirst);
     if (IsRefused()) return trouble_.copyCode;
     Amidst(d);
     Remember(d);

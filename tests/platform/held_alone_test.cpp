@@ -57,6 +57,14 @@ class HeldAlone : public testing::Test {
     return FailureOf([&] { files_.HoldAlone(path_, WhenUnknown::kWait); });
   }
 
+  /// As file systems in user space do, whenever the kernel has forgotten a file.
+  void GiveAnotherInode(const std::string& path) {
+    const auto time = std::filesystem::last_write_time(path);
+    std::filesystem::copy(path, path + ".other");
+    std::filesystem::last_write_time(path + ".other", time);
+    std::filesystem::rename(path + ".other", path);
+  }
+
   TemporaryFolder folder_;
   VirtualClock clock_{std::chrono::sys_days(std::chrono::year(2031) / 5 / 6)};
   LinuxFiles files_{clock_};
@@ -66,10 +74,13 @@ class HeldAlone : public testing::Test {
 TEST_F(HeldAlone, EndsWhenSomebodyWantsToWriteAndNotByReading) {
   Descriptor holder = Open(O_RDONLY);
   EXPECT_EQ(Test(), 70);
+  EXPECT_NO_THROW(files_.HoldAlone(path_, WhenUnknown::kTake)) << "a reader";
+  holder = Open(O_WRONLY);
+  EXPECT_EQ(FailureOf([&] { files_.HoldAlone(path_, WhenUnknown::kTake); }), 70);
   holder.Reset();
   auto hold = files_.HoldAlone(path_, WhenUnknown::kWait);
   EXPECT_TRUE(Open(O_RDONLY));
-  EXPECT_EQ(files_.Copy(path_, folder_ / "copy", Links::kRefused), copy_code::kDone);
+  EXPECT_EQ(files_.Copy(path_, folder_ / "copy", Links::kRefused, Flush::kFirst), copy_code::kDone);
   EXPECT_TRUE(hold->Delete());
   files_.WriteAll(path_, "second");
   hold = files_.HoldAlone(path_, WhenUnknown::kWait);
@@ -105,8 +116,14 @@ TEST_F(HeldAlone, IsAFileThatStandsUnchangedForTenSecondsWhereLeasesSayNothing) 
     clock_.Advance(9999ms);
     EXPECT_EQ(Test(), 70);
     clock_.Advance(1ms);
+    GiveAnotherInode(folder_ / "neighbour");
     EXPECT_NO_THROW(files_.HoldAlone(folder_ / "neighbour", WhenUnknown::kWait))
         << "it waited at the same time";
+    EXPECT_EQ(files_.Copy(path_, folder_ / "copy", Links::kRefused, Flush::kFirst),
+              copy_code::kDone);
+    if (system != 0) {
+      EXPECT_NO_THROW(files_.HoldAlone(folder_ / "copy", WhenUnknown::kWait)) << "its own";
+    }
     auto hold = files_.HoldAlone(path_, WhenUnknown::kWait);
     EXPECT_EQ(Test(), 70) << "locked";
     files_.Append(path_, "late");

@@ -54,7 +54,7 @@ TEST_F(LinuxFilesTest, ListsAndSendsRegularFilesAloneThroughNoLink) {
   EXPECT_EQ(files_.FirstFile(folder_.path(), {}), std::nullopt);
   EXPECT_EQ(files_.ListFiles(folder_.path()), std::vector<std::string>{});
   const auto copy = [&](const char* name, Links links) {
-    return files_.Copy(Path(name), Path("copy"), links);
+    return files_.Copy(Path(name), Path("copy"), links, Flush::kFirst);
   };
   EXPECT_EQ(copy("pipe", Links::kRefused), copy_code::kAccessDenied);
   EXPECT_EQ(copy("to-file", Links::kRefused), ELOOP);
@@ -71,7 +71,7 @@ TEST_F(LinuxFilesTest, CopiesWholeUnderTheStationsTime) {
   files_.WriteAll(Path("source"), content);
   files_.WriteAll(copy, "old");
   const Descriptor reader(open(copy.c_str(), O_RDONLY));
-  EXPECT_EQ(files_.Copy(Path("source"), copy, Links::kRefused), copy_code::kDone);
+  EXPECT_EQ(files_.Copy(Path("source"), copy, Links::kRefused, Flush::kFirst), copy_code::kDone);
   EXPECT_EQ(files_.ReadAll(copy), content);
   EXPECT_EQ(files_.Status(copy).written, clock_.UtcNow());
   char old[4] = {};
@@ -87,14 +87,16 @@ TEST_F(LinuxFilesTest, NeverPlacesACopyOfAFileThatChangedMeanwhile) {
   } clock{clock_.UtcNow()};
   clock.path = Path("source");
   files_.WriteAll(clock.path, "half");
-  EXPECT_EQ(LinuxFiles(clock).Copy(clock.path, Path("copy"), Links::kRefused), copy_code::kInUse);
+  EXPECT_EQ(LinuxFiles(clock).Copy(clock.path, Path("copy"), Links::kRefused, Flush::kFirst),
+            copy_code::kInUse);
   EXPECT_EQ(Entries(), Names{"source"});
 }
 
 TEST_F(LinuxFilesTest, EndsLongWorkWhenTheProgramIsToEnd) {
   files_.WriteAll(Path("source"), std::string(200'001, 'x'));
   clock_.stopRequested = true;
-  EXPECT_THROW(files_.Copy(Path("source"), Path("copy"), Links::kRefused), StopRequested);
+  EXPECT_THROW(files_.Copy(Path("source"), Path("copy"), Links::kRefused, Flush::kFirst),
+               StopRequested);
   EXPECT_THROW(files_.WriteAll(Path("member"), "x"), StopRequested);
   EXPECT_EQ(Entries(), Names{"source"});
 }
@@ -108,7 +110,7 @@ TEST_F(LinuxFilesTest, WhatFindsNoRoomLeavesWhatWasThere) {
   getrlimit(RLIMIT_FSIZE, &room);
   const rlimit small = {64 * 1024, room.rlim_max};
   setrlimit(RLIMIT_FSIZE, &small);  // ends a write in the middle, as a full disk does
-  EXPECT_EQ(files_.Copy(Path("big"), Path("kept"), Links::kRefused), EFBIG);
+  EXPECT_EQ(files_.Copy(Path("big"), Path("kept"), Links::kRefused, Flush::kFirst), EFBIG);
   EXPECT_EQ(FailureOf([&] { files_.WriteAll(Path("kept"), big); }), EFBIG);
   EXPECT_EQ(FailureOf([&] { files_.Append(Path("kept"), big); }), EFBIG);
   setrlimit(RLIMIT_FSIZE, &room);
@@ -124,9 +126,12 @@ TEST_F(LinuxFilesTest, FailsWithTheNumbersThatTheStationKnows) {
   EXPECT_EQ(FailureOf([&] { files_.Rename(Path("none"), Path("folder/x")); }), 53);
   EXPECT_EQ(FailureOf([&] { files_.Rename(Path("file"), Path("none/x")); }), 76);
   EXPECT_EQ(FailureOf([&] { files_.ReadAll(Path("folder")); }), 75);
-  EXPECT_EQ(files_.Copy(Path("none"), Path("folder/x"), Links::kRefused), copy_code::kFileNotFound);
-  EXPECT_EQ(files_.Copy(Path("file"), Path("none/x"), Links::kRefused), copy_code::kPathNotFound);
-  EXPECT_EQ(files_.Copy(Path("file"), Path("folder"), Links::kRefused), copy_code::kAccessDenied);
+  EXPECT_EQ(files_.Copy(Path("none"), Path("folder/x"), Links::kRefused, Flush::kFirst),
+            copy_code::kFileNotFound);
+  EXPECT_EQ(files_.Copy(Path("file"), Path("none/x"), Links::kRefused, Flush::kFirst),
+            copy_code::kPathNotFound);
+  EXPECT_EQ(files_.Copy(Path("file"), Path("folder"), Links::kRefused, Flush::kFirst),
+            copy_code::kAccessDenied);
   EXPECT_EQ(Entries(), (Names{"file", "folder"}));
 }
 
@@ -226,12 +231,12 @@ TEST_F(LinuxFilesTest, PreparesALargeCopyBesideTheStation) {
   files_.WriteAll(Path("large"), content);
   EXPECT_FALSE(isReady(Means::kCopy)) << "another version";
   ASSERT_TRUE(waitUntilReady(Means::kCopy));
-  EXPECT_EQ(files_.Copy(Path("large"), Path("copy"), Links::kRefused), copy_code::kDone);
+  EXPECT_EQ(files_.Copy(Path("large"), Path("copy"), Links::kRefused, Flush::kFirst),
+            copy_code::kDone);
   std::string copied(content.size(), ' ');
   files_.ReadBlock(Path("copy"), 0, copied);
   EXPECT_TRUE(copied == content);
-  EXPECT_FALSE(isReady(Means::kPlace)) << "it is flushed first";
-  ASSERT_TRUE(waitUntilReady(Means::kPlace));
+  EXPECT_TRUE(isReady(Means::kPlace)) << "no byte is written";
   EXPECT_EQ(files_.Place(Path("large"), Path("placed")), copy_code::kDone);
   EXPECT_EQ(files_.NameCount(Path("placed")), 2);
 }

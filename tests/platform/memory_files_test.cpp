@@ -32,7 +32,7 @@ std::string Step(Files& files, const std::string& root, std::mt19937 random) {
       [&] { files.Rename(name, other); },
       [&] { files.Link(name, other); },
       [&] { files.CreateFolder(root + (random() % 2 == 0 ? "/a" : "/none/c")); },
-      [&] { answer = fmt::format("{}", files.Copy(name, other, Links::kRefused)); },
+      [&] { answer = fmt::format("{}", files.Copy(name, other, Links::kRefused, Flush::kFirst)); },
       [&] { answer.assign(block.data(), files.ReadBlock(name, 3, block)); },
       [&] { answer = files.ReadAll(name); },
       [&] { answer = fmt::format("{}", files.HoldAlone(name, WhenUnknown::kWait)->Delete()); },

@@ -44,9 +44,9 @@ class FaultyFiles : public Files {
   std::unique_ptr<FileHold> HoldAlone(const std::string& p, WhenUnknown w) override {
     return std::make_unique<Hold>(*this, p, Past(lockFault, p).HoldAlone(p, w));
   }
-  int Copy(const std::string& s, const std::string& d, Links l) override {
+  int Copy(const std::string& s, const std::string& d, Links l, Flush f) override {
     const int code = copyFault ? copyFault(s, d) : copy_code::kDone;
-    return code != copy_code::kDone ? code : real_.Copy(s, d, l);
+    return code != copy_code::kDone ? code : real_.Copy(s, d, l, f);
   }
   int Place(const std::string& s, const std::string& d) override {
     const int code = copyFault ? copyFault(s, d) : copy_code::kDone;

@@ -1,5 +1,5 @@
-// Brings large files to their next place beside the station's thread: flushes those that will get a
-// second name, and copies those that need a copy. A tick never waits for either.
+// Does beside the station's thread what may wait for the disk: copies files, and flushes what
+// moved. A tick never waits longer than a moment for either.
 #pragma once
 
 #include <condition_variable>
@@ -18,36 +18,35 @@
 
 namespace ostrel {
 
-/// What is smaller takes no time worth mentioning, on a memory card either. Bytes.
-inline constexpr std::int64_t kLargeFile = 1024 * 1024;
-
-class LargeFiles {
+class FileWorker {
  public:
-  LargeFiles() = default;
+  FileWorker() = default;
   /// Stops what is at work within a piece of a megabyte; what it made so far is removed.
-  ~LargeFiles();
-  LargeFiles(const LargeFiles&) = delete;
-  LargeFiles& operator=(const LargeFiles&) = delete;
+  ~FileWorker();
+  FileWorker(const FileWorker&) = delete;
+  FileWorker& operator=(const FileWorker&) = delete;
 
-  /// True once `source`, as it stands, is ready for `folder`; begins the work otherwise. What
-  /// failed counts as ready for ten seconds, so that its failure is reported, and is tried anew
-  /// then. `now` is monotonic.
-  bool IsReady(const PlacedSource& source, const std::string& folder, Means means,
-               milliseconds now);
+  /// True once a copy of `source`, as it stands, is ready for `folder`; begins one otherwise, and
+  /// waits for it for `patience` at most. What failed counts as ready for ten seconds, so that its
+  /// failure is reported, and is tried anew then. `now` is monotonic.
+  bool IsReady(const PlacedSource& source, const std::string& folder, milliseconds now,
+               milliseconds patience);
 
   /// The outcome of a copy that was prepared for `folder`.
   struct Copied {
     int code = 0;                         // a copy code
-    std::unique_ptr<TemporaryFile> copy;  // where it is kDone
+    std::unique_ptr<TemporaryFile> copy;  // where it is kDone, flushed
   };
   /// Hands the copy over; nothing where none was prepared.
   std::optional<Copied> Take(const PlacedSource& source, const std::string& folder);
+
+  /// Flushes the file system that `folder` lies on, soon.
+  void Flush(const std::string& folder);
 
  private:
   struct Job {
     struct stat status;  // of its source
     std::string path, folder;
-    Means means;
     Descriptor file;
     std::unique_ptr<TemporaryFile> copy;
     milliseconds asked;  // when somebody asked for it last, or it failed
@@ -56,16 +55,18 @@ class LargeFiles {
   };
   bool IsFor(const Job& job, const PlacedSource& source, const std::string& folder) const;
   void Forget(milliseconds now);
-  void Begin(const PlacedSource& source, const std::string& folder, Means means, milliseconds now);
+  Job& Begin(const PlacedSource& source, const std::string& folder, milliseconds now);
+  void Start();
   void Work();
   int Do(Job& job);
 
   std::mutex mutex_;
-  std::condition_variable wake_;
+  std::condition_variable wake_, done_;
   std::list<Job> jobs_;  // in the order in which they were asked for
   const Job* atWork_ = nullptr;
+  std::string unflushed_;  // a folder of the file system that is to be flushed; empty: none
   bool isEnding_ = false;
-  std::thread thread_;  // from the first large file on
+  std::thread thread_;  // from the first work on
 };
 
 }  // namespace ostrel

@@ -1,8 +1,10 @@
-#include "platform/linux/large_files.h"
+#include "platform/linux/file_worker.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 #include "platform/linux/file_io.h"
 #include "platform/linux/system_error.h"
@@ -16,9 +18,15 @@ constexpr milliseconds kFailureLasts{10'000};
 
 struct EndOfWork {};
 
+/// What fails here shows where the file is read.
+void FlushFileSystem(const std::string& folder) {
+  const Descriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (opened) syncfs(opened.Get());
+}
+
 }  // namespace
 
-LargeFiles::~LargeFiles() {
+FileWorker::~FileWorker() {
   {
     const std::lock_guard lock(mutex_);
     isEnding_ = true;
@@ -27,61 +35,77 @@ LargeFiles::~LargeFiles() {
   if (thread_.joinable()) thread_.join();
 }
 
-bool LargeFiles::IsFor(const Job& job, const PlacedSource& source,
+bool FileWorker::IsFor(const Job& job, const PlacedSource& source,
                        const std::string& folder) const {
   return job.status.st_dev == source.status.st_dev && job.status.st_ino == source.status.st_ino &&
          IsSameContent(job.status, source.status) && job.folder == folder;
 }
 
-bool LargeFiles::IsReady(const PlacedSource& source, const std::string& folder, Means means,
-                         milliseconds now) {
-  const std::lock_guard lock(mutex_);
+bool FileWorker::IsReady(const PlacedSource& source, const std::string& folder, milliseconds now,
+                         milliseconds patience) {
+  std::unique_lock lock(mutex_);
   Forget(now);
-  const auto job = std::ranges::find_if(
-      jobs_, [&](const Job& each) { return IsFor(each, source, folder) && each.means == means; });
-  if (job == jobs_.end()) {
-    if (jobs_.size() < kMostJobs) Begin(source, folder, means, now);
-    return false;
-  }
-  const bool hasFailed = job->isDone && job->code != copy_code::kDone;
-  if (!hasFailed) job->asked = now;
-  return job->isDone;
+  const auto known =
+      std::ranges::find_if(jobs_, [&](const Job& each) { return IsFor(each, source, folder); });
+  if (known == jobs_.end() && jobs_.size() >= kMostJobs) return false;
+  auto& job = known != jobs_.end() ? *known : Begin(source, folder, now);
+  if (known == jobs_.end() && patience > milliseconds(0))
+    done_.wait_for(lock, patience, [&] { return job.isDone; });
+  const bool hasFailed = job.isDone && job.code != copy_code::kDone;
+  if (!hasFailed) job.asked = now;
+  return job.isDone;
 }
 
-void LargeFiles::Forget(milliseconds now) {
+void FileWorker::Forget(milliseconds now) {
   jobs_.remove_if([&](const Job& job) {
     const bool hasFailed = job.isDone && job.code != copy_code::kDone;
     return &job != atWork_ && now - job.asked > (hasFailed ? kFailureLasts : kUnwanted);
   });
 }
 
-void LargeFiles::Begin(const PlacedSource& source, const std::string& folder, Means means,
-                       milliseconds now) {
+FileWorker::Job& FileWorker::Begin(const PlacedSource& source, const std::string& folder,
+                                   milliseconds now) {
   Descriptor file = OpenToRead(source.path, Links::kFollowed);
-  jobs_.push_back({source.status, source.path, folder, means, std::move(file), nullptr, now});
+  jobs_.push_back({source.status, source.path, folder, std::move(file), nullptr, now});
+  Start();
+  return jobs_.back();
+}
+
+void FileWorker::Start() {
   if (!thread_.joinable()) thread_ = std::thread([this] { Work(); });
   wake_.notify_all();
 }
 
-std::optional<LargeFiles::Copied> LargeFiles::Take(const PlacedSource& source,
+void FileWorker::Flush(const std::string& folder) {
+  const std::lock_guard lock(mutex_);
+  unflushed_ = folder;
+  Start();
+}
+
+std::optional<FileWorker::Copied> FileWorker::Take(const PlacedSource& source,
                                                    const std::string& folder) {
   const std::lock_guard lock(mutex_);
-  const auto job = std::ranges::find_if(jobs_, [&](const Job& each) {
-    const bool isCopy = each.copy != nullptr || each.code != copy_code::kDone;
-    return each.isDone && isCopy && IsFor(each, source, folder);
-  });
+  const auto job = std::ranges::find_if(
+      jobs_, [&](const Job& each) { return each.isDone && IsFor(each, source, folder); });
   if (job == jobs_.end()) return std::nullopt;
   Copied copied{job->code, std::move(job->copy)};
   if (copied.code == copy_code::kDone) jobs_.erase(job);
   return copied;
 }
 
-void LargeFiles::Work() {
+void FileWorker::Work() {
   std::unique_lock lock(mutex_);
   while (!isEnding_) {
     const auto job = std::ranges::find_if(jobs_, [](const Job& each) { return !each.isDone; });
-    if (job == jobs_.end()) {
+    if (job == jobs_.end() && unflushed_.empty()) {
       wake_.wait(lock);
+      continue;
+    }
+    if (job == jobs_.end()) {
+      const auto folder = std::exchange(unflushed_, {});
+      lock.unlock();
+      FlushFileSystem(folder);
+      lock.lock();
       continue;
     }
     atWork_ = &*job;
@@ -98,21 +122,20 @@ void LargeFiles::Work() {
     if (code != copy_code::kDone) job->copy.reset();
     job->isDone = true;
     atWork_ = nullptr;
+    done_.notify_all();
   }
 }
 
-int LargeFiles::Do(Job& job) {
+int FileWorker::Do(Job& job) {
   if (!job.file || !IsUnchanged(job.file.Get(), job.status)) return copy_code::kInUse;
   const PlacedSource source{job.file, job.status, job.path};
-  if (job.means == Means::kPlace && MayHaveSecondName(source, job.folder))
-    return fdatasync(job.file.Get()) == 0 ? copy_code::kDone : SourceCopyCode(errno);
   job.copy = std::make_unique<TemporaryFile>(job.folder);
   if (job.copy->Error() != 0) return DestinationCopyCode(job.copy->Error());
   const int code = CopyContent(source, *job.copy, [this] {
     const std::lock_guard lock(mutex_);
     if (isEnding_) throw EndOfWork{};
   });
-  return code != copy_code::kDone ? code : DestinationCopyCode(job.copy->Flush());
+  return code != copy_code::kDone ? code : DestinationCopyCode(job.copy->FlushContent());
 }
 
 }  // namespace ostrel
