@@ -13,7 +13,7 @@
 #include "programs/status/alarms.h"
 #include "programs/status/publisher.h"
 #include "programs/status/reports.h"
-#include "programs/status/web_server.h"
+#include "programs/status/serve.h"
 
 namespace {
 

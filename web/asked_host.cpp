@@ -1,4 +1,4 @@
-#include "programs/status/asked_host.h"
+#include "web/asked_host.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
