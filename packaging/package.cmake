@@ -42,6 +42,26 @@ endforeach()
 install(FILES ${CMAKE_SOURCE_DIR}/ui/icons/ostrel.svg COMPONENT windows
         DESTINATION usr/share/icons/hicolor/scalable/apps)
 
+# What teaches a shell the words of a program, by the program itself.
+function(ostrel_install_completion shell destination prefix suffix)
+  foreach(program ${core_programs})
+    if(program STREQUAL ostrel-headless)  # it takes no words
+      continue()
+    endif()
+    set(file ${CMAKE_BINARY_DIR}/completions/${prefix}${program}${suffix})
+    add_custom_command(
+      OUTPUT ${file} DEPENDS ${program}
+      COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/completions
+      COMMAND ${program} --completion ${shell} > ${file})
+    list(APPEND files ${file})
+    install(FILES ${file} DESTINATION ${destination} COMPONENT core)
+  endforeach()
+  add_custom_target(completions_${shell} ALL DEPENDS ${files})
+endfunction()
+ostrel_install_completion(bash usr/share/bash-completion/completions "" "")
+ostrel_install_completion(zsh usr/share/zsh/vendor-completions "_" "")
+ostrel_install_completion(fish usr/share/fish/vendor_completions.d "" ".fish")
+
 # Packed at build time, without a time stamp, so that the same sources make the same package.
 function(ostrel_install_packed file name destination component)
   set(packed ${CMAKE_BINARY_DIR}/packed/${name}.gz)

@@ -6,15 +6,16 @@
 #include <optional>
 #include <string>
 
+#include "programs/plain_arguments.h"
+
 namespace ostrel {
 
-inline constexpr int kWrongUsage = 2;
-
-/// Adds --version, and to --help an example and the page to read on.
+/// Adds --version and --completion, and to --help an example and the page to read on.
 void Describe(CLI::App& app, const std::string& program, const std::string& example);
 
-/// Returns the status with which the program ends at once: 0 after --help or --version, 2 for wrong
-/// usage, which standard error has in one line. What a subcommand throws passes.
+/// Returns the status with which the program ends at once: 0 after --help, --version or
+/// --completion, which prints what teaches a shell the program's words (bash, zsh or fish), 2 for
+/// wrong usage, which standard error has in one line. What a subcommand throws passes.
 std::optional<int> Parse(CLI::App& app, int count, char* arguments[]);
 
 }  // namespace ostrel

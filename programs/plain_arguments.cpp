@@ -24,7 +24,6 @@ std::optional<int> AnswerArguments(const PlainHelp& help, int count, char* argum
                help.what, help.program, help.program);
     return 0;
   }
-  constexpr int kWrongUsage = 2;
   fmt::print(stderr, "{0}: {1} is no argument of it. See {0} --help.\n", help.program,
              Printable(argument));
   return kWrongUsage;

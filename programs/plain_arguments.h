@@ -7,6 +7,9 @@
 
 namespace ostrel {
 
+/// The status of a program that was called wrongly.
+inline constexpr int kWrongUsage = 2;
+
 /// "ostrel-queue 3.0.0"
 std::string VersionOf(const std::string& program);
 
