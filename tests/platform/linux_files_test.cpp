@@ -5,7 +5,9 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
+#include <mutex>
 #include <poll.h>
 #include <set>
 #include <signal.h>
@@ -18,6 +20,7 @@
 #include "platform/linux/temporary_file.h"
 #include "platform/linux/temporary_folder.h"
 #include "platform/virtual/virtual_clock.h"
+#include "tests/support/call_shim/call_shim.h"
 #include "tests/support/failure_of.h"
 
 namespace ostrel {
@@ -239,6 +242,43 @@ TEST_F(LinuxFilesTest, PreparesALargeCopyBesideTheStation) {
   EXPECT_TRUE(isReady(Means::kPlace)) << "no byte is written";
   EXPECT_EQ(files_.Place(Path("large"), Path("placed")), copy_code::kDone);
   EXPECT_EQ(files_.NameCount(Path("placed")), 2);
+}
+
+TEST_F(LinuxFilesTest, FlushesACopyBeforeItsNameAndWhatMovesBehindIt) {
+  files_.WriteAll(Path("product"), "x");
+  std::mutex mutex;
+  std::string calls;
+  const auto callsOf = [&](const std::function<void()>& step) {
+    calls.clear();
+    call_shim::Watch([&](std::string_view call, std::string_view) {
+      const std::lock_guard lock(mutex);
+      if (call == "fdatasync" || call == "rename" || call == "syncfs")
+        calls.append(call).append(" ");
+      return 0;
+    });
+    step();
+    call_shim::Watch({});
+    return calls;
+  };
+  const auto copy = [&](Flush flush) {
+    files_.Copy(Path("product"), Path("copy"), Links::kRefused, flush);
+  };
+  EXPECT_EQ(callsOf([&] { copy(Flush::kFirst); }), "fdatasync rename ");
+  EXPECT_EQ(callsOf([&] { copy(Flush::kNever); }), "rename ");
+  EXPECT_EQ(callsOf([&] {
+              while (!files_.IsReady(Path("product"), folder_.path(), Means::kCopy)) usleep(1000);
+              copy(Flush::kFirst);
+            }),
+            "fdatasync rename ")
+      << "prepared";
+  EXPECT_EQ(callsOf([&] {
+              files_.Place(Path("product"), Path("placed"));
+              for (int i = 0; i < 5000; ++i, usleep(1000)) {
+                const std::lock_guard lock(mutex);
+                if (calls.ends_with("syncfs ")) break;
+              }
+            }),
+            "rename syncfs ");
 }
 
 }  // namespace
