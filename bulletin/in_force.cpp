@@ -9,6 +9,9 @@
 namespace ostrel {
 namespace {
 
+/// Numbers of events begin anew every year. One that goes on is heard of far more often.
+constexpr std::chrono::days kLongestPause{60};
+
 /// What is known of an event in one area.
 struct Word {
   std::size_t bulletin, segment, event;
@@ -17,7 +20,7 @@ struct Word {
 };
 
 struct Life {
-  UtcTime since;
+  UtcTime since, last;  // when the first and the last product of the event were issued
   std::map<std::string, Word> areas;  // "" for a segment that has but an outline
 };
 
@@ -104,7 +107,7 @@ class Lives {
     const auto& event = segment.events[eventIndex];
     const auto identity = IdentityOf(event, bulletin.message);
     if (event.isTest.value_or(true) || identity.empty() || event.action == "ROU") return;
-    auto& life = lives_.try_emplace(identity, Life{IssuedAt(bulletins_[index]), {}}).first->second;
+    auto& life = LifeOf(identity, IssuedAt(bulletins_[index]));
     const bool isCancel = bulletin.message && bulletin.message->type == "Cancel";
     if (isCancel || event.action == "CAN" || event.action == "EXP" || event.action == "UPG")
       return End(life, segment.areas);
@@ -120,6 +123,13 @@ class Lives {
     };
     for (const auto& area : segment.areas) say(area);
     if (segment.areas.empty() && !(segment.polygons.empty() && segment.circles.empty())) say("");
+  }
+
+  Life& LifeOf(const std::string& identity, UtcTime issued) {
+    auto& life = lives_.try_emplace(identity, Life{issued, issued, {}}).first->second;
+    if (issued - life.last > kLongestPause) life = {issued, issued, {}};
+    life.last = issued;
+    return life;
   }
 
   /// Without areas it ends everywhere: nobody knows where else.

@@ -12,6 +12,7 @@
 
 #include "base/text.h"
 #include "programs/command_line.h"
+#include "programs/monitor/audience.h"
 #include "programs/monitor/line_pacer.h"
 #include "programs/monitor/receiver.h"
 #include "programs/monitor/reference.h"
@@ -33,6 +34,7 @@ struct Options {
   std::string folder;
   std::optional<int> idleSeconds;
   ReferenceOptions reference;
+  AudienceOptions audience;
 };
 
 // SIGINT, SIGTERM and SIGHUP as something to poll for, so that none is missed and none cuts a line
@@ -151,7 +153,9 @@ int Run(const Options& options) {
     return ListenWithReference(options, listener) ? 0 : 1;
   }
   ProductStore store(options.folder);
-  Receiver receiver(store);
+  std::optional<Audience> audience;
+  if (options.audience.IsWanted()) audience.emplace(options.audience, options.folder);
+  Receiver receiver(store, audience ? &audience->page() : nullptr);
   Listener listener(stop, options.idleSeconds);
   if (!options.udp.empty()) {
     ListenToDatagrams(DatagramPort(ReadDatagramAddress(options.udp)), listener, receiver);
@@ -229,6 +233,7 @@ void Declare(CLI::App& app, Options& options) {
   udp->excludes(device)->excludes(link);
   device->excludes(link);
   DeclareReference(app, options.reference, device, out);
+  DeclareAudience(app, options.audience, out);
 }
 
 }  // namespace

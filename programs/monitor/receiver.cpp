@@ -21,10 +21,11 @@ void Receiver::Take(const std::vector<StreamEvent>& events) {
 
 void Receiver::Show(const ReceivedPacket& packet) {
   ++packets_;
+  if (page_) page_->Heard();
   ShowLine(fmt::format("{:<12}  block {} of {}", packet.name, packet.block, packet.count));
   const BlockOutcome outcome = assembler_.Accept(packet);
   if (outcome.missing > 0) {
-    missing_ += outcome.missing;
+    Lose(missing_, outcome.missing);
     ShowLine(fmt::format("{:<12}  {} missing before this block", packet.name, outcome.missing));
   }
   if (outcome.endedIncomplete) {
@@ -35,10 +36,15 @@ void Receiver::Show(const ReceivedPacket& packet) {
 }
 
 void Receiver::Show(const DamagedPacket& packet) {
-  ++damaged_;
+  Lose(damaged_, 1);
   const ReceivedPacket& fields = packet.reading.packet;
   ShowLine(fmt::format("{:<12}  block {} of {} DAMAGED: {}", fields.name, fields.block,
                        fields.count, fmt::join(packet.reading.problems, "; ")));
+}
+
+void Receiver::Lose(int& kind, int blocks) {
+  kind += blocks;
+  if (page_) page_->Lost(blocks);
 }
 
 void Receiver::Show(const PauseText&) {
@@ -54,6 +60,7 @@ void Receiver::Show(const Noise& noise) {
 void Receiver::Keep(const ReceivedProduct& product) {
   ++products_;
   const std::string name = store_.Store(product.name, product.data);
+  if (page_) page_->Add(name, product.data);
   ShowLine(
       fmt::format("{:<12}  received, {} bytes, as {}", product.name, product.data.size(), name));
 }

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "listen/listeners_page.h"
 #include "programs/monitor/product_store.h"
 #include "receive/product_assembler.h"
 #include "receive/stream_decoder.h"
@@ -18,7 +19,9 @@ void ShowLine(std::string_view text, std::FILE* where = stdout);
 
 class Receiver {
  public:
-  explicit Receiver(ProductStore& store) : store_(store) {}
+  /// What it hears goes into `page`, too, where there is one.
+  explicit Receiver(ProductStore& store, ListenersPage* page = nullptr)
+      : store_(store), page_(page) {}
 
   void Take(const std::vector<StreamEvent>& events);
   void ShowSummary() const;
@@ -31,8 +34,10 @@ class Receiver {
   void Show(const PauseText& pause);
   void Show(const Noise& noise);
   void Keep(const ReceivedProduct& product);
+  void Lose(int& kind, int blocks);
 
   ProductStore& store_;
+  ListenersPage* page_;
   ProductAssembler assembler_;
   int packets_ = 0;
   int products_ = 0;

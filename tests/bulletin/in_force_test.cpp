@@ -106,6 +106,21 @@ TEST(InForce, IsWhatTheLastWordOnEachAreaLeaves) {
   }
 }
 
+TEST(InForce, TakesTheSameNumberOfAnotherYearForAnotherEvent) {
+  const auto text = [](const char* year) {
+    return fmt::format(
+        "WFUS53 KDMX 192110\nTORDMX\n\nIAC127-192200-\n"
+        "/O.{}.KDMX.TO.W.0043.000000T0000Z-{}0719T2145Z/\n$$\n",
+        year == std::string("17") ? "CAN" : "CON", year);
+  };
+  const std::vector<ReceivedBulletin> bulletins{
+      {ReadBulletin(text("17"), At(2017, 7, 19, 21, 0)), At(2017, 7, 19, 21, 0)},
+      {ReadBulletin(text("18"), At(2018, 7, 19, 21, 0)), At(2018, 7, 19, 21, 0)}};
+  const auto found = FindInForce(bulletins, At(2018, 7, 19, 21, 15));
+  ASSERT_EQ(Told(found), "1#KDMX.TO.W.0043 IAC127 21:45 ");
+  EXPECT_EQ(found.front().since, At(2018, 7, 19, 21, 10));
+}
+
 TEST(InForce, FollowsTheReferencesOfCapBeforeEventCodes) {
   const std::string fresh = "/O.NEW.KDMX.TO.W.0043.180719T2054Z-180719T2145Z/";
   const std::string going = "/O.CON.KDMX.TO.W.0043.000000T0000Z-180719T2145Z/";
