@@ -35,7 +35,7 @@ constexpr const char* kSchema =
     "arrived INTEGER NOT NULL, first_block INTEGER, last_block INTEGER, times_sent INTEGER NOT "
     "NULL, fate TEXT NOT NULL, ended INTEGER, archive INTEGER, resend_of INTEGER);"
     "CREATE INDEX IF NOT EXISTS product_arrived ON product (arrived);"
-    "CREATE INDEX IF NOT EXISTS product_open ON product (id) WHERE ended IS NULL;"
+    "CREATE INDEX IF NOT EXISTS product_ended ON product (ended);"
     "CREATE INDEX IF NOT EXISTS product_resent ON product (resend_of) WHERE resend_of IS NOT NULL;"
     "CREATE TABLE IF NOT EXISTS content (id INTEGER PRIMARY KEY, size INTEGER NOT NULL, "
     "packed BLOB NOT NULL);"

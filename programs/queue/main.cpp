@@ -47,21 +47,34 @@ void Quarantine(const Options& options) {
   fmt::print("{}", options.json ? JsonLines(items) : QuarantineTable(items));
 }
 
-void ShowHistory(const Options& options) {
+PastFilter FilterOf(const Options& options) {
   const auto now = std::chrono::floor<milliseconds>(std::chrono::system_clock::now());
   PastFilter filter{.pattern = options.name, .since = {}, .until = {}};
   if (!options.since.empty()) filter.since = MomentIn(options.since, now, Which::kFirst);
   if (!options.until.empty()) filter.until = MomentIn(options.until, now, Which::kLast);
   if (filter.since && filter.until && *filter.until < *filter.since)
     throw std::runtime_error("--until is before --since. A time of day is the last that was.");
+  return filter;
+}
+
+/// What is written is there at once, however rarely something comes.
+void Write(const std::string& text) {
+  fmt::print("{}", text);
+  if (std::fflush(stdout) != 0) throw std::runtime_error("Standard output takes no more.");
+}
+
+void ShowHistory(const Options& options) {
+  const auto filter = FilterOf(options);
   const auto path = options.from.empty() ? HistoryPath(options.station) : options.from;
-  const auto [products, holes] = PastProducts(path).Find(filter);
+  std::signal(SIGPIPE, SIG_DFL);  // whoever has read enough hangs up
+  using Form = HistoryText::Form;
+  HistoryText text(options.json ? Form::kJson : options.csv ? Form::kCsv : Form::kTable);
+  const int holes =
+      PastProducts(path).Find(filter, [&](const auto& part) { Write(text.Of(part)); });
+  Write(text.End());
   if (holes > 0)
-    fmt::print(stderr, "{} is damaged. What can be read of it follows; {} gaps.\n", Printable(path),
-               holes);
-  fmt::print("{}", options.json  ? HistoryJson(products)
-                   : options.csv ? HistoryCsv(products)
-                                 : HistoryTable(products));
+    fmt::print(stderr, "{} is damaged. What can be read of it stands above; {} gaps.\n",
+               Printable(path), holes);
 }
 
 void Do(const Options& options, const std::string& operation) {

@@ -62,35 +62,42 @@ PastProduct ProductIn(const SqliteStatement& row) {
   return product;
 }
 
-enum class Direction { kUp, kDown };
-
-/// Calls `take` with the rows between two ids, as far as they can be read. Returns the id of the
-/// last one, where damage hides what follows it: `from` when that is the first.
+/// Calls `take` with the row at `from` and those behind it, part by part, as far as they can be
+/// read. Returns where damage hides what follows; nothing at the end. While `take` is called,
+/// nobody is kept from writing.
 template <typename Take>
-std::optional<std::int64_t> ReadUntilDamage(const SqliteDatabase& database, Direction direction,
-                                            std::int64_t from, std::int64_t to, const Take& take) {
-  const std::string rows =
-      std::string(kSelect) + "NOT INDEXED WHERE id > ?1 AND id < ?2 ORDER BY id";
-  SqliteStatement select(database, (rows + (direction == Direction::kUp ? "" : " DESC")).c_str());
-  select.Bind(std::min(from, to)).Bind(std::max(from, to));
-  auto last = from;
-  try {
-    while (select.Step()) {
-      last = select.Number(0);
-      take(ProductIn(select));
+std::optional<std::int64_t> ReadUntilDamage(const SqliteDatabase& database, std::int64_t from,
+                                            const Take& take) {
+  for (;;) {
+    std::vector<PastProduct> part;
+    bool isDamaged = false;
+    std::int64_t count = 0;
+    {
+      SqliteStatement select(
+          database,
+          (kSelect + std::string("NOT INDEXED WHERE id >= ?1 ORDER BY id LIMIT ?2")).c_str());
+      select.Bind(from).Bind(std::int64_t{PastProducts::kPart});
+      try {
+        for (; select.Step(); ++count) {
+          part.push_back(ProductIn(select));
+          from = part.back().id + 1;
+        }
+      } catch (const DamagedDatabase&) {
+        isDamaged = true;
+      }
     }
-    return std::nullopt;
-  } catch (const DamagedDatabase&) {
-    return last;
+    take(std::move(part));
+    if (isDamaged) return from;
+    if (count < PastProducts::kPart) return std::nullopt;
   }
 }
 
-/// The first id behind `last` that can be read, looked for further and further on.
-std::int64_t NextReadable(const SqliteDatabase& database, std::int64_t last) {
+/// The first id from `damage` on that can be read, looked for further and further on.
+std::int64_t NextReadable(const SqliteDatabase& database, std::int64_t damage) {
   constexpr std::int64_t kFurthest = std::int64_t{1} << 40;
-  for (std::int64_t gap = 1; gap < kFurthest && last < kEver - gap; gap *= 2) {
-    SqliteStatement next(database, "SELECT min(id) FROM product NOT INDEXED WHERE id > ?1");
-    next.Bind(last + gap);
+  for (std::int64_t gap = 0; gap < kFurthest && damage < kEver - gap; gap = 2 * gap + 1) {
+    SqliteStatement next(database, "SELECT min(id) FROM product NOT INDEXED WHERE id >= ?1");
+    next.Bind(damage + gap);
     try {
       next.Step();
       return next.IsNothing(0) ? kEver : next.Number(0);
@@ -99,6 +106,43 @@ std::int64_t NextReadable(const SqliteDatabase& database, std::int64_t last) {
     }
   }
   return kEver;
+}
+
+/// Where what can be read behind `damage` begins: back from a place that can be read. kEver when
+/// nothing follows.
+std::int64_t EndOf(const SqliteDatabase& database, std::int64_t damage) {
+  std::int64_t first = NextReadable(database, damage);
+  SqliteStatement select(
+      database,
+      (kSelect + std::string("NOT INDEXED WHERE id > ?1 AND id <= ?2 ORDER BY id DESC")).c_str());
+  select.Bind(damage).Bind(first);
+  try {
+    while (select.Step()) first = ProductIn(select).id;
+  } catch (const DamagedDatabase&) {
+    // Here it is.
+  }
+  return first;
+}
+
+/// The first id of those that had not ended at `since`, or one before it.
+std::int64_t FirstSince(const SqliteDatabase& database, UtcTime since) {
+  // By the index of ends: an aggregate of the id itself would look through the rows.
+  SqliteStatement first(
+      database, "SELECT ifnull(min(+id), ?2) FROM product WHERE ended IS NULL OR ended >= ?1");
+  first.Bind(since.time_since_epoch().count()).Bind(kEver);
+  try {
+    first.Step();
+    return first.Number(0);
+  } catch (const DamagedDatabase&) {
+    return 0;
+  }
+}
+
+bool IsMeant(const PastProduct& product, const PastFilter& filter, const std::string& pattern) {
+  const bool wasOnItsWay = (!filter.until || product.arrived < *filter.until) &&
+                           (!filter.since || !product.ended || *product.ended >= *filter.since);
+  return wasOnItsWay && (pattern.empty() || MatchPattern(product.name, pattern) ||
+                         MatchPattern(product.sentAs, pattern));
 }
 
 }  // namespace
@@ -118,28 +162,20 @@ PastProducts::PastProducts(const std::string& path)
   database_.Execute("PRAGMA writable_schema = ON");  // reads one that was cut off as far as it goes
 }
 
-PastProducts::Found PastProducts::Find(const PastFilter& filter) const {
+int PastProducts::Find(const PastFilter& filter, const Take& take) const {
   const auto pattern = ToUpper(filter.pattern);
-  Found found;
-  const auto take = [&](PastProduct product) {
-    const bool wasOnItsWay = (!filter.until || product.arrived < *filter.until) &&
-                             (!filter.since || !product.ended || *product.ended >= *filter.since);
-    const bool isNamed = pattern.empty() || MatchPattern(product.name, pattern) ||
-                         MatchPattern(product.sentAs, pattern);
-    if (wasOnItsWay && isNamed) found.products.push_back(std::move(product));
+  const auto takeMeant = [&](std::vector<PastProduct> part) {
+    std::erase_if(part, [&](const auto& one) { return !IsMeant(one, filter, pattern); });
+    if (!part.empty()) take(part);
   };
-  std::int64_t from = 0;
-  while (const auto last = ReadUntilDamage(database_, Direction::kUp, from, kEver, take)) {
-    ++found.holes;
-    const auto next = NextReadable(database_, *last);
-    ReadUntilDamage(database_, Direction::kDown, next, *last, take);  // what was leapt over
-    if (next == kEver) break;
-    from = next - 1;
+  int holes = 0;
+  std::int64_t from = filter.since ? FirstSince(database_, *filter.since) : 0;
+  while (const auto damage = ReadUntilDamage(database_, from, takeMeant)) {
+    ++holes;
+    from = EndOf(database_, *damage);
+    if (from == kEver) break;
   }
-  std::ranges::sort(found.products, {}, [](const PastProduct& product) {
-    return std::pair(product.arrived, product.id);
-  });
-  return found;
+  return holes;
 }
 
 std::optional<PastProduct> PastProducts::FindOne(const std::string& numberOrName) const {

@@ -5,6 +5,7 @@
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "base/names.h"
 #include "base/text.h"
@@ -87,6 +88,30 @@ std::string Row(const std::vector<std::string>& cells, std::string_view separato
   return fmt::format("{}\n", fmt::join(cells, separator));
 }
 
+constexpr auto* kHistoryForm = "{:>8}  {:<19}  {:<24} {:>8} {:>9}  {:<12} {:<19}  {:<19} {:>5}\n";
+
+std::string TableRow(const PastProduct& product) {
+  auto fate = Printable(product.fate);
+  if (product.archive) fate += fmt::format(" in {}", *product.archive);
+  if (product.resendOf) fate += fmt::format(", again {}", *product.resendOf);
+  return fmt::format(kHistoryForm, product.id, Local(product.arrived), Printable(product.name),
+                     Cell(OrNull(product.priority)), Cell(OrNull(product.size)), fate,
+                     Local(product.firstBlock), Local(product.lastBlock), product.timesSent);
+}
+
+std::string CsvRow(const PastProduct& product) {
+  std::vector<std::string> cells;
+  for (const auto& value : ValuesOf(product)) cells.push_back(Cell(value));
+  return Row(cells, ",");
+}
+
+std::string JsonRow(const PastProduct& product) {
+  const auto values = ValuesOf(product);
+  Json row;
+  for (std::size_t i = 0; i < kHeadings.size(); ++i) row[kHeadings[i]] = values[i];
+  return row.dump(-1, ' ', true, Json::error_handler_t::replace);
+}
+
 }  // namespace
 
 std::string JsonLines(const Json& value) {
@@ -122,40 +147,26 @@ std::string QuarantineTable(const Json& items) {
   return table;
 }
 
-std::string HistoryTable(const std::vector<PastProduct>& products) {
-  constexpr auto* kForm = "{:>8}  {:<19}  {:<24} {:>8} {:>9}  {:<12} {:<19}  {:<19} {:>5}\n";
-  auto table = fmt::format(kForm, "Id", "Arrived", "Name", "Priority", "Bytes", "Became",
-                           "First block", "Last block", "Sent");
-  for (const auto& product : products) {
-    auto fate = Printable(product.fate);
-    if (product.archive) fate += fmt::format(" in {}", *product.archive);
-    if (product.resendOf) fate += fmt::format(", again {}", *product.resendOf);
-    table += fmt::format(kForm, product.id, Local(product.arrived), Printable(product.name),
-                         Cell(OrNull(product.priority)), Cell(OrNull(product.size)), fate,
-                         Local(product.firstBlock), Local(product.lastBlock), product.timesSent);
-  }
-  return table;
+std::string HistoryText::Begin() {
+  if (std::exchange(isBegun_, true)) return "";
+  if (form_ == Form::kCsv) return Row({kHeadings.begin(), kHeadings.end()}, ",");
+  if (form_ == Form::kJson) return "[";
+  return fmt::format(kHistoryForm, "Id", "Arrived", "Name", "Priority", "Bytes", "Became",
+                     "First block", "Last block", "Sent");
 }
 
-std::string HistoryCsv(const std::vector<PastProduct>& products) {
-  auto lines = Row({kHeadings.begin(), kHeadings.end()}, ",");
-  for (const auto& product : products) {
-    std::vector<std::string> cells;
-    for (const auto& value : ValuesOf(product)) cells.push_back(Cell(value));
-    lines += Row(cells, ",");
+std::string HistoryText::Of(const std::vector<PastProduct>& part) {
+  auto text = Begin();
+  for (const auto& product : part) {
+    if (form_ == Form::kTable) text += TableRow(product);
+    if (form_ == Form::kCsv) text += CsvRow(product);
+    if (form_ == Form::kJson) text += (text.ends_with('[') ? "\n" : ",\n") + JsonRow(product);
   }
-  return lines;
+  return text;
 }
 
-std::string HistoryJson(const std::vector<PastProduct>& products) {
-  auto all = Json::array();
-  for (const auto& product : products) {
-    const auto values = ValuesOf(product);
-    Json row;
-    for (std::size_t i = 0; i < kHeadings.size(); ++i) row[kHeadings[i]] = values[i];
-    all.push_back(std::move(row));
-  }
-  return JsonLines(all);
+std::string HistoryText::End() {
+  return Begin() + (form_ == Form::kJson ? "\n]\n" : "");
 }
 
 }  // namespace ostrel

@@ -18,9 +18,27 @@ std::string QueueTable(const nlohmann::ordered_json& lists);
 /// What was set aside, as the station's answer has it.
 std::string QuarantineTable(const nlohmann::ordered_json& items);
 
-std::string HistoryTable(const std::vector<PastProduct>& products);
-/// With a line of headings; times in UTC.
-std::string HistoryCsv(const std::vector<PastProduct>& products);
-std::string HistoryJson(const std::vector<PastProduct>& products);
+/// The history as it is written out, part by part.
+class HistoryText {
+ public:
+  enum class Form {
+    kTable,
+    kCsv,   // with a line of headings; times in UTC
+    kJson,  // one array, a product a line
+  };
+
+  explicit HistoryText(Form form) : form_(form) {}
+
+  /// Some more of it.
+  std::string Of(const std::vector<PastProduct>& part);
+  /// What follows the last part.
+  std::string End();
+
+ private:
+  std::string Begin();
+
+  Form form_;
+  bool isBegun_ = false;
+};
 
 }  // namespace ostrel

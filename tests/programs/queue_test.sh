@@ -77,7 +77,7 @@ until_true 10 said AFDA.TXT ',1,sent,'
 said AFDB.TXT ',0,removed,' || fail "AFDB.TXT was not removed"
 said JUNK.NIX ',0,no rule,' || fail "JUNK.NIX has a rule"
 queue history 'TOR*' | grep -q 'TOR\\x1B\[31M\\x0AX.TXT .* sent' || fail "a name colours the terminal"
-queue history --json --since 1h | grep -q '"sha256": "[0-9a-f]\{64\}"' || fail "no hash"
+queue history --json --since 1h | grep -q '"sha256":"[0-9a-f]\{64\}"' || fail "no hash"
 # What has not ended belongs to every later time.
 no_future() { [ "$(queue history --since 2099-01-01 --csv | wc -l)" -eq 1 ]; }
 until_true 20 no_future
