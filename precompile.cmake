@@ -17,7 +17,7 @@ precompile(ostrel_base
                ostrel_settings ostrel_station ostrel_profile ostrel_client ostrel_receive
                ostrel_platform_linux ostrel_platform_virtual ostrel-settings)
 precompile(ostrel_seam HEADERS <nlohmann/json.hpp>
-           FOR ostrel-monitor ostrel-queue ostrel-status ostrel-watch)
+           FOR ostrel-monitor ostrel-queue ostrel-repeat ostrel-status ostrel-watch)
 precompile(ostrel_platform_qt HEADERS <QObject> <QString> FOR ostrel_feed ostrel_platform_x11)
 precompile(ostrel_ui
            HEADERS <QApplication> <QBoxLayout> <QCheckBox> <QGridLayout> <QLabel> <QLineEdit>

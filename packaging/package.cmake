@@ -2,8 +2,8 @@
 # The station's own files (rule lists, Morse table, fill text, settings, queues) are its operator's:
 # the package carries them as a starting set, and its postinst lays down what is missing.
 # The core runs a station without windows; what needs a window system is a package of its own.
-set(core_programs ostrel-feed ostrel-headless ostrel-monitor ostrel-queue ostrel-settings ostrel-simulate
-    ostrel-status ostrel-watch)
+set(core_programs ostrel-feed ostrel-headless ostrel-monitor ostrel-queue ostrel-repeat ostrel-settings
+    ostrel-simulate ostrel-status ostrel-watch)
 function(ostrel_install_programs component)
   install(TARGETS ${ARGN} DESTINATION opt/ostrel COMPONENT ${component})
   foreach(program ${ARGN})
@@ -26,6 +26,7 @@ install(DIRECTORY ${CMAKE_SOURCE_DIR}/packaging/station/ DESTINATION usr/share/o
 install(FILES ${CMAKE_SOURCE_DIR}/packaging/system/ostrel@.service
               ${CMAKE_SOURCE_DIR}/packaging/system/ostrel-feed@.service
               ${CMAKE_SOURCE_DIR}/packaging/system/ostrel-monitor@.service
+              ${CMAKE_SOURCE_DIR}/packaging/system/ostrel-repeat@.service
               ${CMAKE_SOURCE_DIR}/packaging/system/ostrel-status@.service
         DESTINATION usr/lib/systemd/system COMPONENT core)
 
@@ -81,7 +82,7 @@ function(ostrel_install_pages component)
                           ${component})
   endforeach()
 endfunction()
-ostrel_install_pages(core ostrel-feed.1 ostrel-headless.1 ostrel-monitor.1 ostrel-queue.1 ostrel-settings.1
+ostrel_install_pages(core ostrel-feed.1 ostrel-headless.1 ostrel-monitor.1 ostrel-queue.1 ostrel-repeat.1 ostrel-settings.1
                      ostrel-simulate.1 ostrel-status.1 ostrel-watch.1 ostrel-rules.5)
 ostrel_install_pages(windows ostrel.1)
 

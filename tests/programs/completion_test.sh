@@ -22,7 +22,7 @@ expect() {
   offered=$(offers "$@")
   [ "$offered" = "$wanted" ] || fail "behind '$*' stands '$offered' instead of '$wanted'"
 }
-for program in ostrel-{feed,monitor,queue,settings,simulate,status,watch}; do
+for program in ostrel-{feed,monitor,queue,repeat,settings,simulate,status,watch}; do
   # shellcheck source=/dev/null
   source <("$bin/$program" --completion bash)
   complete -p "$program" >/dev/null || fail "bash completes nothing behind $program"

@@ -14,7 +14,7 @@ run() {
   "$work/station/$program" "$@" >"$work/said" 2>"$work/complained" </dev/null || status=$?
 }
 version=''
-for program in ostrel ostrel-{feed,headless,ingest,monitor,queue,settings,simulate,status,watch} Brask; do
+for program in ostrel ostrel-{feed,headless,ingest,monitor,queue,repeat,settings,simulate,status,watch} Brask; do
   mkdir "$work/station"
   cp "$bin/$program" "$work/station/$program"
   run --version
