@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <iterator>
 
 #include "listen/picture.h"
@@ -55,25 +56,40 @@ void KeptProducts::Add(const std::string& name, std::string_view data, UtcTime r
   product.name = name;
   product.received = received;
   product.bytes = data.size();
+  product.hash = std::hash<std::string_view>{}(data);
   product.picture = PictureTypeOf(data);
   product.isText = product.picture.empty() && IsText(data);
+  const auto same = TakeSame(product);
+  if (same) std::ranges::replace(eventfulNames_, *same, name);
   if (product.isText) {
     auto bulletin = ReadBulletin(data, received);
     product.kind = bulletin.kind;
     product.isDamaged = bulletin.isDamaged;
-    if (TellsEvents(bulletin)) {
-      for (auto& segment : bulletin.segments) segment.tags.clear();
-      eventful_.push_back({std::move(bulletin), received});
-      eventfulNames_.push_back(name);
-    }
+    if (!same && TellsEvents(bulletin)) Remember(name, {std::move(bulletin), received});
   }
   listed_.push_front(std::move(product));
   if (listed_.size() > kMostListed) listed_.pop_back();
+}
+
+void KeptProducts::Remember(const std::string& name, ReceivedBulletin told) {
+  for (auto& segment : told.bulletin.segments) segment.tags.clear();
+  eventful_.push_back(std::move(told));
+  eventfulNames_.push_back(name);
   // Half of them at once, so that few are moved.
   if (eventful_.size() < kMostEventful) return;
   constexpr auto kForgotten = static_cast<std::ptrdiff_t>(kMostEventful / 2);
   eventful_.erase(eventful_.begin(), eventful_.begin() + kForgotten);
   eventfulNames_.erase(eventfulNames_.begin(), eventfulNames_.begin() + kForgotten);
+}
+
+std::optional<std::string> KeptProducts::TakeSame(const KeptProduct& product) {
+  const auto same = std::ranges::find_if(listed_, [&](const auto& listed) {
+    return listed.hash == product.hash && listed.bytes == product.bytes;
+  });
+  if (same == listed_.end()) return std::nullopt;
+  auto name = std::move(same->name);
+  listed_.erase(same);
+  return name;
 }
 
 std::optional<std::string> KeptProducts::ContentOf(const std::string& name) const {

@@ -16,6 +16,7 @@ struct KeptProduct {
   std::string name;  // in the folder
   UtcTime received;
   std::size_t bytes = 0;
+  std::size_t hash = 0;      // of its bytes
   std::string kind;          // "TOR"; empty where it tells none
   std::string_view picture;  // its type, as for PictureTypeOf; empty for all else
   bool isText = false;
@@ -38,7 +39,8 @@ class KeptProducts {
   /// read are passed over. Throws std::filesystem::filesystem_error where the folder is none.
   explicit KeptProducts(std::filesystem::path folder);
 
-  /// One that lies in the folder as `name` now.
+  /// One that lies in the folder as `name` now. It takes the place of a listed one with the same
+  /// bytes: a fill text or a repeated warning comes all day.
   void Add(const std::string& name, std::string_view data, UtcTime received);
 
   const std::deque<KeptProduct>& listed() const { return listed_; }  // the newest first
@@ -51,6 +53,10 @@ class KeptProducts {
   std::optional<std::string> ContentOf(const std::string& name) const;
 
  private:
+  /// The name of the listed one that is the same as `product`, which is listed no more.
+  std::optional<std::string> TakeSame(const KeptProduct& product);
+  void Remember(const std::string& name, ReceivedBulletin told);
+
   std::filesystem::path folder_;
   std::deque<KeptProduct> listed_;
   std::vector<ReceivedBulletin> eventful_;

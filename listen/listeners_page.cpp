@@ -24,7 +24,8 @@ constexpr const char* kPicturePolicy = "default-src 'none'; sandbox";
 constexpr auto kBetweenLooks = std::chrono::seconds(5);
 /// Far shorter than a connection may last (WebLimits): then the browser asks again.
 constexpr auto kWaitForNews = std::chrono::seconds(4);
-/// The text of a product that stands in the page itself.
+/// What stands in the page itself; a text that is longer is cut off there.
+constexpr std::size_t kMostInRegion = 200, kMostTexts = 20;
 constexpr std::size_t kLongestInPage = 64 << 10;
 
 UtcTime Now() {
@@ -74,6 +75,7 @@ void ListenersPage::Look() {
 ListenersView ListenersPage::MakeView(UtcTime now) const {
   ListenersView view;
   view.isHomeKnown = home_.place || !home_.areas.empty();
+  view.place = home_.place;
   view.latest = products_.listed();
   const auto& told = products_.eventful();
   const auto rows = FindInForce(told, now);
@@ -82,10 +84,15 @@ ListenersView ListenersPage::MakeView(UtcTime now) const {
     event.product = products_.NameOf(row->bulletin);
     const auto& segment = told[row->bulletin].bulletin.segments[row->segment];
     if (!IsAtHome(home_, segment, row->areas)) {
-      view.region.push_back(std::move(event));
+      if (view.region.size() < kMostInRegion)
+        view.region.push_back(std::move(event));
+      else
+        ++view.moreInRegion;
       continue;
     }
-    auto text = products_.ContentOf(event.product).value_or("").substr(0, kLongestInPage);
+    std::string text;
+    if (view.home.size() < kMostTexts)
+      text = products_.ContentOf(event.product).value_or("").substr(0, kLongestInPage);
     view.home.push_back({std::move(event), std::move(text)});
   }
   return view;

@@ -6,6 +6,7 @@
 
 #include "bulletin/codes.h"
 #include "listen/html.h"
+#include "listen/map.h"
 #include "listen/page_texts.h"
 
 namespace ostrel {
@@ -38,17 +39,6 @@ std::string ProductPath(const std::string& name) {
   return "product/" + PathPart(name);
 }
 
-const char* ClassOf(const ShownEvent& event) {
-  switch (event.significance) {
-    case 'W':
-      return "warning";
-    case 'A':
-      return "watch";
-    default:
-      return "advisory";
-  }
-}
-
 /// What stands in both lists: title, times, areas, headline.
 std::string EventHtml(const ShownEvent& event, const std::string& more) {
   auto html = fmt::format(R"(<article class="{}" data-identity="{}"><h3>{}</h3>)"
@@ -63,6 +53,16 @@ std::string EventHtml(const ShownEvent& event, const std::string& more) {
   return html + more + "</article>\n";
 }
 
+std::string WholeText(const std::string& text) {
+  return fmt::format(R"(<details><summary>{}</summary><pre tabindex="0">{}</pre></details>)",
+                     texts::kWholeText, HtmlLines(text));
+}
+
+std::string WayTo(const ShownEvent& event) {
+  return fmt::format(R"(<p><a href="{}">{}<span class="unseen"> ({})</span></a></p>)",
+                     ProductPath(event.product), texts::kWholeText, Html(event.title));
+}
+
 std::string HomeHtml(const ListenersView& view, bool isSilent) {
   if (!view.isHomeKnown) return Paragraph(texts::kHomeUnknown);
   if (view.home.empty() && isSilent)
@@ -71,20 +71,31 @@ std::string HomeHtml(const ListenersView& view, bool isSilent) {
   if (view.home.empty()) return fmt::format(R"(<p class="calm">{}</p>)", texts::kNothingAtHome);
   std::string html;
   for (const auto& [event, text] : view.home)
-    html += EventHtml(
-        event, fmt::format(R"(<details><summary>{}</summary><pre tabindex="0">{}</pre></details>)",
-                           texts::kWholeText, HtmlLines(text)));
+    html += EventHtml(event, text.empty() ? WayTo(event) : WholeText(text));
   return html;
 }
 
 std::string RegionHtml(const ListenersView& view) {
   if (view.region.empty()) return Paragraph(texts::kNothingInRegion);
   std::string html;
-  for (const auto& event : view.region)
-    html += EventHtml(
-        event, fmt::format(R"(<p><a href="{}">{}<span class="unseen"> ({})</span></a></p>)",
-                           ProductPath(event.product), texts::kWholeText, Html(event.title)));
+  for (const auto& event : view.region) html += EventHtml(event, WayTo(event));
+  if (view.moreInRegion > 0) html += Paragraph(fmt::format(texts::kMore, view.moreInRegion));
   return html;
+}
+
+std::string MapHtml(const ListenersView& view) {
+  std::vector<const ShownEvent*> events;
+  for (const auto& one : view.home) events.push_back(&one.event);
+  for (const auto& event : view.region) events.push_back(&event);
+  auto svg = MapSvg(view.place, events);
+  if (svg.empty()) return svg;
+  std::string legend;
+  for (const auto& [name, text] : {std::pair("warning", texts::kWarning),
+                                   {"watch", texts::kWatch},
+                                   {"advisory", texts::kAdvisory}})
+    legend += fmt::format(R"(<li class="{}">{}</li>)", name, text);
+  if (view.place) legend += fmt::format(R"(<li class="homes">{}</li>)", texts::kHome);
+  return PartsOf("map", texts::kMap, svg + fmt::format("<ul class=\"legend\">{}</ul>\n", legend));
 }
 
 std::string ListedHtml(const KeptProduct& product) {
@@ -189,7 +200,7 @@ std::string HearingHtml(const Hearing::Figures& figures) {
 
 std::string ContentHtml(const ListenersView& view, bool isSilent) {
   return PartsOf("home", texts::kAtHome, HomeHtml(view, isSilent)) +
-         PartsOf("region", texts::kInRegion, RegionHtml(view)) +
+         PartsOf("region", texts::kInRegion, RegionHtml(view)) + MapHtml(view) +
          PartsOf("latest", texts::kLatest, LatestHtml(view.latest));
 }
 
@@ -199,7 +210,7 @@ std::string PageHtml(std::string_view hearing, std::string_view content, int ver
 <script src="page.js" defer></script>
 </head>
 )";
-  html += fmt::format(R"(<body data-no-receiver="{}">
+  html += fmt::format(R"(<body data-no-receiver="{}" data-meaning="{}">
 <header><h1>{}</h1><button id="speak" type="button" aria-pressed="false" hidden>{}</button></header>
 <div id="link" role="alert"></div>
 <main id="main" data-version="{}">
@@ -208,7 +219,8 @@ std::string PageHtml(std::string_view hearing, std::string_view content, int ver
 </body>
 </html>
 )",
-                      texts::kNoReceiver, texts::kTitle, texts::kSpeak, version, hearing, content);
+                      texts::kNoReceiver, texts::kSilentMeans, texts::kTitle, texts::kSpeak,
+                      version, hearing, content);
   return html;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <deque>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,11 +16,13 @@ namespace ostrel {
 struct ListenersView {
   struct AtHome {
     ShownEvent event;
-    std::string text;  // of its product, whole
+    std::string text;  // of its product, whole; where it is empty, a way there is shown
   };
   bool isHomeKnown = false;
+  std::optional<Position> place;   // of home
   std::vector<AtHome> home;        // the newest first
   std::vector<ShownEvent> region;  // likewise, those at home aside
+  std::size_t moreInRegion = 0;    // than these
   std::deque<KeptProduct> latest;  // likewise
 };
 

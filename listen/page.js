@@ -82,12 +82,14 @@ function listen() {
 
 setInterval(() => {
   if (Date.now() - lastSign < kLost || link.firstChild) return;
-  const box = document.createElement("div"), words = document.createElement("p");
+  const [box, words, meaning] = ["div", "p", "p"].map(name => document.createElement(name));
   box.className = "silent";
   words.className = "largest";
   words.textContent = document.body.dataset.noReceiver;
-  box.append(words);
+  meaning.textContent = document.body.dataset.meaning;
+  box.append(words, meaning);
   link.append(box);
+  document.getElementById("hearing").hidden = true;
 }, 1000);
 
 speak.hidden = !("speechSynthesis" in window);

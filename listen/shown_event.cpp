@@ -43,12 +43,24 @@ std::string NamesOf(const std::vector<std::string>& codes) {
 
 }  // namespace
 
+const char* ClassOf(const ShownEvent& event) {
+  switch (event.significance) {
+    case 'W':
+      return "warning";
+    case 'A':
+      return "watch";
+    default:
+      return "advisory";
+  }
+}
+
 ShownEvent Describe(const EventInForce& row, const ReceivedBulletin& told, UtcTime now) {
   const auto& segment = told.bulletin.segments[row.segment];
   const auto& event = segment.events[row.event];
   ShownEvent shown;
   shown.identity = row.identity;
   shown.title = TitleOf(event, segment, told.bulletin);
+  shown.codes = row.areas;
   shown.areas = NamesOf(row.areas);
   shown.since = row.since;
   shown.heard = told.received;
