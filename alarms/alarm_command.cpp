@@ -24,6 +24,7 @@ std::vector<std::string> EnvironmentOf(const AlarmNews& news, const std::string&
   variables.push_back("OSTREL_ALARM=" + news.name);
   variables.push_back(std::string("OSTREL_EVENT=") + news.Event());
   variables.push_back("OSTREL_TEXT=" + text);
+  variables.push_back("OSTREL_STATION=" + Printable(news.station));
   return variables;
 }
 
@@ -45,6 +46,7 @@ void RunAlarmCommand(const AlarmNews& news, const nlohmann::ordered_json& status
   const auto json = nlohmann::ordered_json{
       {"alarm", news.name},
       {"event", news.Event()},
+      {"station", Printable(news.station)},
       {"text", text},
       {"status",
        status}}.dump(-1, ' ', true, nlohmann::ordered_json::error_handler_t::replace);

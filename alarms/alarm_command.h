@@ -11,7 +11,8 @@ struct AlarmNews {
   std::string name;
   std::string command;  // for the shell
   bool begins = false;
-  std::string text = {};  // "no arrivals: no file came for 21 min 3 s"
+  std::string text = {};     // "no arrivals: no file came for 21 min 3 s"
+  std::string station = {};  // what it is called; empty where that is not known
 
   const char* Event() const { return begins ? "begin" : "end"; }
 };

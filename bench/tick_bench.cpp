@@ -25,8 +25,8 @@ struct WrittenStation : VirtualStation {
     Set("CWIDTime", "0");
     const auto p = machine.For(folder.path(), files, archives, stores);
     station = std::make_unique<Station>(Platform{
-        p.programFolder, p.clock, p.events, p.cycleTimer, p.purgeTimer, p.port, p.datagrams,
-        p.files, p.archives, p.stores, history, p.dialogs, p.desktop, p.instance});
+        p.programFolder, p.hostName, p.clock, p.events, p.cycleTimer, p.purgeTimer, p.port,
+        p.datagrams, p.files, p.archives, p.stores, history, p.dialogs, p.desktop, p.instance});
   }
   ~WrittenStation() override { station.reset(); }
 

@@ -20,6 +20,7 @@ namespace ostrel {
 
 struct Platform {
   std::string programFolder;  // without a separator at its end
+  std::string hostName;
   Clock& clock;
   EventLoop& events;
   Timer& cycleTimer;

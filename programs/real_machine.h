@@ -8,6 +8,7 @@
 
 #include "base/names.h"
 #include "base/station_files.h"
+#include "platform/linux/host_name.h"
 #include "platform/linux/linux_clock.h"
 #include "platform/linux/linux_files.h"
 #include "platform/linux/linux_instance_lock.h"
@@ -51,6 +52,7 @@ struct RealMachine {
 
   Platform AsPlatform() {
     return {.programFolder = folder,
+            .hostName = HostName(),
             .clock = clock,
             .events = events,
             .cycleTimer = cycleTimer,

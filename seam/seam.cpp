@@ -129,7 +129,8 @@ std::string SocketPath(const std::string& programFolder) {
 std::string StatusLine(const Figures& figures) {
   const auto state = kStates[static_cast<std::size_t>(figures.state)];
   return LineOf(
-      {{"version", figures.version},
+      {{"name", figures.name},
+       {"version", figures.version},
        {"now", Stamp(figures.now)},
        {"started", Stamp(figures.started)},
        {"state", state},

@@ -8,6 +8,7 @@
 #include "base/failure.h"
 #include "base/numbers.h"
 #include "base/priority.h"
+#include "base/text.h"
 #include "platform/datagrams.h"
 #include "platform/line_time.h"
 #include "platform/serial_port.h"
@@ -147,6 +148,13 @@ std::vector<SettingRow> StationSettings(SetupFields& setup, ProgramValues& value
       {"Engine", "Ingest program to start along: 0 none, 1 Brask, 2 Tiltor.", kOwn, "0",
        Reader::kStart, [&](const std::string& text) { values.ingestEngine = EngineOf(text); },
        [&] { return fmt::format("{}", values.ingestEngine); }},
+      {"StationName",
+       "What the station is called. Empty: as its computer is.",
+       kOwn,
+       "",
+       Reader::kStart,
+       [&](const std::string& text) { values.stationName = TrimBlanks(text); },
+       {}},
       Row("CWIDText", "What the Morse identification says.", kOwn, setup.CWidenty),
       NumberRow("CWIDTime", "Minutes between two identifications. 0: none by itself.", {0, 1440},
                 setup.IDTime),

@@ -24,6 +24,7 @@ struct MainFields {
   Field<std::string> lblBlkPktNum{"lblBlkPktNum"};
   Field<std::string> lblBlkPktTot{"lblBlkPktTot"};
   Field<Light> imgActivity{"imgActivity", Light::kNone};
+  Field<std::string> imgActivityToolTip{"imgActivityToolTip"};  // which station it is
   Field<std::string> lblFilesSent{"lblFilesSent"};
   Field<std::string> lblDataRate{"lblDataRate"};
   Field<Shade> lblDataRateBackColor{"lblDataRateBackColor", Shade::kNone};

@@ -13,9 +13,11 @@ namespace ostrel {
 
 /// The values that start-up reads and only a save changes.
 struct ProgramValues {
-  std::string programFolder;      // without a separator at its end
-  std::string dataRoot;           // likewise
-  std::string ingestPath;         // with one at its end, or empty
+  std::string programFolder;  // without a separator at its end
+  std::string dataRoot;       // likewise
+  std::string ingestPath;     // with one at its end, or empty
+  std::string hostName;
+  std::string stationName;        // as set; Name() is what it is called
   std::int16_t ingestEngine = 0;  // 0 none, 1 serial ingest program, 2 internet ingest program
   /// Bytes. A start that could not read it cuts no log.
   std::int32_t logSize = std::numeric_limits<std::int32_t>::max();
@@ -27,6 +29,8 @@ struct ProgramValues {
   int historyDays = 0;       // the history is kept so long; 0 keeps none
   int keptDays = 0;          // and the products themselves
   milliseconds purgeAge{0};  // of this run: an edit counts from the next start
+
+  const std::string& Name() const { return stationName.empty() ? hostName : stationName; }
 
   /// Takes a folder without a separator at its end, or nothing.
   void SetIngestPath(const std::string& folder) {

@@ -121,6 +121,7 @@ Figures FiguresOf(const FigureSources& from) {
     return moment;
   };
   Figures figures;
+  figures.name = from.values.Name();
   figures.version = fmt::format("{}.{}.{}", kVersionMajor, kVersionMinor, kVersionBuild);
   figures.now = from.clock.UtcNow();
   figures.started = status.started;

@@ -43,6 +43,7 @@ struct DayFigures {
 };
 
 struct Figures {
+  std::string name;  // of the station
   std::string version;
   UtcTime now{}, started{};
   StationState state = StationState::kPortClosed;
@@ -79,6 +80,7 @@ struct FigureSources {
   TransmitStatus& status;
   MorseIdentification& morse;
   IntakeCount& intake;
+  const ProgramValues& values;
 };
 Figures FiguresOf(const FigureSources& sources);
 

@@ -102,6 +102,7 @@ void Lifecycle::PlaceMainWindow() {
 
 void Lifecycle::ShowStartFigures() {
   parts_.status.compression = {};
+  parts_.mainFields.imgActivityToolTip.Set("Station " + parts_.values.Name());
   parts_.mainFields.lblCompressionRatio.Set("Compression = 1:1");
   parts_.mainFields.lblThroughput.Set(fmt::format(
       "Throughput = {} BPS", FormatPlain(LeadingNumber(parts_.setup.lblOutBaud.Get()))));

@@ -11,6 +11,7 @@ ProgramValues ValuesFor(const Platform& platform) {
   ProgramValues values;
   values.programFolder = platform.programFolder;
   values.dataRoot = platform.programFolder + "/KvData";
+  values.hostName = platform.hostName;
   return values;
 }
 

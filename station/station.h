@@ -82,7 +82,7 @@ class Station {
 
  private:
   FigureSources FigureParts() {
-    return {clock_, transmitter_, queue_, setup_, status_, morse_, intakeCount_};
+    return {clock_, transmitter_, queue_, setup_, status_, morse_, intakeCount_, values_};
   }
   void HangRulesOnFields();
 

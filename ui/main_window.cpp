@@ -215,6 +215,11 @@ void MainWindow::BuildLight() {
   };
   show(state_.imgActivity.Get());
   KeepWith(light, state_.imgActivity.OnChange(show));
+  const auto tell = [light](const std::string& text) {
+    light->setToolTip(PlainToolTip(Shown(text)));
+  };
+  tell(state_.imgActivityToolTip.Get());
+  KeepWith(light, state_.imgActivityToolTip.OnChange(tell));
 }
 
 void MainWindow::BuildFigures() {

@@ -22,6 +22,7 @@ struct VirtualMachine {
   VirtualDesktop desktop;
   VirtualInstanceLock instance;
   VirtualHistory history;
+  std::string hostName = "virtual";
 
   explicit VirtualMachine(UtcTime start, std::vector<ZoneRule> zone = {{UtcTime{}, seconds(0)}})
       : clock(start, std::move(zone)) {}
@@ -30,6 +31,7 @@ struct VirtualMachine {
   Platform For(std::string programFolder, Files& files, Archives& archives, SettingsStores& stores,
                Dialogs* windows = nullptr) {
     return {.programFolder = std::move(programFolder),
+            .hostName = hostName,
             .clock = clock,
             .events = loop,
             .cycleTimer = cycleTimer,

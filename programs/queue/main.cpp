@@ -31,9 +31,11 @@ void Say(const std::string& message) {
 }
 
 void List(const Options& options) {
-  const Json lists = {{"entries", AskForAll(options.station, "list", "entries")},
+  const Json status = Ask(options.station, {{"ask", "status"}});
+  const Json lists = {{"station", status.value("name", "")},
+                      {"entries", AskForAll(options.station, "list", "entries")},
                       {"held", AskForAll(options.station, "held", "held")},
-                      {"intakePaused", Ask(options.station, {{"ask", "status"}})["intakePaused"]}};
+                      {"intakePaused", status["intakePaused"]}};
   fmt::print("{}", options.json ? JsonLines(lists) : QueueTable(lists));
 }
 

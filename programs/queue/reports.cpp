@@ -119,8 +119,9 @@ std::string JsonLines(const Json& value) {
 }
 
 std::string QueueTable(const Json& lists) {
-  auto table = fmt::format("{:>8}  {:<24} {:>10} {:>12} {:>12}  {:<8} {:>8}\n", "Priority", "Name",
-                           "Bytes", "Waited", "Out in", "At", "Id");
+  auto table = fmt::format("Station {}\n", Printable(lists["station"].get<std::string>()));
+  table += fmt::format("{:>8}  {:<24} {:>10} {:>12} {:>12}  {:<8} {:>8}\n", "Priority", "Name",
+                       "Bytes", "Waited", "Out in", "At", "Id");
   for (const auto& entry : lists["entries"])
     table += fmt::format("{:>8}{} {:<24} {:>10} {:>12} {:>12}  {:<8} {:>8}\n",
                          entry["priority"].get<int>(), entry["onAir"].get<bool>() ? '*' : ' ',

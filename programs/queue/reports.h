@@ -12,7 +12,8 @@ namespace ostrel {
 /// In lines, in ASCII; what is no UTF-8 is replaced.
 std::string JsonLines(const nlohmann::ordered_json& value);
 
-/// The station's "entries" and what it has "held", as its answers have them, and "intakePaused".
+/// The name of the "station", its "entries" and what it has "held", as its answers have them, and
+/// "intakePaused".
 std::string QueueTable(const nlohmann::ordered_json& lists);
 
 /// What was set aside, as the station's answer has it.

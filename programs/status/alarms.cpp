@@ -88,6 +88,7 @@ void AlarmWatch::Look(const Status& status, double now) {
   if (!firstLook_) firstLook_ = lastAnswer_ = now;
   if (!status.is_null()) {
     lastAnswer_ = now;
+    station_ = status.value("name", "");
     NotePurges(status, now);
   }
   for (const auto& alarm : config_.alarms) {
@@ -98,7 +99,7 @@ void AlarmWatch::Look(const Status& status, double now) {
     const auto before = std::exchange(on_[&alarm], subject);
     if (before == subject) continue;
     const auto tell = [&](bool begins, const std::string& text) {
-      tell_({alarm.name, alarm.command, begins, fmt::format("{}: {}", alarm.name, text)});
+      tell_({alarm.name, alarm.command, begins, fmt::format("{}: {}", alarm.name, text), station_});
     };
     if (before) tell(false, "it is over");
     if (trouble) tell(true, *trouble);

@@ -65,6 +65,7 @@ class AlarmWatch {
   std::function<void(const AlarmNews&)> tell_;
   std::map<const Alarm*, std::optional<std::string>> on_;  // those that are, with their subject
   std::map<const Alarm*, double> since_;                   // when a trouble that must last began
+  std::string station_;                                    // as it called itself last
   std::optional<double> firstLook_, lastAnswer_, lastPurge_;
   std::optional<int> purged_;
 };

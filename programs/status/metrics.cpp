@@ -3,6 +3,7 @@
 #include <prometheus/metric_family.h>
 #include <prometheus/text_serializer.h>
 
+#include "base/text.h"
 #include "programs/status/reports.h"
 
 namespace ostrel {
@@ -35,6 +36,11 @@ Family Gauge(const std::string& name, const std::string& help, double value) {
 class Collection {
  public:
   explicit Collection(const Status& status) : status_(status) {
+    auto station = Gauges("station_info", "1, with what the station is called and its version");
+    Add(station, 1,
+        {{"name", Printable(status.value("name", ""))},
+         {"version", status["version"].get<std::string>()}});
+    families_.push_back(std::move(station));
     auto state = Gauges("state", "1 for what the station is doing");
     for (const auto* name : kStates) Add(state, status["state"] == name, {{"state", name}});
     families_.push_back(std::move(state));

@@ -107,7 +107,8 @@ std::string PageOf(const Status& status) {
   const auto add = [&page](std::string_view caption, const std::string& value) {
     page += fmt::format("{:<20} {}\n", caption, value);
   };
-  add("Station", StateLine(status));
+  add("Station", Printable(status.value("name", "")));
+  add("State", StateLine(status));
   add("Port", fmt::format("{} {} bits a second", Printable(status["port"].get<std::string>()),
                           status["rate"].get<int>()));
   add("On the air", OnAirLine(status["onAir"]));

@@ -43,6 +43,9 @@ function figure(index, name, value) {
 
 function show(status) {
   const [words, mood] = kWords[status.state] || [status.state, "warn"];
+  const name = shown(status.name || "Station");
+  write(byId("name"), name);
+  document.title = name;
   const more = status.endsIn > 0 ? ", " + spell(status.endsIn) + " more" : "";
   write(byId("state"), words + more);
   byId("state").className = mood;

@@ -21,6 +21,7 @@ mkdir -p "$station/ports" "$station/KvData/RxFiles"
 cp "$source"/packaging/station/* "$bin"/ostrel-{headless,status,watch,settings,monitor} "$station"
 settings() { "$station/ostrel-settings" set "$@"; }
 settings ComBaud 9600
+settings StationName "Shed <7>"
 settings CWIDTime 1
 settings TxUpTime 1
 settings TxDownTime 3
@@ -75,6 +76,8 @@ shows() { drive "session/$session/execute/sync" "{\"script\":\"return $1\",\"arg
 cell() { echo "document.querySelectorAll('#queues tr')[$1].cells[1].textContent"; }
 for product in "$source"/samples/products/{SVR,TOR}*; do cp "$product" "$station/KvData/RxFiles"; done
 until_true 30 shows "Number($(cell 0)) > 0"
+shows "document.title == 'Shed <7>' && document.querySelector('h1').textContent == document.title" ||
+  fail "the page does not say whose it is"
 shows "document.getElementById('state').textContent.startsWith('Sending')" || fail "the page does not send"
 until_true 10 shows "document.querySelectorAll('#day svg.course path').length == 5"
 until_true 10 shows "/SVR|TOR/.test(document.getElementById('entries').textContent)"
@@ -116,7 +119,7 @@ until_true 10 shows "document.getElementById('alarms').textContent.includes('has
 start "$station/ostrel-monitor" --link "$station/ports/COM1" --baud 9600 --out "$work/received"
 until_true 30 grep -q 'end port: it is over' "$work/alarms"
 [ "$(wc -l <"$work/alarms")" -eq 2 ] || fail "alarms came more than once"
-grep -q '"event":"begin","text":"port: ' "$work/json" || fail "the command got no JSON"
+grep -q '"event":"begin","station":"Shed <7>","text":"port: ' "$work/json" || fail "the command got no JSON"
 end_browser
 kill -KILL "$publisher"
 until_true 30 heard '"gone"'

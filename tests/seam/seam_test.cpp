@@ -13,12 +13,16 @@ TEST(Seam, TellsWhatTheStationDoesAndWhatBecameOfEverything) {
   station.Rule(0, "TOR*");
   station.Rule(4, "AFD*");
   station.Rule(11, "JUNK*");
-  station.Set({{"TxUpTime", "1"}, {"TxDownTime", "5"}, {"CWIDTime", "9"}});
+  station.Set({{"TxUpTime", "1"},
+               {"TxDownTime", "5"},
+               {"CWIDTime", "9"},
+               {"StationName", " Shed \x1B\"7\" "}});
   station.Start();
   ToldSocket socket;
   const Seam seam(*station.station, socket);
   EXPECT_EQ(socket.path, station.Path("station.sock"));
   auto status = socket.Status();
+  EXPECT_EQ(status["name"], "Shed \x1B\"7\"");
   EXPECT_EQ(status["state"], "idle");
   EXPECT_EQ(status["started"], "2026-11-18T12:00:00Z");
   EXPECT_EQ(status["sincePacket"], nullptr);
@@ -77,6 +81,7 @@ TEST(Seam, TellsWhatIsDamagedInTheStationsFolder) {
   {
     const Seam seam(*station.station, socket);
     const auto status = socket.Status();
+    EXPECT_EQ(status["name"], station.machine.hostName) << "nobody has named it";
     EXPECT_EQ(status["restored"], nullptr);
     EXPECT_EQ(status["unusable"], Json::array());
   }

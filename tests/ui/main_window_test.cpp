@@ -36,6 +36,8 @@ TEST(MainWindow, TheStationsFiguresShowAtTheirPlaces) {
   EXPECT_EQ(rate->toolTip(), "Device unavailable");
   auto* const light = ostrel.Find<QLabel>("imgActivity");
   EXPECT_TRUE(light->pixmap().isNull());
+  ostrel.window().imgActivityToolTip.Set("Station <b>\x1B");
+  EXPECT_EQ(QTextDocumentFragment::fromHtml(light->toolTip()).toPlainText(), "Station <b>\\x1B");
   ostrel.window().imgActivity.Set(Light::kYellow);
   EXPECT_EQ(light->pixmap().toImage(), ostrel.Find<QLabel>("imgYellowLed")->pixmap().toImage());
   ostrel.Click("lblStatus2");

@@ -85,7 +85,8 @@ std::string Explained(const std::string& text) {
 }
 
 std::vector<std::string> OutputsWith(const std::string& text) {
-  const Json lists = {{"entries",
+  const Json lists = {{"station", text},
+                      {"entries",
                        {{{"priority", 1},
                          {"onAir", true},
                          {"name", text},

@@ -74,20 +74,26 @@ TEST(Alarms, AreReadBeginAndEndAsTheirRowsSay) {
 
 TEST(Alarms, BeginAnewForTheNextThatIsInTheWay) {
   Lines told;
-  AlarmWatch watch(
-      {.alarms = {{.name = "blocked", .kind = AlarmKind::kBlocked, .seconds = 10}}},
-      [&](const AlarmNews& news) { told.push_back(std::string(news.Event()) + " " + news.text); });
+  AlarmWatch watch({.alarms = {{.name = "blocked", .kind = AlarmKind::kBlocked, .seconds = 10},
+                               {.name = "silence", .kind = AlarmKind::kNoAnswer, .seconds = 30}}},
+                   [&](const AlarmNews& news) {
+                     told.push_back(std::string(news.Event()) + " " + news.text);
+                     EXPECT_EQ(news.station, "Shed");
+                   });
   auto status = Healthy();
+  status["name"] = "Shed";
   double now = 0;
   for (const auto* name : {"A.TXT", "A.TXT", "B.TXT"}) {
     status["intake"]["blocked"] = {
         {"folder", "RxFiles"}, {"name", name}, {"reason", "why"}, {"for", 12}};
     watch.Look(status, now += 10);
   }
+  watch.Look(nullptr, now + 31);
   EXPECT_EQ(told, (Lines{"begin blocked: RxFiles/A.TXT holds up the ingest folder for 12 s. why",
                          "end blocked: it is over",
                          "begin blocked: RxFiles/B.TXT holds up the ingest folder for 12 s. "
-                         "why"}));
+                         "why",
+                         "begin silence: the station has not answered for 31 s"}));
 }
 
 }  // namespace
