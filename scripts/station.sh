@@ -4,7 +4,7 @@
 readonly bin=build/release/bin
 # What a station needs on its first minute, and what it gets besides.
 readonly first_programs=(ostrel ostrel-{monitor,settings})
-readonly later_programs=(ostrel-{feed,ingest,queue,status})
+readonly later_programs=(ostrel-{feed,ingest,queue,repeat,status})
 readonly programs=("${first_programs[@]}" "${later_programs[@]}")
 readonly baud=38400
 readonly main_title='EMWIN ReTransmission Engine - By Corvain'
@@ -32,6 +32,27 @@ make_station() {
   mv "$new" "$1"
 }
 
+# warning_of_now: a sample warning, its times moved so that it is in force for an hour, and marked so.
+warning_of_now() {
+  local now until begins ends issued over line
+  now=$(date -u +%d%H%M) until=$(date -u -d '+1 hour' +%d%H%M)
+  begins=$(date -u +%y%m%dT%H%MZ) ends=$(date -u -d '+1 hour' +%y%m%dT%H%MZ)
+  issued=$(LC_ALL=C TZ=America/Chicago date '+%-I%M %p %Z')
+  over=$(LC_ALL=C TZ=America/Chicago date -d '+1 hour' '+%-I%M %p %Z')
+  line="$issued $(LC_ALL=C TZ=America/Chicago date '+%a %b %d %Y' | tr '[:lower:]' '[:upper:]')"
+  sed -e "s/^WFUS53 KDMX 192054/WFUS53 KDMX $now/" -e "s/^IAC127-169-192145-/IAC127-169-$until-/" \
+    -e "s/180719T2054Z-180719T2145Z/$begins-$ends/" \
+    -e "s/^354 PM CDT THU JUL 19 2018/$line\n\n...A SAMPLE OF JULY 2018 WITH ITS TIMES MOVED, NO WARNING.../" \
+    -e "s/354 PM CDT/$issued/g" -e "s/44[05] PM CDT/$over/g" samples/products/TORDMXIA.TXT
+}
+
+# free_port FIRST: the first port from there on at which nothing listens on this computer.
+free_port() {
+  local port=$1
+  while (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null; do port=$((port + 1)); done
+  echo "$port"
+}
+
 # place_programs DIR PROGRAM...: as last built. Links would not do: a station is where its program
 # really is. The companion programs are the feed under other names.
 place_programs() {
@@ -43,13 +64,13 @@ place_programs() {
   done
 }
 
-# start_monitor STATION RECEIVED LOG: leaves its process id in `monitor` and the log open on
+# start_monitor STATION RECEIVED LOG OPTION...: leaves its process id in `monitor` and the log open on
 # descriptor 3. In a session of its own, like the program: Ctrl+C is for this script alone, which
 # ends both in order.
 start_monitor() {
   : >"$3"
   exec 3<"$3"
-  setsid "$1/ostrel-monitor" --link "$1/line" --baud "$baud" --out "$2" >>"$3" 2>&1 3<&- &
+  setsid "$1/ostrel-monitor" --link "$1/line" --baud "$baud" --out "$2" "${@:4}" >>"$3" 2>&1 3<&- &
   monitor=$!
   local _
   for _ in {1..100}; do
@@ -93,13 +114,13 @@ show_products() {
   done
 }
 
-# schedule_soon STATION: a sample product goes out once more, in the next minute but one of every day.
+# schedule_soon STATION FILE: the file goes out in the next minute but one of every day.
 schedule_soon() {
   case $1 in
     *' '*) return ;; # an entry has no room for such a path
   esac
-  printf '%s %s/samples/products/TORDMXIA.TXT %s/KvData/RtPri1/TORDMXIA.TXT\r\n' \
-    "$(date -d '+2 minutes' +%H:%M)" "$PWD" "$1" >"$1/RtSched.txt"
+  printf '%s %s %s/KvData/RtPri1/%s\r\n' \
+    "$(date -d '+2 minutes' +%H:%M)" "$2" "$1" "$(basename "$2")" >"$1/RtSched.txt"
 }
 
 # show_log: prints what the station did besides sending files since the last call. Its log is open on
