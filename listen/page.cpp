@@ -148,11 +148,14 @@ std::vector<Kind> KindsOf(const std::deque<KeptProduct>& latest) {
 std::string LatestHtml(const std::deque<KeptProduct>& latest) {
   if (latest.empty()) return Paragraph(texts::kNothingYet);
   auto html = PicturesHtml(latest) + "<div class=\"kinds\">\n";
-  for (const auto& kind : KindsOf(latest))
+  for (const auto& kind : KindsOf(latest)) {
+    auto heard = kind.newest;
+    if (kind.count > 1) heard += ", " + fmt::format(texts::kCount, kind.count);
     html += fmt::format(
-        "<details><summary>{} <span class=\"faint\">{}, {}</span></summary>\n"
+        "<details><summary>{} <span class=\"faint\">{}</span></summary>\n"
         "<ul>{}</ul></details>\n",
-        Html(kind.name), kind.newest, fmt::format(texts::kCount, kind.count), kind.items);
+        Html(kind.name), heard, kind.items);
+  }
   return html + "</div>\n";
 }
 
