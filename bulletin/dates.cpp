@@ -105,7 +105,9 @@ bool Agrees(UtcTime moment, const Dates::Span& event) {
 
 std::optional<UtcTime> MomentOf(int year, int month, int day, int hour, int minute) {
   const auto date = chr::year(year) / month / day;
-  if (!date.ok() || hour < 0 || hour > 23 || minute < 0 || minute > 59) return std::nullopt;
+  if (!date.ok() || year < kFirstYear || year > kLastYear || hour < 0 || hour > 23 || minute < 0 ||
+      minute > 59)
+    return std::nullopt;
   return chr::sys_days(date) + chr::hours(hour) + chr::minutes(minute);
 }
 

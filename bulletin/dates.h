@@ -17,7 +17,11 @@ struct DayTime {
 /// "192054": the 19th, 20:54. Nothing for what is no such time.
 std::optional<DayTime> ReadDayTime(std::string_view text);
 
-/// The moment of a calendar date and time; nothing when there is no such one.
+/// No product is older, and none speaks of later years: the system's own clock, which counts
+/// nanoseconds, has no year 2263.
+inline constexpr int kFirstYear = 1970, kLastYear = 2200;
+
+/// The moment of a calendar date and time; nothing when there is no such one, or in another year.
 std::optional<UtcTime> MomentOf(int year, int month, int day, int hour, int minute);
 
 /// The moment with that day and time nearest to `reference`, at most 15 days away.

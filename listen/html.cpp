@@ -1,5 +1,6 @@
 #include "listen/html.h"
 
+#include <ctime>
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 
@@ -54,7 +55,7 @@ std::string HtmlLines(std::string_view text) {
 }
 
 std::string HtmlTime(UtcTime time) {
-  const auto second = std::chrono::system_clock::to_time_t(time);
+  const std::time_t second = std::chrono::floor<seconds>(time).time_since_epoch().count();
   return fmt::format(R"(<time datetime="{:%Y-%m-%dT%H:%M:%SZ}">{:%a %H:%M}</time>)",
                      fmt::gmtime(second), fmt::localtime(second));
 }
