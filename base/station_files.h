@@ -11,6 +11,8 @@ inline constexpr const char* kSettingsFile = "KvRegistry.db";
 /// How the names of its copy begin, and of what was set aside of it.
 inline constexpr const char* kBesideSettings = "KvRegistry.";
 inline constexpr const char* kHistoryFile = "KvHistory.db";
+/// What ostrel-repeat found in force at its last look, for who shows it.
+inline constexpr const char* kInForceFile = "KvData/InForce.json";
 
 inline std::string LogPath(const std::string& programFolder) {
   return JoinPath(programFolder, "RtLog.txt");

@@ -5,7 +5,11 @@
 #include <fmt/ranges.h>
 #include <nlohmann/json.hpp>
 
+#include "base/names.h"
+#include "base/station_files.h"
 #include "base/text.h"
+#include "platform/linux/linux_clock.h"
+#include "platform/linux/linux_files.h"
 #include "programs/queue/operations.h"
 
 namespace ostrel {
@@ -47,19 +51,50 @@ std::vector<std::string> AreasOf(const Repetition& repetition) {
   return areas;
 }
 
+Json RowOf(const KnownProduct& product, const Repetition& repetition) {
+  return {{"id", product.id},
+          {"name", product.name},
+          {"events", IdentitiesOf(repetition)},
+          {"areas", AreasOf(repetition)},
+          {"since", InJson(repetition.since)},
+          {"until", InJson(repetition.until)},
+          {"lastOut", InJson(product.lastOut)},
+          {"next", InJson(repetition.next)},
+          {"whyNot", repetition.whyNot.empty() ? Json() : Json(repetition.whyNot)}};
+}
+
+std::string InOneLine(const Json& json) {
+  return json.dump(-1, ' ', true, Json::error_handler_t::replace) + "\n";
+}
+
 }  // namespace
 
 void Repeater::Look(UtcTime now) {
   const auto known = products_.Read(now);
+  const auto repetitions = FindRepetitions(known.products, config_, now);
+  Publish(known, repetitions, now);
   if (config_.obsolete == Obsolete::kDelete) DeleteObsolete(known.products, now);
-  Repeat(known, now);
+  Repeat(known, repetitions, now);
 }
 
-void Repeater::Repeat(const StationProducts::Known& known, UtcTime now) {
+/// The list is good until the next looks should have come.
+void Repeater::Publish(const StationProducts::Known& known,
+                       const std::vector<Repetition>& repetitions, UtcTime now) const {
+  auto rows = Json::array();
+  for (const auto& repetition : repetitions)
+    rows.push_back(RowOf(known.products[repetition.product], repetition));
+  const Json list = {{"goodUntil", InJson(now + 3 * config_.interval + std::chrono::minutes(1))},
+                     {"inForce", std::move(rows)}};
+  LinuxClock clock;
+  LinuxFiles(clock).WriteAll(JoinPath(station_, kInForceFile), InOneLine(list));
+}
+
+void Repeater::Repeat(const StationProducts::Known& known,
+                      const std::vector<Repetition>& repetitions, UtcTime now) {
   std::int64_t used = 0;
   for (const auto& repetition : known.repetitions)
     if (repetition.asked > now - kShareOf) used += OnTheLine(repetition.bytes);
-  for (const auto& repetition : FindRepetitions(known.products, config_, now)) {
+  for (const auto& repetition : repetitions) {
     const auto& product = known.products[repetition.product];
     if (!repetition.next || *repetition.next > now) continue;
     const int rate = Ask(station_, {{"ask", "status"}})["rate"];
@@ -106,19 +141,8 @@ std::string Repeater::List(UtcTime now) {
 std::string Repeater::ListAsJson(UtcTime now) {
   const auto known = products_.Read(now);
   std::string text;
-  for (const auto& repetition : FindRepetitions(known.products, config_, now)) {
-    const auto& product = known.products[repetition.product];
-    const Json row = {{"id", product.id},
-                      {"name", product.name},
-                      {"events", IdentitiesOf(repetition)},
-                      {"areas", AreasOf(repetition)},
-                      {"since", InJson(repetition.since)},
-                      {"until", InJson(repetition.until)},
-                      {"lastOut", InJson(product.lastOut)},
-                      {"next", InJson(repetition.next)},
-                      {"whyNot", repetition.whyNot.empty() ? Json() : Json(repetition.whyNot)}};
-    text += row.dump(-1, ' ', true, Json::error_handler_t::replace) + "\n";
-  }
+  for (const auto& repetition : FindRepetitions(known.products, config_, now))
+    text += InOneLine(RowOf(known.products[repetition.product], repetition));
   return text;
 }
 

@@ -15,7 +15,8 @@ class Repeater {
       : station_(std::move(station)), config_(std::move(config)), products_(station_) {}
 
   /// Looks once: sends again what is due and has room in its share of the air, and deletes what is
-  /// over, if told. Says on standard output what it does. Throws std::exception when the history
+  /// over, if told. Says on standard output what it does, and leaves the list for the status page.
+  /// Throws std::exception when the history
   /// cannot be read or the station does not answer.
   void Look(UtcTime now);
 
@@ -25,7 +26,10 @@ class Repeater {
   std::string ListAsJson(UtcTime now);
 
  private:
-  void Repeat(const StationProducts::Known& known, UtcTime now);
+  void Repeat(const StationProducts::Known& known, const std::vector<Repetition>& repetitions,
+              UtcTime now);
+  void Publish(const StationProducts::Known& known, const std::vector<Repetition>& repetitions,
+               UtcTime now) const;
   void DeleteObsolete(const std::vector<KnownProduct>& products, UtcTime now);
 
   std::string station_;

@@ -152,6 +152,16 @@ function showAlarms(alarms) {
   });
 }
 
+const clockTime = text => text === null ? "never" : new Date(text).toLocaleTimeString([], { timeStyle: "short" });
+
+function showInForce(warnings) {
+  byId("inForce").hidden = warnings.length === 0;
+  warnings.forEach((each, i) => row(byId("warnings"), i,
+      [shown(each.name), each.events.map(shown).join(", "), clockTime(each.until),
+       clockTime(each.lastOut), each.next === null ? shown(each.whyNot) : clockTime(each.next)]));
+  while (byId("warnings").children.length > warnings.length) byId("warnings").lastElementChild.remove();
+}
+
 async function refresh() {
   try {
     const answer = await fetch("status.json", { signal: AbortSignal.timeout(4000) });
@@ -182,5 +192,15 @@ async function refreshDay() {
   }
   setTimeout(refreshDay, 60000);
 }
+async function refreshInForce() {
+  try {
+    const answer = await fetch("in-force.json", { signal: AbortSignal.timeout(4000) });
+    showInForce((await answer.json()).inForce);
+  } catch (error) {
+    // The page says already that nobody answers.
+  }
+  setTimeout(refreshInForce, 10000);
+}
 refresh();
 refreshDay();
+refreshInForce();

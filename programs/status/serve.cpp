@@ -1,12 +1,18 @@
 #include "programs/status/serve.h"
 
+#include <ctime>
+#include <fmt/chrono.h>
 #include <fmt/format.h>
+#include <fstream>
+#include <iterator>
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <stdexcept>
 #include <tuple>
 
+#include "base/names.h"
+#include "base/station_files.h"
 #include "client/station_client.h"
 #include "programs/status/day.h"
 #include "programs/status/page_html.h"
@@ -91,6 +97,20 @@ WebResponse DayAnswer(Latest& day) {
   }
 }
 
+/// As ostrel-repeat found it; nothing where it does not run. Times are of one form, and compare as
+/// texts do.
+WebResponse InForceAnswer(const std::string& folder) {
+  auto nothing = Json(R"({"inForce":[]})");
+  std::ifstream file(JoinPath(folder, kInForceFile));
+  const std::string text(std::istreambuf_iterator<char>(file), {});
+  try {
+    const auto now = fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(std::time(nullptr)));
+    return Status::parse(text).at("goodUntil").get<std::string>() > now ? Json(text) : nothing;
+  } catch (const std::exception&) {
+    return nothing;
+  }
+}
+
 WebResponse MetricsAnswer(Latest& latest) {
   Status status;
   try {
@@ -119,6 +139,7 @@ void Serve(const std::string& folder, const std::string& where,
   server.Route("/status.json", [&](const auto&) { return StatusAnswer(latest, alarms); });
   server.Route("/queue.json", [&](const auto&) { return QueueAnswer(queue); });
   server.Route("/day.html", [&](const auto&) { return DayAnswer(day); });
+  server.Route("/in-force.json", [&](const auto&) { return InForceAnswer(folder); });
   server.Route("/metrics", [&](const auto&) { return MetricsAnswer(latest); });
   fmt::print("{}\n", server.Listen(where));
   std::fflush(stdout);

@@ -53,6 +53,7 @@ until_true 20 sent TORDMXIA.TXT 1
 until_true 5 says 'TORDMXIA.TXT: KDMX.TO.W.0001, for IAC169'
 says 'next 20' || fail "it does not say when it goes out next"
 start "$station/ostrel-repeat"
+until_true 10 grep -q '"KDMX.TO.W.0001"' "$station/KvData/InForce.json"
 until_true 90 sent TORDMXIA.TXT 2
 until_true 10 test -f "$work/received/TORDMXIA.TXT"
 
