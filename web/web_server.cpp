@@ -139,7 +139,7 @@ WebResponse WebServer::Answer(const std::string& method, const std::string& path
 const WebServer::Handler* WebServer::HandlerOf(const std::string& path) const {
   if (const auto exact = routes_.find(path); exact != routes_.end()) return &exact->second;
   const auto folder = routes_.find(path.substr(0, path.find('/', 1) + 1));
-  return folder != routes_.end() && folder->first.size() > 1 ? &folder->second : nullptr;
+  return folder != routes_.end() ? &folder->second : nullptr;
 }
 
 }  // namespace ostrel

@@ -17,6 +17,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
+constexpr std::size_t kLarge = 32 << 20;  // more than a system keeps for who does not read
 constexpr const char* kRequest = "GET / HTTP/1.0\r\n\r\n";
 
 TEST(AskedHost, IsAnAddressOrANameThatWasTold) {
@@ -71,6 +72,10 @@ class Client {
       text.append(bytes, static_cast<std::size_t>(count));
     return count < 0 && errno == EAGAIN ? text + " and waits" : text;
   }
+  void AwaitSomething() {
+    char byte;
+    EXPECT_EQ(recv(descriptor_, &byte, 1, MSG_PEEK), 1);
+  }
   std::string Ask(std::string_view request) {
     Send(request);
     return Answer();
@@ -98,6 +103,9 @@ struct WebServerTest : testing::Test {
     server.Route("/", [](const auto&) { return WebResponse{"text/plain", "home"}; });
     server.Route("/product/", [](const auto& path) {
       return WebResponse{"image/gif", path, 200, {{"Content-Security-Policy", "sandbox"}}};
+    });
+    server.Route("/large", [](const auto&) {
+      return WebResponse{"text/plain", std::string(kLarge, 'x')};
     });
     server.Route("/fails", [](const auto&) -> WebResponse { throw std::runtime_error("no"); });
     server.Route("/long", [this](const auto&) {
@@ -175,6 +183,16 @@ TEST_F(WebServerTest, LetsTheOldestIdleOneGiveWay) {
   isDone.count_down();
   for (auto* client : {&answered, &other})
     EXPECT_NE(client->Answer().find("done"), std::string::npos);
+}
+
+TEST_F(WebServerTest, LetsOneGiveWayThatDoesNotReadItsAnswer) {
+  Client reader(port);
+  reader.Send("GET /large HTTP/1.0\r\n\r\n");
+  reader.AwaitSomething();
+  std::vector<Client> more;
+  for (int i = 0; i < 3; ++i) more.emplace_back(port);
+  for (auto& client : more) EXPECT_NE(client.Ask(kRequest).find("home"), std::string::npos);
+  EXPECT_LT(reader.Answer().size(), kLarge);
 }
 
 TEST_F(WebServerTest, RefusesTheNewOneWhileAllOthersAreBeingAnswered) {
