@@ -22,8 +22,6 @@ constexpr const char* kPagePolicy =
 constexpr const char* kPicturePolicy = "default-src 'none'; sandbox";
 /// Events end and begin by the minute.
 constexpr auto kBetweenLooks = std::chrono::seconds(5);
-/// Far shorter than a connection may last (WebLimits): then the browser asks again.
-constexpr auto kWaitForNews = std::chrono::seconds(4);
 /// What stands in the page itself; a text that is longer is cut off there.
 constexpr std::size_t kMostInRegion = 200, kMostTexts = 20;
 constexpr std::size_t kLongestInPage = 64 << 10;
@@ -69,7 +67,6 @@ void ListenersPage::Look() {
   if (content == content_) return;
   content_ = std::move(content);
   ++version_;
-  changed_.notify_all();
 }
 
 ListenersView ListenersPage::MakeView(UtcTime now) const {
@@ -126,12 +123,12 @@ WebResponse ListenersPage::Page() const {
   return PageAnswer(PageHtml(hearing, content_, version_));
 }
 
-/// One message of each kind (server-sent events), as soon as there is something new.
+/// One message of each kind (server-sent events), and the connection ends: the browser asks again
+/// by itself. Those that listened on would keep their places from others (WebLimits).
 WebResponse ListenersPage::News() const {
-  std::unique_lock lock(mutex_);
-  changed_.wait_for(lock, kWaitForNews, [this, seen = version_] { return version_ != seen; });
+  const std::lock_guard lock(mutex_);
   return {"text/event-stream",
-          fmt::format("retry: 1000\nevent: hearing\ndata: {}\n\nevent: content\ndata: {}\n\n",
+          fmt::format("retry: 2000\nevent: hearing\ndata: {}\n\nevent: content\ndata: {}\n\n",
                       HearingHtml(Figures()), version_)};
 }
 

@@ -2,7 +2,6 @@
 // looks at the clock; any number of others read.
 #pragma once
 
-#include <condition_variable>
 #include <filesystem>
 #include <mutex>
 #include <string>
@@ -46,7 +45,6 @@ class ListenersPage {
   const Home home_;
   Hearing hearing_;
   mutable std::mutex mutex_;
-  mutable std::condition_variable changed_;
   KeptProducts products_;
   std::vector<ShownEvent> atHome_;
   std::string content_;

@@ -25,7 +25,8 @@ listen() {
   url=$(sed -n 's/.*find it at //p' "$work/ostrel-monitor.log")
 }
 page() { curl -sf "$url$1"; }
-shows() { page "" | grep -qF -- "$1"; }
+# To its end: who stops reading earlier fails the other end.
+shows() { page "" | grep -F -- "$1" >/dev/null; }
 told() { [ "$(grep -c "\"event\":\"$1\"" "$work/told")" -eq "$2" ]; }
 drop() {
   cat >"$work/arriving"
@@ -53,7 +54,7 @@ until_true 10 told begin 1
 grep -qF '"identity":"KDMX.TO.W.0043"' "$work/told" || fail "the command got no event"
 shows 'Last heard ' || fail "it does not say when it heard last"
 shows 'Take &lt;script&gt;cover&lt;/script&gt; now.' || fail "the whole text is not there"
-page product/TORDMXIA%2ETXT | grep -qF '&lt;script&gt;' || fail "the product's page lacks its text"
+page product/TORDMXIA%2ETXT | grep -F '&lt;script&gt;' >/dev/null || fail "the product's page lacks its text"
 
 printf '<html><script>alert(1)</script>' | drop TORFALSE.PNG
 drop RADUSUSA.PNG <"$source/samples/products/RADUSUSA.PNG"
@@ -69,7 +70,7 @@ for path in picture/TORFALSE%2EPNG picture/TORDMXIA%2ETXT product/.warnings \
   product/..%2Fostrel-monitor.log picture/%2E%2E%2Fstation%2FRtMorse.txt; do
   ! page "$path" >/dev/null || fail "$path was served"
 done
-page news | grep -qx 'event: content' || fail "no news are sent"
+page news | grep -x 'event: content' >/dev/null || fail "no news are sent"
 
 kill "$monitor"
 wait "$monitor" || true
