@@ -9,13 +9,9 @@ source=$(realpath "$2")
 stops=${3:-3}
 # shellcheck source=tests/programs/trial.sh
 source "$(dirname "${BASH_SOURCE[0]}")/trial.sh"
+# shellcheck source=tests/programs/browser.sh
+source "$(dirname "${BASH_SOURCE[0]}")/browser.sh"
 station=$work/station
-session='' # of the browser, which outlives its driver
-end_browser() {
-  [ -z "$session" ] || curl -s -m 10 -X DELETE "http://127.0.0.1:$driver_port/session/$session"
-  session=''
-} >/dev/null
-end_more() { end_browser; }
 
 mkdir -p "$station/ports" "$station/KvData/RxFiles"
 cp "$source"/packaging/station/* "$bin"/ostrel-{headless,status,watch,settings,monitor} "$station"
@@ -63,27 +59,18 @@ curl -s -D - -o /dev/null "http://127.0.0.1:$port/" | grep -qi "^content-securit
   fail "the page allows more than it has"
 
 # In a browser: a queue that fills and empties, a narrow screen, the dark.
-driver_port=$((port + 1))
-start chromedriver --port="$driver_port"
-drive() { curl -sf --max-time 30 -H 'Content-Type: application/json' "http://127.0.0.1:$driver_port/$1" -d "$2"; }
-until_true 20 curl -sf "http://127.0.0.1:$driver_port/status" >/dev/null
-options='"--headless","--no-sandbox","--window-size=360,800","--force-dark-mode","--blink-settings=preferredColorScheme=0"'
-session=$(drive session "{\"capabilities\":{\"alwaysMatch\":{\"goog:chromeOptions\":{\"args\":[$options]}}}}" |
-  grep -oE '"sessionId":"[^"]+"' | cut -d '"' -f 4)
-drive "session/$session/url" "{\"url\":\"http://127.0.0.1:$port/\"}" >/dev/null
-# shows EXPRESSION: true in the page.
-shows() { drive "session/$session/execute/sync" "{\"script\":\"return $1\",\"args\":[]}" | grep -q '"value":true'; }
+browse "http://127.0.0.1:$port/" $((port + 1))
 cell() { echo "document.querySelectorAll('#queues tr')[$1].cells[1].textContent"; }
 for product in "$source"/samples/products/{SVR,TOR}*; do cp "$product" "$station/KvData/RxFiles"; done
-until_true 30 shows "Number($(cell 0)) > 0"
-shows "document.title == 'Shed <7>' && document.querySelector('h1').textContent == document.title" ||
+until_true 30 in_browser "Number($(cell 0)) > 0"
+in_browser "document.title == 'Shed <7>' && document.querySelector('h1').textContent == document.title" ||
   fail "the page does not say whose it is"
-shows "document.getElementById('state').textContent.startsWith('Sending')" || fail "the page does not send"
-until_true 10 shows "document.querySelectorAll('#day svg.course path').length == 5"
-until_true 10 shows "/SVR|TOR/.test(document.getElementById('entries').textContent)"
-shows "document.documentElement.scrollWidth <= window.innerWidth" || fail "the page is wider than a phone"
-shows "getComputedStyle(document.body).backgroundColor == 'rgb(20, 23, 26)'" || fail "the page is light in the dark"
-until_true 90 shows "$(cell 0) == '0'"
+in_browser "document.getElementById('state').textContent.startsWith('Sending')" || fail "the page does not send"
+until_true 10 in_browser "document.querySelectorAll('#day svg.course path').length == 5"
+until_true 10 in_browser "/SVR|TOR/.test(document.getElementById('entries').textContent)"
+in_browser "document.documentElement.scrollWidth <= window.innerWidth" || fail "the page is wider than a phone"
+in_browser "getComputedStyle(document.body).backgroundColor == 'rgb(20, 23, 26)'" || fail "the page is light in the dark"
+until_true 90 in_browser "$(cell 0) == '0'"
 [ -s "$work/received/TORDMXIA.TXT" ] || fail "the product did not come back"
 
 # The port vanishes: the page, an alarm that begins and ends once, and a broker.
@@ -113,14 +100,14 @@ publisher=${pids[-1]}
 heard() { mosquitto_sub -p "$broker_port" -t 'stations/+' -C 1 -W 5 | grep -q "$1"; }
 until_true 30 heard '"version"'
 kill -KILL "$monitor"
-until_true 30 shows "document.getElementById('state').textContent == 'Off the air: device gone'"
+until_true 30 in_browser "document.getElementById('state').textContent == 'Off the air: device gone'"
 until_true 10 grep -q 'begin port: ' "$work/alarms"
-until_true 10 shows "document.getElementById('alarms').textContent.includes('has vanished')"
+until_true 10 in_browser "document.getElementById('alarms').textContent.includes('has vanished')"
 start "$station/ostrel-monitor" --link "$station/ports/COM1" --baud 9600 --out "$work/received"
 until_true 30 grep -q 'end port: it is over' "$work/alarms"
 [ "$(wc -l <"$work/alarms")" -eq 2 ] || fail "alarms came more than once"
 grep -q '"event":"begin","station":"Shed <7>","text":"port: ' "$work/json" || fail "the command got no JSON"
-end_browser
+end_more
 kill -KILL "$publisher"
 until_true 30 heard '"gone"'
 

@@ -7,6 +7,8 @@ bin=$(realpath "$1")
 source=$(realpath "$2")
 # shellcheck source=tests/programs/trial.sh
 source "$(dirname "${BASH_SOURCE[0]}")/trial.sh"
+# shellcheck source=tests/programs/browser.sh
+source "$(dirname "${BASH_SOURCE[0]}")/browser.sh"
 station=$work/station
 
 mkdir -p "$station/ports" "$station/KvData/RxFiles"
@@ -46,12 +48,20 @@ listen
 shows 'Nothing heard yet' || fail "it claims to have heard something"
 if shows 'Nothing is in force at home'; then fail "it knows what it cannot know"; fi
 unset DISPLAY
+port=${url//[!0-9]/}
+browse "$url" "$((${port#127001} + 1))"
+words() { echo "document.getElementById('$1').textContent.includes('$2')"; }
+in_browser "$(words hearing 'Nothing heard yet')" || fail "the browser does not show the page"
 start "$station/ostrel-headless"
 
 warning NEW | drop TORDMXIA.TXT
 until_true 30 shows '<h3>Tornado Warning</h3>'
 until_true 10 told begin 1
 grep -qF '"identity":"KDMX.TO.W.0043"' "$work/told" || fail "the command got no event"
+# By itself.
+until_true 10 in_browser "$(words home 'Tornado Warning')"
+in_browser "document.documentElement.scrollWidth <= window.innerWidth" || fail "the page is wider than a phone"
+in_browser "document.querySelectorAll('.map .exact.warning, .map .home').length == 2" || fail "there is no map"
 shows 'Last heard ' || fail "it does not say when it heard last"
 shows 'Take &lt;script&gt;cover&lt;/script&gt; now.' || fail "the whole text is not there"
 page product/TORDMXIA%2ETXT | grep -F '&lt;script&gt;' >/dev/null || fail "the product's page lacks its text"
@@ -74,6 +84,7 @@ page news | grep -x 'event: content' >/dev/null || fail "no news are sent"
 
 kill "$monitor"
 wait "$monitor" || true
+until_true 30 in_browser "$(words link 'lost its receiver')"
 listen
 shows '<h3>Tornado Warning</h3>' || fail "a restart forgot the warning"
 warning CAN | drop TORDMXIA.TXT
