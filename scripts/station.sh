@@ -32,18 +32,28 @@ make_station() {
   mv "$new" "$1"
 }
 
-# warning_of_now: a sample warning, its times moved so that it is in force for an hour, and marked so.
-warning_of_now() {
-  local now until begins ends issued over line
-  now=$(date -u +%d%H%M) until=$(date -u -d '+1 hour' +%d%H%M)
+# advisory_of_now: a product of our own that is in force for an hour, for Marshall and Story county in
+# Iowa. Nobody whom it reached by mistake would come to harm.
+advisory_of_now() {
+  local until begins ends over
+  until=$(date -u -d '+1 hour' +%d%H%M)
   begins=$(date -u +%y%m%dT%H%MZ) ends=$(date -u -d '+1 hour' +%y%m%dT%H%MZ)
-  issued=$(LC_ALL=C TZ=America/Chicago date '+%-I%M %p %Z')
   over=$(LC_ALL=C TZ=America/Chicago date -d '+1 hour' '+%-I%M %p %Z')
-  line="$issued $(LC_ALL=C TZ=America/Chicago date '+%a %b %d %Y' | tr '[:lower:]' '[:upper:]')"
-  sed -e "s/^WFUS53 KDMX 192054/WFUS53 KDMX $now/" -e "s/^IAC127-169-192145-/IAC127-169-$until-/" \
-    -e "s/180719T2054Z-180719T2145Z/$begins-$ends/" \
-    -e "s/^354 PM CDT THU JUL 19 2018/$line\n\n...A SAMPLE OF JULY 2018 WITH ITS TIMES MOVED, NO WARNING.../" \
-    -e "s/354 PM CDT/$issued/g" -e "s/44[05] PM CDT/$over/g" samples/products/TORDMXIA.TXT
+  cat <<END
+WWUS73 KDMX $(date -u +%d%H%M)
+NPWDMX
+
+Sample Product, Sent by a Trial of a Station
+$(LC_ALL=C TZ=America/Chicago date '+%-I%M %p %Z %a %b %d %Y' | tr '[:lower:]' '[:upper:]')
+
+IAC127-169-$until-
+/O.NEW.KDMX.FG.Y.0001.$begins-$ends/
+Marshall-Story-
+
+...A SAMPLE: DENSE FOG ADVISORY IN EFFECT UNTIL $over...
+
+\$\$
+END
 }
 
 # free_port FIRST: the first port from there on at which nothing listens on this computer.
@@ -114,13 +124,13 @@ show_products() {
   done
 }
 
-# schedule_soon STATION FILE: the file goes out in the next minute but one of every day.
+# schedule_soon STATION: a sample product goes out once more, in the next minute but one of every day.
 schedule_soon() {
   case $1 in
     *' '*) return ;; # an entry has no room for such a path
   esac
-  printf '%s %s %s/KvData/RtPri1/%s\r\n' \
-    "$(date -d '+2 minutes' +%H:%M)" "$2" "$1" "$(basename "$2")" >"$1/RtSched.txt"
+  printf '%s %s/samples/products/TORDMXIA.TXT %s/KvData/RtPri1/TORDMXIA.TXT\r\n' \
+    "$(date -d '+2 minutes' +%H:%M)" "$PWD" "$1" >"$1/RtSched.txt"
 }
 
 # show_log: prints what the station did besides sending files since the last call. Its log is open on

@@ -26,8 +26,6 @@ namespace {
 
 /// What is smaller takes no time worth mentioning, on a memory card either. Bytes.
 constexpr std::int64_t kLargeFile = 1024 * 1024;
-/// A small copy is mostly done within this; where it is not, the disk has much else to do.
-constexpr milliseconds kPatience{10};
 
 /// Throws for a call that failed on `path`.
 void Check(int result, const std::string& path) {
@@ -215,7 +213,7 @@ bool LinuxFiles::IsReady(const std::string& source, const std::string& folder, M
   struct stat there;
   if (stat(folder.c_str(), &there) != 0) return true;  // nothing can be prepared
   if (means == Means::kPlace && MayHaveSecondName(placed, folder)) return true;
-  const auto patience = status.st_size < kLargeFile ? kPatience : milliseconds(0);
+  const auto patience = status.st_size < kLargeFile ? patience_ : milliseconds(0);
   return WorkerFor(status).IsReady(placed, folder, clock_.Monotonic(), patience);
 }
 

@@ -11,7 +11,12 @@ namespace ostrel {
 
 class LinuxFiles : public Files {
  public:
-  explicit LinuxFiles(Clock& clock) : clock_(clock) {}
+  /// A small copy is mostly done within this; where it is not, the disk has much else to do.
+  static constexpr milliseconds kPatience{10};
+
+  /// `patience` is how long IsReady may wait for a small copy.
+  explicit LinuxFiles(Clock& clock, milliseconds patience = kPatience)
+      : clock_(clock), patience_(patience) {}
 
   std::optional<std::string> FirstFile(const std::string& folder,
                                        const NameTest& passedOver) override;
@@ -46,6 +51,7 @@ class LinuxFiles : public Files {
   int CopyOpened(const PlacedSource& source, const std::string& destination, Flush flush);
 
   Clock& clock_;
+  milliseconds patience_;
   QuietFiles quiet_;
   FileWorker small_, large_;  // a small one need not wait for a large one
 };

@@ -89,7 +89,7 @@ class VirtualStation {
 
   TemporaryFolder folder;
   VirtualMachine machine;
-  LinuxFiles realFiles{machine.clock};
+  LinuxFiles realFiles{machine.clock, seconds(60)};  // no tick of virtual time passes meanwhile
   FaultyFiles files{realFiles};
   ZipArchives archives{files, machine.clock};
   SqliteSettingsStores stores{folder.path() + "/KvRegistry.db"};
