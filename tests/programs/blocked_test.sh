@@ -62,7 +62,7 @@ grep -q "$first of RxFiles is set aside: Permission denied" "$work/told" || fail
 queue quarantine | grep -q "^$first .* RxFiles .*Permission denied" || fail "its reason is not told"
 grep -q "Operator     $first of RxFiles is set aside: Permission denied (nobody)" "$station/RtLog.txt" ||
   fail "the log does not tell who"
-set_aside() { queue history --csv "$first" | grep -q ',set aside,'; }
+set_aside() { queue history --csv "$first" | grep ',set aside,' >/dev/null; }
 until_true 5 set_aside
 over() { grep -q 'end blocked: it is over' "$work/told"; }
 until_true 25 over

@@ -69,15 +69,15 @@ until_true 30 test -s "$work/received/AFDE.TXT"
 until_true 20 rm "$station/KvData/RtSent/AFDE.TXT"
 again AFDE.TXT AFDE.TXT
 
-said() { queue history --csv "$1" | grep -q "$2"; }
+said() { queue history --csv "$1" | grep "$2" >/dev/null; }
 # Each sending has its own row.
 sent_thrice() { [ "$(queue history --csv AFDD.TXT | grep -c ',1,sent,,')" -eq 3 ]; }
 until_true 10 sent_thrice
 until_true 10 said AFDA.TXT ',1,sent,'
 said AFDB.TXT ',0,removed,' || fail "AFDB.TXT was not removed"
 said JUNK.NIX ',0,no rule,' || fail "JUNK.NIX has a rule"
-queue history 'TOR*' | grep -q 'TOR\\x1B\[31M\\x0AX.TXT .* sent' || fail "a name colours the terminal"
-queue history --json --since 1h | grep -q '"sha256":"[0-9a-f]\{64\}"' || fail "no hash"
+queue history 'TOR*' | grep 'TOR\\x1B\[31M\\x0AX.TXT .* sent' >/dev/null || fail "a name colours the terminal"
+queue history --json --since 1h | grep '"sha256":"[0-9a-f]\{64\}"' >/dev/null || fail "no hash"
 # What has not ended belongs to every later time.
 no_future() { [ "$(queue history --since 2099-01-01 --csv | wc -l)" -eq 1 ]; }
 until_true 20 no_future
@@ -90,7 +90,7 @@ grep -q "Operator     AFDA.TXT of priority [0-9]* is held. ($(id -un))" "$statio
 kill -TERM "${pids[-1]}"
 wait "${pids[-1]}" || fail "the station ended badly"
 ! queue list 2>/dev/null || fail "an answer from nobody"
-queue history AFDA.TXT | grep -q sent || fail "no history without the station"
+queue history AFDA.TXT | grep sent >/dev/null || fail "no history without the station"
 echo damaged >"$station/KvHistory.db"
 ! queue resend AFDD.TXT 2>"$work/refused" || fail "an answer from nobody"
 grep -q 'Which priority' "$work/refused" || fail "a damaged history hides the sent folder"

@@ -58,12 +58,12 @@ until_true 90 sent TORDMXIA.TXT 2
 until_true 10 test -f "$work/received/TORDMXIA.TXT"
 
 # Told anew while it waits behind a long one: only what tells anew goes out.
-drop TORLONG.TXT NEW 0002 300000
+drop TORLONG.TXT NEW 0002 120000
 until_true 20 waits TORLONG.TXT
 drop TORDVNIA.TXT NEW 0003
 until_true 10 waits TORDVNIA.TXT
 drop SVSDMXIA.TXT CAN 0003
-removed() { "$station/ostrel-queue" history TORDVNIA.TXT --csv | grep -q ',removed,'; }
+removed() { "$station/ostrel-queue" history TORDVNIA.TXT --csv | grep ',removed,' >/dev/null; }
 until_true 20 removed
 drop SVSDMXIA.TXT.1 CAN 0001
 until_true 90 sent 'SVSDMXIA*' 2
