@@ -15,6 +15,7 @@ namespace {
 constexpr std::size_t kMostJobs = 8;
 constexpr milliseconds kUnwanted{60'000};  // nobody asked for so long: the file is gone
 constexpr milliseconds kFailureLasts{10'000};
+constexpr seconds kPatienceAtEnd{1};
 
 struct EndOfWork {};
 
@@ -26,13 +27,14 @@ void FlushFileSystem(const std::string& folder) {
 
 }  // namespace
 
-FileWorker::~FileWorker() {
-  {
-    const std::lock_guard lock(mutex_);
-    isEnding_ = true;
-  }
+void FileWorker::End() {
+  std::unique_lock lock(mutex_);
+  isEnding_ = true;
   wake_.notify_all();
-  if (thread_.joinable()) thread_.join();
+  if (!thread_.joinable()) return;
+  const bool hasEnded = done_.wait_for(lock, kPatienceAtEnd, [this] { return hasEnded_; });
+  lock.unlock();
+  hasEnded ? thread_.join() : thread_.detach();
 }
 
 bool FileWorker::IsFor(const Job& job, const PlacedSource& source,
@@ -72,7 +74,8 @@ FileWorker::Job& FileWorker::Begin(const PlacedSource& source, const std::string
 }
 
 void FileWorker::Start() {
-  if (!thread_.joinable()) thread_ = std::thread([this] { Work(); });
+  // The thread owns the worker too, since it may end after it.
+  if (!thread_.joinable()) thread_ = std::thread([self = shared_from_this()] { self->Work(); });
   wake_.notify_all();
 }
 
@@ -114,7 +117,7 @@ void FileWorker::Work() {
     try {
       code = Do(*job);
     } catch (const EndOfWork&) {
-      return;
+      code = copy_code::kInUse;
     }
     lock.lock();
     job->file.Reset();  // an open descriptor passes for somebody who uses the file
@@ -124,6 +127,8 @@ void FileWorker::Work() {
     atWork_ = nullptr;
     done_.notify_all();
   }
+  hasEnded_ = true;
+  done_.notify_all();
 }
 
 int FileWorker::Do(Job& job) {

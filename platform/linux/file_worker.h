@@ -18,13 +18,16 @@
 
 namespace ostrel {
 
-class FileWorker {
+class FileWorker : public std::enable_shared_from_this<FileWorker> {
  public:
   FileWorker() = default;
-  /// Stops what is at work within a piece of a megabyte; what it made so far is removed.
-  ~FileWorker();
+  ~FileWorker() = default;
   FileWorker(const FileWorker&) = delete;
   FileWorker& operator=(const FileWorker&) = delete;
+
+  /// Ends its work, within a piece of a megabyte; what it made so far is removed. A disk that gives
+  /// no answer is waited for a second: then the work ends when the answer comes.
+  void End();
 
   /// True once a copy of `source`, as it stands, is ready for `folder`; begins one otherwise, and
   /// waits for it for `patience` at most. What failed counts as ready for ten seconds, so that its
@@ -65,7 +68,7 @@ class FileWorker {
   std::list<Job> jobs_;  // in the order in which they were asked for
   const Job* atWork_ = nullptr;
   std::string unflushed_;  // a folder of the file system that is to be flushed; empty: none
-  bool isEnding_ = false;
+  bool isEnding_ = false, hasEnded_ = false;
   std::thread thread_;  // from the first work on
 };
 

@@ -194,13 +194,13 @@ int LinuxFiles::Place(const std::string& source, const std::string& destination)
   const auto folder = FolderToCreateIn(destination);
   if (MayHaveSecondName(placed, folder) &&
       GiveSecondName(placed, destination, clock_.UtcNow()) == 0) {
-    large_.Flush(folder);
+    large_->Flush(folder);
     return copy_code::kDone;
   }
   const int code = CopyOpened(placed, destination, Flush::kFirst);
   if (code != copy_code::kDiskFull) return code;
   if (MoveFileItself(placed, destination, clock_.UtcNow()) != 0) return code;
-  large_.Flush(folder);
+  large_->Flush(folder);
   return copy_code::kMoved;
 }
 
@@ -218,7 +218,7 @@ bool LinuxFiles::IsReady(const std::string& source, const std::string& folder, M
 }
 
 FileWorker& LinuxFiles::WorkerFor(const struct stat& status) {
-  return status.st_size < kLargeFile ? small_ : large_;
+  return status.st_size < kLargeFile ? *small_ : *large_;
 }
 
 void LinuxFiles::Secure(const std::string& made, const std::string& source) {

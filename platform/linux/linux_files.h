@@ -2,6 +2,8 @@
 // clock governs ages as well.
 #pragma once
 
+#include <memory>
+
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/linux/file_worker.h"
@@ -17,6 +19,12 @@ class LinuxFiles : public Files {
   /// `patience` is how long IsReady may wait for a small copy.
   explicit LinuxFiles(Clock& clock, milliseconds patience = kPatience)
       : clock_(clock), patience_(patience) {}
+  ~LinuxFiles() override {
+    small_->End();
+    large_->End();
+  }
+  LinuxFiles(const LinuxFiles&) = delete;
+  LinuxFiles& operator=(const LinuxFiles&) = delete;
 
   std::optional<std::string> FirstFile(const std::string& folder,
                                        const NameTest& passedOver) override;
@@ -53,7 +61,9 @@ class LinuxFiles : public Files {
   Clock& clock_;
   milliseconds patience_;
   QuietFiles quiet_;
-  FileWorker small_, large_;  // a small one need not wait for a large one
+  // A small copy need not wait for a large one.
+  std::shared_ptr<FileWorker> small_ = std::make_shared<FileWorker>();
+  std::shared_ptr<FileWorker> large_ = std::make_shared<FileWorker>();
 };
 
 }  // namespace ostrel

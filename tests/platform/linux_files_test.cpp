@@ -1,11 +1,13 @@
 #include "platform/linux/linux_files.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <poll.h>
@@ -279,6 +281,29 @@ TEST_F(LinuxFilesTest, FlushesACopyBeforeItsNameAndWhatMovesBehindIt) {
               }
             }),
             "rename syncfs ");
+}
+
+TEST_F(LinuxFilesTest, EndsThoughADiskGivesNoAnswer) {
+  std::promise<void> answer;
+  std::atomic<bool> isAsked = false, isAnswered = false;
+  call_shim::Watch([&, answered = answer.get_future().share()](std::string_view call, auto) {
+    if (call != "syncfs") return 0;
+    isAsked = true;
+    answered.wait();
+    isAnswered = true;
+    return 0;
+  });
+  {
+    LinuxFiles files(clock_);
+    files.WriteAll(Path("product"), "x");
+    files.Place(Path("product"), Path("placed"));
+    while (!isAsked) usleep(1000);
+  }
+  EXPECT_FALSE(isAnswered);
+  answer.set_value();
+  while (!isAnswered) usleep(1000);
+  usleep(50'000);  // until the call has left this test
+  call_shim::Watch({});
 }
 
 }  // namespace
