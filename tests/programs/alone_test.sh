@@ -125,8 +125,7 @@ for ((stop = 0; stop < stops; ++stop)); do
   cp "$product" "$station/KvData/RxFiles/AFD$stop.TXT"
   sleep "$((RANDOM % 8)).$((RANDOM % 9 + 1))"
   hanging=$(pgrep -f "^$station/ostrel-headless$" | head -n 1)
-  allowed=15
-  timeout 1 "$station/ostrel-status" --json >/dev/null || allowed=23
+  allowed=23 # an identification that has just begun included
   kill -STOP "$hanging"
   from=$EPOCHSECONDS
   until_true $allowed test ! -d "/proc/$hanging"
